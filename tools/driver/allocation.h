@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+// How the program takes memory: every block has a name, is announced in the debug log (level 2)
+// where its caller says so, and is there on return: running out of memory ends the process with an
+// error line. `fname` is the function under whose name the lines are written. Any thread may call.
+
+// Announces a block of `size` bytes for `name` in the debug log.
+void log_allocation(const char* fname, const char* name, size_t size);
+
+// Reports that `size` bytes for `name` could not be had, and ends the process with status -1.
+[[noreturn]] void out_of_memory(const char* fname, const char* name, size_t size);
+
+// Announces and returns `count` zeroed elements of `element_size` bytes; null when that is 0 bytes.
+// Large blocks are address space only until they are touched. The caller owns the block for the
+// rest of the run.
+void* allocate_zeroed(const char* fname, const char* name, size_t count, size_t element_size);
+
+// Grows a table from `old_count` to `new_count` elements of `element_size` bytes each, keeps its
+// contents and clears what is new. Takes the table over and returns the one to use from now on. A
+// new size of 0 or less is refused with an error line and status -1. Not announced.
+void* grow_table(const char* fname, const char* name, void* table, int old_count, int new_count,
+                 size_t element_size);
+
+// A heap copy of `text`, terminated, owned by the caller. Not announced.
+char* copy_text(const char* fname, const char* name, std::string_view text);
+
+// The same, announced.
+char* allocate_text(const char* fname, const char* name, std::string_view text);
+
+// `size` bytes of zeroed address space that take no memory until they are touched, in huge pages
+// where the system has them; null when the system refuses.
+void* reserve_pages(size_t size);

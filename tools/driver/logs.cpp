@@ -1,0 +1,105 @@
+#include "tools/driver/logs.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
+#include <string>
+#include <unistd.h>
+
+int debug_on = 0;
+int debug_level = 0;
+FILE* debug_fp = nullptr;
+const char tool_name[20] = "zvr_al_gen_url_list";
+
+namespace {
+
+constexpr size_t max_message_size = 102400; // longest message with its terminator
+constexpr int failure_status = -1;
+
+void write_error_line(const char* format, va_list arguments) {
+    char message[max_message_size];
+    std::vsnprintf(message, sizeof message, format, arguments);
+    std::printf("ZVR_GUI_ERROR:%s\n", message);
+    std::fflush(stdout);
+}
+
+} // namespace
+
+void error_log(const char*, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    write_error_line(format, arguments);
+    va_end(arguments);
+}
+
+void fatal_error(const char*, const char* format, ...) {
+    static std::atomic_flag reported = ATOMIC_FLAG_INIT;
+    while (reported.test_and_set()) {
+        pause(); // another thread is ending the process
+    }
+    va_list arguments;
+    va_start(arguments, format);
+    write_error_line(format, arguments);
+    va_end(arguments);
+    end_process(failure_status);
+}
+
+void end_process(int status) {
+    std::fflush(nullptr);
+    _exit(status);
+}
+
+void debug_log(int level, const char* fname, const char* format, ...) {
+    if (!debug_wanted(level)) {
+        return;
+    }
+    char message[max_message_size];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(message, sizeof message, format, arguments);
+    va_end(arguments);
+    char date_time[date_time_size];
+    std::fprintf(debug_fp, "%s|%s|%s|%s\n", get_cur_date_time(date_time), tool_name, fname,
+                 message);
+}
+
+const char* get_cur_date_time(char* time_string) {
+    static thread_local char own_buffer[date_time_size];
+    char* text = time_string != nullptr ? time_string : own_buffer;
+    const time_t now = std::time(nullptr);
+    tm local;
+    if (now == -1 || localtime_r(&now, &local) == nullptr) {
+        std::snprintf(text, date_time_size, "Error|Error");
+        return text;
+    }
+    std::snprintf(text, date_time_size, "%02d/%02d/%02d %02d:%02d:%02d", local.tm_mon + 1,
+                  local.tm_mday, (local.tm_year + 1900) % 2000, local.tm_hour, local.tm_min,
+                  local.tm_sec);
+    return text;
+}
+
+void open_debug_log(const char* work_dir, int level) {
+    close_debug_log();
+    const std::string path =
+        std::string(work_dir) + "/webapps/zivrano/logs/zivrano_replay_debug.log";
+    unlink(path.c_str());
+    const int descriptor = open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0666);
+    debug_fp = descriptor == -1 ? nullptr : fdopen(descriptor, "w");
+    if (debug_fp == nullptr) {
+        error_log("main", "Failed to open debug log file, debug will be off.");
+        return;
+    }
+    debug_on = 1;
+    debug_level = level;
+}
+
+void close_debug_log() {
+    debug_on = 0;
+    if (debug_fp == nullptr) {
+        return;
+    }
+    std::fclose(debug_fp);
+    debug_fp = nullptr;
+}

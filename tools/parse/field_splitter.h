@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+
+constexpr int max_al_fields = 25; // fields of an access-log line that are looked at
+
+// A line or a part of one: `size` characters at `text`, none of them NUL, followed by a terminator.
+struct LineText {
+    char* text;
+    size_t size;
+};
+
+// Splits an access-log line in place into words, "quoted" fields and [bracketed] fields; a
+// backslash keeps the quote or bracket after it from closing its field. A field's text is without
+// its quotes or brackets. Stores at most `max_fields` fields in `fields` and returns their number,
+// 0 for a blank line, or -1 when a quoted or bracketed field is not closed (`fields` is then not to
+// be used).
+int get_al_fields(LineText line, LineText fields[], int max_fields);

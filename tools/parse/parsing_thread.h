@@ -1,0 +1,25 @@
+#pragma once
+
+#include "tools/parse/text_arena.h"
+
+#include <cstdint>
+#include <string>
+
+// Requests of one worker thread, by outcome; one row of the table that is summed up after the
+// threads have ended.
+struct threadCounter {
+    uint64_t total_req;         // lines handed to a parser
+    uint64_t time_filtered_req; // of these, outside the replay period
+    uint64_t bad_req;           // of these, not to be parsed into a request
+};
+static_assert(sizeof(threadCounter) == 24);
+
+// What one worker thread carries from line to line. No other thread touches it.
+struct ParsingThread {
+    int thread_idx; // number of the thread, from 0
+    threadCounter counters = {};
+    TextArena record_texts = {};        // URLs, hosts and locations of the accepted requests
+    TextArena header_texts = {};        // cookie headers of the current line
+    std::string joined_url = {};        // URL and query string of the current line
+    std::string resolved_location = {}; // of the current line
+};

@@ -1,0 +1,3 @@
+#include "tools/parse/request_record.h"
+
+const char na_string[] = "NA";

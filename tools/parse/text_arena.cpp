@@ -1,0 +1,24 @@
+#include "tools/parse/text_arena.h"
+
+#include "tools/driver/allocation.h"
+
+#include <algorithm>
+#include <cstring>
+
+char* TextArena::copy(const char* name, std::string_view text, size_t spare) {
+    char* piece = allocate(name, text.size() + 1 + spare);
+    std::memcpy(piece, text.data(), text.size());
+    piece[text.size()] = '\0';
+    return piece;
+}
+
+void TextArena::start_block(const char* name, size_t size) {
+    constexpr size_t block_size = size_t{4} << 20; // two huge pages
+    const size_t needed = std::max(size, block_size);
+    block_ = static_cast<char*>(reserve_pages(needed));
+    if (block_ == nullptr) {
+        out_of_memory("TextArena", name, size);
+    }
+    next_ = block_;
+    end_ = block_ + needed;
+}

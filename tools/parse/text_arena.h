@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+// Hands out pieces of large blocks, of exactly the size asked for, for the texts of one thread's
+// requests: they live to the end of the run, so none is ever freed by itself and no bookkeeping is
+// kept for it.
+class TextArena {
+  public:
+    // Room for `size` characters of an item called `name`, owned by the arena's blocks, which
+    // outlive the arena itself. Ends the run when memory is out; the error line names the item.
+    char* allocate(const char* name, size_t size) {
+        if (static_cast<size_t>(end_ - next_) < size) {
+            start_block(name, size);
+        }
+        char* piece = next_;
+        next_ += size;
+        return piece;
+    }
+
+    // A terminated copy of `text` with `spare` more characters of room after the terminator.
+    char* copy(const char* name, std::string_view text, size_t spare = 0);
+
+    // Forgets all texts of the current block, for texts that are needed only until the next line.
+    void reuse_block() { next_ = block_; }
+
+  private:
+    void start_block(const char* name, size_t size);
+
+    char* block_ = nullptr;
+    char* next_ = nullptr;
+    char* end_ = nullptr;
+};
