@@ -1,0 +1,169 @@
+#include "tools/config/field_layout.h"
+
+#include "tools/config/replay_settings.h"
+#include "tools/driver/logs.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+const alFields al_required_fields[al_field_kind_count] = {
+    {"CLIENT_IP", 9},
+    {"DATE_AND_TIME", 13},
+    {"REQUEST_LINE", 12},
+    {"STATUS_CODE", 11},
+    {"REFERER", 7},
+    {"USER_AGENT", 10},
+    {"REQUEST_COOKIE", 14},
+    {"SET_COOKIE", 10},
+    {"HOST_HEADER", 11},
+    {"CONTENT_TYPE", 12},
+    {"LOCATION", 8},
+    {"DATE", 4},
+    {"TIME", 4},
+    {"METHOD", 6},
+    {"URL", 3},
+    {"QUERY_STRING", 12},
+    {"HTTP_VERSION", 12},
+    {"RESPONSE_TIME", 13},
+    {"RESPONSE_TIME_USEC", 18},
+    {"URL_QUERY", 9},
+};
+
+short al_required_field_position[al_field_kind_count];
+int max_required_field_position = 0;
+char al_modified_flag = 0;
+
+namespace {
+
+constexpr const char* fname = "validate_al_format";
+
+// One row for each kind of field, in the order of al_required_fields.
+struct DefaultPositions {
+    short apache;
+    short iis;
+    short other;
+};
+
+constexpr DefaultPositions default_positions[al_field_kind_count] = {
+    {1, 1, 1},    // CLIENT_IP
+    {4, 0, 0},    // DATE_AND_TIME
+    {6, 0, 0},    // REQUEST_LINE
+    {7, 8, 7},    // STATUS_CODE
+    {9, 10, 9},   // REFERER
+    {10, 9, 8},   // USER_AGENT
+    {12, 12, 11}, // REQUEST_COOKIE
+    {13, 13, 12}, // SET_COOKIE
+    {14, 14, 13}, // HOST_HEADER
+    {11, 11, 10}, // CONTENT_TYPE
+    {15, 15, 14}, // LOCATION
+    {0, 2, 2},    // DATE
+    {0, 3, 3},    // TIME
+    {0, 4, 4},    // METHOD
+    {0, 5, 5},    // URL
+    {0, 6, 0},    // QUERY_STRING
+    {0, 7, 0},    // HTTP_VERSION
+    {0, 0, 0},    // RESPONSE_TIME
+    {0, 0, 0},    // RESPONSE_TIME_USEC
+    {0, 0, 6},    // URL_QUERY
+};
+
+bool is_missing(FieldKind kind) {
+    return al_required_field_position[kind] == 0;
+}
+
+void require(bool condition, const char* message) {
+    if (!condition) {
+        fatal_error(fname, "%s", message);
+    }
+}
+
+void validate_range(int kind) {
+    const int position = al_required_field_position[kind];
+    if (position < 0 || position > max_al_fields) {
+        fatal_error(fname, "Field position for %s is more than max access log fields %d",
+                    al_required_fields[kind].name, max_al_fields);
+    }
+    max_required_field_position = std::max(max_required_field_position, position);
+}
+
+void validate_uniqueness(int kind) {
+    for (int earlier = 0; earlier < kind; ++earlier) {
+        if (al_required_field_position[earlier] == al_required_field_position[kind]) {
+            fatal_error(fname, "Field position for %s and %s are same in 'replay_setting.dat'",
+                        al_required_fields[earlier].name, al_required_fields[kind].name);
+        }
+    }
+}
+
+void require_fields_of_log_type() {
+    if (al_type == AL_TYPE_APACHE) {
+        require(!is_missing(AL_DATE_AND_TIME),
+                "Date and Time field is missing from access log format.");
+        require(!is_missing(AL_REQUEST_LINE),
+                "Request Line field is missing from access log format.");
+        return;
+    }
+    require(!is_missing(AL_DATE), "Date field is missing from access log format.");
+    require(!is_missing(AL_TIME), "Time field is missing from access log format.");
+    require(!is_missing(AL_METHOD), "Http Method field is missing from access log format.");
+    const bool has_url_and_query = !is_missing(AL_URL) && !is_missing(AL_QUERY_STRING);
+    require(has_url_and_query || !is_missing(AL_URL_QUERY),
+            "Url, Query and Url_Query field is missing, Either (URL + Qyery) or (URL_QUERY) should "
+            "be given");
+}
+
+void require_fields_of_settings() {
+    require(session_mode != SESSION_MODE_COOKIE || !is_missing(AL_REQUEST_COOKIE),
+            "Session mode is Cookie and Request Cookie Field is missing from access log format");
+    require(!is_missing(AL_STATUS_CODE), "Status code field is missing from access log format");
+    require(session_mode != SESSION_MODE_CLIENT_IP || !is_missing(AL_CLIENT_IP),
+            "Session mode is CLient ip and Client ip is missing from access log format");
+    const bool has_response_time =
+        !is_missing(AL_RESPONSE_TIME) || !is_missing(AL_RESPONSE_TIME_USEC);
+    require(consider_response_time == 0 || has_response_time,
+            "CONSIDER_RESPONSE_TIME keyword is enabled but response time field is missing.");
+}
+
+} // namespace
+
+void set_field_position(const char* text) {
+    al_modified_flag = 1;
+    // A keyword that begins with a shorter one (DATE_AND_TIME with DATE) also sets the shorter
+    // one's position, to the 0 that the rest of the longer keyword reads as.
+    for (int kind = 0; kind < al_field_kind_count; ++kind) {
+        const size_t length = static_cast<size_t>(al_required_fields[kind].len);
+        if (std::strncmp(text, al_required_fields[kind].name, length) != 0) {
+            continue;
+        }
+        const bool has_value = text[length] != '\0';
+        const long position = has_value ? std::strtol(text + length + 1, nullptr, 10) : 0;
+        al_required_field_position[kind] =
+            static_cast<short>(std::clamp<long>(position, SHRT_MIN, SHRT_MAX));
+    }
+}
+
+void set_default_field_positions() {
+    if (al_modified_flag != 0) {
+        return;
+    }
+    DEBUG_LOG(1, "main", "Access logs field position not given , setting default values.");
+    for (int kind = 0; kind < al_field_kind_count; ++kind) {
+        const DefaultPositions& positions = default_positions[kind];
+        al_required_field_position[kind] = al_type == AL_TYPE_APACHE ? positions.apache
+                                           : al_type == AL_TYPE_IIS  ? positions.iis
+                                                                     : positions.other;
+    }
+}
+
+void validate_al_format() {
+    for (int kind = 0; kind < al_field_kind_count; ++kind) {
+        if (al_required_field_position[kind] != 0) {
+            validate_range(kind);
+            validate_uniqueness(kind);
+        }
+    }
+    require_fields_of_log_type();
+    require_fields_of_settings();
+}

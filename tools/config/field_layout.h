@@ -1,0 +1,57 @@
+#pragma once
+
+#include "tools/parse/field_splitter.h"
+
+// Which field of an access-log line holds what: from AL_FIELD lines of the replay settings, or the
+// default layout of the log type.
+
+// Kinds of fields: index into the two tables below.
+enum FieldKind {
+    AL_CLIENT_IP,
+    AL_DATE_AND_TIME,
+    AL_REQUEST_LINE,
+    AL_STATUS_CODE,
+    AL_REFERER,
+    AL_USER_AGENT,
+    AL_REQUEST_COOKIE,
+    AL_SET_COOKIE,
+    AL_HOST_HEADER,
+    AL_CONTENT_TYPE,
+    AL_LOCATION,
+    AL_DATE,
+    AL_TIME,
+    AL_METHOD,
+    AL_URL,
+    AL_QUERY_STRING,
+    AL_HTTP_VERSION,
+    AL_RESPONSE_TIME,
+    AL_RESPONSE_TIME_USEC,
+    AL_URL_QUERY,
+    al_field_kind_count
+};
+
+struct AlFields {
+    char name[25]; // keyword in an AL_FIELD line
+    int len;       // its length
+};
+using alFields = AlFields;
+
+extern const alFields al_required_fields[al_field_kind_count];
+
+// Set while the settings are read, completed by set_default_field_positions and validate_al_format,
+// all on the main thread; only read once logs are loaded.
+extern short
+    al_required_field_position[al_field_kind_count]; // 1 to 25: the n-th field; 0: not in the log
+extern int max_required_field_position; // highest position in use; a line with fewer fields is bad
+extern char al_modified_flag;           // 1 once the settings held an AL_FIELD line
+
+// Applies the text after "AL_FIELD" and its separator: a field keyword, one character, and a
+// position.
+void set_field_position(const char* text);
+
+// Gives all kinds the positions of the log type's default layout when the settings named none.
+void set_default_field_positions();
+
+// Ends the run with an error line when a position is out of range or used twice, or when a field
+// that the log type or the session mode needs is missing. Sets max_required_field_position.
+void validate_al_format();

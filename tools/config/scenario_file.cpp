@@ -1,0 +1,151 @@
+#include "tools/config/scenario_file.h"
+
+#include "tools/config/replay_period.h"
+#include "tools/driver/allocation.h"
+#include "tools/driver/logs.h"
+#include "tools/driver/paths.h"
+#include "tools/load/input_files.h"
+#include "tools/parse/line_reader.h"
+#include "tools/parse/timestamps.h"
+#include "tools/parse/tokenizers.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <strings.h>
+
+unsigned long start_time_stamp = 0;
+unsigned long end_time_stamp = 0;
+char time_filter_flag = 0;
+
+namespace {
+
+constexpr const char* fname = "read_scenario_file";
+
+// The line at work, for the messages about it.
+struct LinePlace {
+    const char* file;
+    int line_num; // from 1
+};
+
+bool begins_with(const char* text, std::string_view word) {
+    return strncasecmp(text, word.data(), word.size()) == 0;
+}
+
+char* skip_blanks(char* text) {
+    return text + std::strspn(text, " \t");
+}
+
+void add_log_file(char* value, const LinePlace& place) {
+    constexpr int needed_fields = 4;
+    constexpr int max_fields = 5;
+    char* fields[max_fields];
+    int count;
+    get_tokens1(value, fields, " ", max_fields, &count);
+    if (count < needed_fields) {
+        fatal_error(fname, "Invalid entry in scenario file '%s' at line %d", place.file,
+                    place.line_num);
+    }
+    if (num_al_files == max_al_files) {
+        fatal_error(fname, "More than %d log files in scenario file '%s' at line %d", max_al_files,
+                    place.file, place.line_num);
+    }
+    InputFileInfo& file = seq_file_path[num_al_files++];
+    file.input_file = allocate_text(fname, "input_file", fields[0]);
+    file.num_req = std::strtoul(fields[2], nullptr, 0);
+    std::string_view type = fields[3];
+    if (type.ends_with('\r')) {
+        type.remove_suffix(1);
+    }
+    file.ssl_flag = type == "HTTPS";
+    file.body_flag = type == "POST";
+}
+
+unsigned long read_date(const char* text, const LinePlace& place) {
+    int month, day, year, hours, minutes, seconds;
+    const int count =
+        std::sscanf(text, "%d/%d/%d %d:%d:%d", &month, &day, &year, &hours, &minutes, &seconds);
+    if (count < 6) {
+        fatal_error(fname,
+                    "Invalid format of date in REPLAY_PERIOD keyword in scenario file - '%s' at "
+                    "line - %d",
+                    place.file, place.line_num);
+    }
+    return static_cast<unsigned long>(
+        local_time_to_epoch(year, month, day, hours, minutes, seconds));
+}
+
+// "NA" sets no bound.
+void set_start(const char* date, const LinePlace& place) {
+    if (begins_with(date, "NA")) {
+        return;
+    }
+    DEBUG_LOG(3, fname, "Start Date/time: %s", date);
+    start_time_stamp = read_date(date, place);
+    DEBUG_LOG(3, fname, "Start time stamp - %lu", start_time_stamp);
+    time_filter_flag = 1;
+}
+
+void set_end(const char* date, const LinePlace& place) {
+    if (begins_with(date, "NA")) {
+        return;
+    }
+    DEBUG_LOG(3, fname, "End date/time: %s", date);
+    end_time_stamp = read_date(date, place);
+    DEBUG_LOG(3, fname, "End time stamp - %lu", end_time_stamp);
+    time_filter_flag = 1;
+}
+
+void set_period(char* value, const LinePlace& place) {
+    constexpr std::string_view start = "START";
+    constexpr std::string_view end = "END";
+    if (begins_with(value, start)) {
+        set_start(skip_blanks(value + start.size()), place);
+    } else if (begins_with(value, end)) {
+        set_end(skip_blanks(value + end.size()), place);
+    }
+}
+
+struct ScenarioKeyword {
+    std::string_view keyword;
+    void (*apply)(char* value, const LinePlace& place);
+};
+
+constexpr ScenarioKeyword scenario_keywords[] = {
+    {"REPLAY_LOG_FILE", add_log_file},
+    {"REPLAY_PERIOD", set_period},
+};
+
+void apply_line(LineText line, const LinePlace& place) {
+    for (const ScenarioKeyword& scenario_keyword : scenario_keywords) {
+        const size_t length = scenario_keyword.keyword.size();
+        if (begins_with(line.text, scenario_keyword.keyword)) {
+            char* value = line.text + length + (line.size > length ? 1 : 0);
+            scenario_keyword.apply(skip_blanks(value), place);
+            return;
+        }
+    }
+}
+
+} // namespace
+
+void read_scenario_file() {
+    constexpr size_t line_size = 2048;
+    const std::string path = scenario_file_path();
+    FILE* file = std::fopen(path.c_str(), "r");
+    if (file == nullptr) {
+        fatal_error(fname, "Failed to open scenario file '%s'", path.c_str());
+    }
+    LineReader lines(fileno(file), line_size);
+    LineText line;
+    LinePlace place = {path.c_str(), 0};
+    while (lines.next(line)) {
+        ++place.line_num;
+        if (line.text[0] != '#') {
+            apply_line(line, place);
+        }
+    }
+    std::fclose(file);
+}

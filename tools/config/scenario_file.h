@@ -1,0 +1,7 @@
+#pragma once
+
+// Reads the scenario file: its REPLAY_LOG_FILE lines into the input file list
+// (tools/load/input_files.h) and its REPLAY_PERIOD lines into the replay period (replay_period.h).
+// Ends the run with an error line when the file cannot be opened or a line of these keywords is
+// malformed or too much.
+void read_scenario_file();

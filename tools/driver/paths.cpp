@@ -1,0 +1,207 @@
+#include "tools/driver/paths.h"
+
+#include "base/workspace_directory.h"
+#include "tools/driver/allocation.h"
+#include "tools/driver/logs.h"
+#include "tools/parse/tokenizers.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+#include <sys/stat.h>
+
+char g_wdir[1024];
+char project[512];
+char sub_proj[512];
+char scenario[512];
+char* replay_profile = nullptr;
+char* replay_profile_dir = nullptr;
+
+namespace {
+
+constexpr const char* fname = "main";
+constexpr size_t max_path_length = 2047;
+
+template <size_t capacity>
+void store_name(char (&field)[capacity], std::string_view name, const char* meaning) {
+    if (name.size() >= capacity) {
+        fatal_error(fname, "Name of %s is longer than %zu characters", meaning, capacity - 1);
+    }
+    name.copy(field, name.size());
+    field[name.size()] = '\0';
+}
+
+void set_workspace(const char* workspace, const char* profile) {
+    if (std::strlen(workspace) >= sizeof g_zv_workspace) {
+        fatal_error(fname, "Name of %s is longer than %zu characters", "workspace",
+                    sizeof g_zv_workspace - 1);
+    }
+    if (std::strlen(profile) >= sizeof g_zv_profile) {
+        fatal_error(fname, "Name of %s is longer than %zu characters", "profile",
+                    sizeof g_zv_profile - 1);
+    }
+    constexpr int max_directory_length = 1023;
+    if (zvlb_set_ta_dir_ex1(g_wdir, workspace, profile) > max_directory_length) {
+        fatal_error(fname, "Path of workspace '%s/%s' is longer than %d characters", workspace,
+                    profile, max_directory_length);
+    }
+}
+
+// A scenario may be named by its file; any text from ".conf" on is no part of its name.
+std::string_view without_conf(std::string_view name) {
+    return name.substr(0, name.find(".conf"));
+}
+
+bool is_single_component(const char* argument) {
+    std::string words = argument;
+    char* components[2];
+    int count;
+    get_tokens1(words.data(), components, "/", 2, &count);
+    return count < 2;
+}
+
+// Sets errno on failure. What is there already is fine only when it is a directory.
+bool make_directory(const char* path) {
+    if (mkdir(path, 0777) == 0) {
+        return true;
+    }
+    struct stat status;
+    return errno == EEXIST && stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::string scenario_directory() {
+    return std::string(g_zv_ta_dir) + "/" + project + "/" + sub_proj;
+}
+
+} // namespace
+
+void read_work_directory() {
+    const char* work_dir = std::getenv("ZV_WDIR");
+    if (work_dir == nullptr) {
+        fatal_error(fname, "Environment variable \"ZV_WDIR\" not set, Exiting.");
+    }
+    if (std::strlen(work_dir) >= sizeof g_wdir) {
+        fatal_error(fname, "Environment variable \"ZV_WDIR\" is longer than %zu characters",
+                    sizeof g_wdir - 1);
+    }
+    std::strcpy(g_wdir, work_dir);
+}
+
+void set_scenario(const char* argument) {
+    if (std::strchr(argument, '/') == nullptr) {
+        store_name(project, "default", "project");
+        store_name(sub_proj, "default", "sub-project");
+        store_name(scenario, without_conf(argument), "scenario");
+        set_workspace("admin", "default");
+        return;
+    }
+    constexpr int component_count = 5;
+    std::string words = argument;
+    char* components[component_count];
+    int count;
+    get_tokens1(words.data(), components, "/", component_count, &count);
+    if (count < component_count) {
+        fatal_error(fname, "Invalid format of Scenario name");
+    }
+    store_name(project, components[2], "project");
+    store_name(sub_proj, components[3], "sub-project");
+    store_name(scenario, without_conf(components[4]), "scenario");
+    set_workspace(components[0], components[1]);
+}
+
+void set_replay_profile(const char* argument) {
+    replay_profile =
+        is_single_component(argument)
+            ? allocate_text(fname, "replay_profile", std::string("default/default/") + argument)
+            : copy_text(fname, "replay_profile", argument);
+    const std::string directory = std::string(g_wdir) + "/replay_profiles/" + replay_profile;
+    refuse_long_path(directory);
+    replay_profile_dir = allocate_text(fname, "replay_profile_dir", directory);
+    if (!file_exists(replay_profile_dir)) {
+        fatal_error(fname, "Replay profile - '%s' not found at '%s'", replay_profile,
+                    replay_profile_dir);
+    }
+}
+
+void find_scenario_and_profile() {
+    const std::string scenario_file = scenario_file_path();
+    if (!file_exists(scenario_file.c_str())) {
+        fatal_error(fname, "Scenario file %s does not exist.", scenario_file.c_str());
+    }
+    if (replay_profile != nullptr) {
+        return;
+    }
+    const std::string name = std::string(project) + "/" + sub_proj + "/" + scenario;
+    replay_profile = allocate_text(fname, "replay_profile", name);
+    const std::string directory = scenario_directory() + "/replay_profiles/" + scenario;
+    refuse_long_path(directory);
+    replay_profile_dir = allocate_text(fname, "replay_profile_dir", directory);
+    if (!file_exists(replay_profile_dir)) {
+        fatal_error(fname, "Replay profile not found for scenario - '%s/%s/%s' at '%s'", project,
+                    sub_proj, scenario, replay_profile_dir);
+    }
+}
+
+std::string scenario_file_path() {
+    const std::string path = scenario_directory() + "/scenarios/" + scenario + ".conf";
+    refuse_long_path(path);
+    return path;
+}
+
+std::string replay_profile_file_path(const char* file_name) {
+    const std::string path = std::string(replay_profile_dir) + "/" + file_name;
+    refuse_long_path(path);
+    return path;
+}
+
+std::string config_directory() {
+    const std::string path = scenario_directory() + "/ReplayAccessLogs/" + scenario + "/config/";
+    refuse_long_path(path);
+    return path;
+}
+
+void refuse_long_path(const std::string& path) {
+    if (path.size() > max_path_length) {
+        fatal_error(fname, "Path or command is longer than %zu characters: '%s'", max_path_length,
+                    path.c_str());
+    }
+}
+
+bool file_exists(const char* path) {
+    struct stat status;
+    return stat(path, &status) == 0;
+}
+
+int mkdir_ex1(const char* path) {
+    constexpr size_t max_length = 2048;
+    constexpr int max_components = 30;
+    const size_t length = std::strlen(path);
+    if (length > max_length) {
+        error_log("mkdir_ex1",
+                  "mkdir_ex1() - Length of path (%d) is more than max allowed (2048). Path: '%s'\n",
+                  static_cast<int>(length), path);
+        return 0;
+    }
+    std::string words = path;
+    char* components[max_components + 1];
+    int count;
+    get_tokens1(words.data(), components, "/", max_components + 1, &count);
+    if (count > max_components) {
+        error_log("mkdir_ex1", "Path has more than %d components. Path: '%s'", max_components,
+                  path);
+        return 0;
+    }
+    const bool last_is_directory = length > 0 && path[length - 1] == '/';
+    const int directories = last_is_directory ? count : count - 1;
+    std::string directory;
+    for (int i = 0; i < directories; ++i) {
+        directory += std::string("/") + components[i];
+        if (!make_directory(directory.c_str())) {
+            error_log("mkdir_ex1", "Error in creating directory. Path: '%s'. Error = '%s'\n",
+                      directory.c_str(), std::strerror(errno));
+            return 0;
+        }
+    }
+    return 1;
+}

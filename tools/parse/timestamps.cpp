@@ -1,0 +1,306 @@
+#include "tools/parse/timestamps.h"
+
+#include "tools/driver/logs.h"
+#include "tools/driver/paths.h"
+#include "tools/parse/line_reader.h"
+#include "tools/parse/tokenizers.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <strings.h>
+
+int64_t replay_timezone = -1;
+
+namespace {
+
+constexpr const char* month_names[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                       "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
+struct CalendarTime {
+    int year;  // in full
+    int month; // from 1
+    int day;
+    int hours;
+    int minutes;
+    int seconds;
+};
+
+// A zone as the logs write it: a sign, hours and minutes, each text empty when it is missing.
+struct ZoneText {
+    char sign[2] = "";
+    char hours[3] = "";
+    char minutes[3] = "";
+};
+
+ZoneText read_zone(const char* text) {
+    ZoneText zone;
+    std::sscanf(text, "%1s%2s%2s", zone.sign, zone.hours, zone.minutes);
+    return zone;
+}
+
+// Seconds east of UTC.
+int64_t zone_offset(const ZoneText& zone) {
+    const int64_t offset = int64_t{3600} * std::atoi(zone.hours) + 60 * std::atoi(zone.minutes);
+    return zone.sign[0] == '-' ? -offset : offset;
+}
+
+int read_number(const char* text) {
+    return static_cast<int>(std::strtol(text, nullptr, 10));
+}
+
+int wrapped_difference(int a, int b) {
+    return static_cast<int>(static_cast<unsigned>(a) - static_cast<unsigned>(b));
+}
+
+tm library_fields(const CalendarTime& calendar, int daylight_saving) {
+    tm fields = {};
+    fields.tm_year = wrapped_difference(calendar.year, 1900);
+    fields.tm_mon = wrapped_difference(calendar.month, 1);
+    fields.tm_mday = calendar.day;
+    fields.tm_hour = calendar.hours;
+    fields.tm_min = calendar.minutes;
+    fields.tm_sec = calendar.seconds;
+    fields.tm_isdst = daylight_saving;
+    return fields;
+}
+
+// In the hour that a zone repeats when daylight saving ends, the library's answer depends on what
+// it converted before, in any thread. The first of the two moments is taken, so that it does not.
+time_t convert_by_library(const CalendarTime& calendar) {
+    constexpr int zone_decides = -1;
+    tm fields = library_fields(calendar, zone_decides);
+    const time_t converted = mktime(&fields);
+    tm saving_fields = library_fields(calendar, 1);
+    const time_t saving = mktime(&saving_fields);
+    const bool same_wall_clock = saving_fields.tm_isdst == 1 &&
+                                 saving_fields.tm_hour == fields.tm_hour &&
+                                 saving_fields.tm_min == fields.tm_min;
+    return same_wall_clock && saving < converted ? saving : converted;
+}
+
+bool is_in_range(const CalendarTime& calendar) {
+    return calendar.year >= 1970 && calendar.year <= 9999 && calendar.month >= 1 &&
+           calendar.month <= 12 && calendar.day >= 1 && calendar.day <= 31 && calendar.hours >= 0 &&
+           calendar.hours <= 23 && calendar.minutes >= 0 && calendar.minutes <= 59 &&
+           calendar.seconds >= 0 && calendar.seconds <= 59;
+}
+
+// No zone has changed its offset inside a minute since the epoch, so within one minute only the
+// seconds make a difference.
+time_t convert(const CalendarTime& calendar) {
+    static thread_local CalendarTime known = {};
+    static thread_local time_t known_start = 0;
+    if (!is_in_range(calendar)) {
+        return convert_by_library(calendar);
+    }
+    if (calendar.minutes != known.minutes || calendar.hours != known.hours ||
+        calendar.day != known.day || calendar.month != known.month || calendar.year != known.year) {
+        known = calendar;
+        known.seconds = 0;
+        known_start = convert_by_library(known);
+    }
+    return known_start + calendar.seconds;
+}
+
+// Reads a fixed number of digits; the pattern's other characters must stand as they are.
+class FixedShape {
+  public:
+    explicit FixedShape(const char* text) : text_(text) {}
+
+    int digits(int from, int count) {
+        int number = 0;
+        for (int i = from; i < from + count; ++i) {
+            const char c = text_[i];
+            fits_ = fits_ && c >= '0' && c <= '9';
+            number = number * 10 + (c - '0');
+        }
+        return number;
+    }
+
+    void expect(int at, char c) { fits_ = fits_ && text_[at] == c; }
+
+    bool fits() const { return fits_; }
+
+  private:
+    const char* text_;
+    bool fits_ = true;
+};
+
+// Three letters of a month name as one number, to find it without comparing texts.
+constexpr uint32_t month_code(const char* name) {
+    return static_cast<uint32_t>(static_cast<unsigned char>(name[0])) << 16 |
+           static_cast<uint32_t>(static_cast<unsigned char>(name[1])) << 8 |
+           static_cast<uint32_t>(static_cast<unsigned char>(name[2]));
+}
+
+int month_at(const char* text) {
+    const uint32_t code = month_code(text);
+    for (int month = 0; month < 12; ++month) {
+        if (code == month_code(month_names[month])) {
+            return month + 1;
+        }
+    }
+    return 1;
+}
+
+// The shape that servers write, dd/Mon/yyyy:hh:mm:ss +hhmm; anything else goes the general way.
+bool read_fixed_shape(LineText timestring, CalendarTime& calendar, int64_t& log_offset) {
+    constexpr size_t shape_size = 26;
+    if (timestring.size != shape_size) {
+        return false;
+    }
+    const char* text = timestring.text;
+    FixedShape shape(text);
+    shape.expect(2, '/');
+    shape.expect(6, '/');
+    shape.expect(11, ':');
+    shape.expect(14, ':');
+    shape.expect(17, ':');
+    shape.expect(20, ' ');
+    calendar = {shape.digits(7, 4),  month_at(text + 3),  shape.digits(0, 2),
+                shape.digits(12, 2), shape.digits(15, 2), shape.digits(18, 2)};
+    log_offset = int64_t{3600} * shape.digits(22, 2) + 60 * shape.digits(24, 2);
+    if (text[21] == '-') {
+        log_offset = -log_offset;
+    } else {
+        shape.expect(21, '+');
+    }
+    const bool month_is_one_word =
+        std::memchr(text + 3, '/', 3) == nullptr && std::memchr(text + 3, ':', 3) == nullptr;
+    return shape.fits() && month_is_one_word;
+}
+
+bool read_fixed_shape_iis(LineText date, LineText time, CalendarTime& calendar) {
+    constexpr size_t date_size = 10;
+    constexpr size_t time_size = 8;
+    if (date.size != date_size || time.size != time_size) {
+        return false;
+    }
+    FixedShape date_shape(date.text);
+    date_shape.expect(4, '-');
+    date_shape.expect(7, '-');
+    FixedShape time_shape(time.text);
+    time_shape.expect(2, ':');
+    time_shape.expect(5, ':');
+    calendar = {date_shape.digits(0, 4), date_shape.digits(5, 2), date_shape.digits(8, 2),
+                time_shape.digits(0, 2), time_shape.digits(3, 2), time_shape.digits(6, 2)};
+    return date_shape.fits() && time_shape.fits();
+}
+
+void log_calendar(const char* fname, const CalendarTime& calendar) {
+    DEBUG_LOG(4, fname, "Date: day: %d month: %d year: %d hours: %d minutes: %d secs: %d",
+              calendar.day, calendar.month, calendar.year, calendar.hours, calendar.minutes,
+              calendar.seconds);
+}
+
+// The general way: any text with the parts in their places.
+time_t convert_any_shape(char* timestring) {
+    constexpr const char* fname = "convert_into_second";
+    constexpr int part_count = 6;
+    char* parts[part_count];
+    int count;
+    get_tokens1(timestring, parts, "/:", part_count, &count);
+    if (count < part_count) {
+        return -1;
+    }
+    const CalendarTime calendar = {read_number(parts[2]), get_month(parts[1]),
+                                   read_number(parts[0]), read_number(parts[3]),
+                                   read_number(parts[4]), read_number(parts[5])};
+    log_calendar(fname, calendar);
+    const time_t local = convert(calendar);
+    const char* blank = std::strchr(parts[5], ' ');
+    if (blank == nullptr) {
+        return -1;
+    }
+    const ZoneText zone = read_zone(blank);
+    DEBUG_LOG(4, fname, "Access log Time zone = %s%s%s", zone.sign, zone.hours, zone.minutes);
+    const time_t time_secs = local - replay_timezone - zone_offset(zone);
+    DEBUG_LOG(4, fname, "time_secs: %ld", time_secs);
+    return time_secs;
+}
+
+time_t convert_any_shape_iis(char* date, char* time) {
+    constexpr const char* fname = "convert_into_second_iis";
+    constexpr int part_count = 3;
+    DEBUG_LOG(4, fname, "Method Called. Date/time = %s %s", date, time);
+    char* date_parts[part_count];
+    char* time_parts[part_count];
+    int count;
+    get_tokens1(date, date_parts, "-", part_count, &count);
+    if (count < part_count) {
+        return -1;
+    }
+    get_tokens1(time, time_parts, ":", part_count, &count);
+    if (count < part_count) {
+        return -1;
+    }
+    const CalendarTime calendar = {read_number(date_parts[0]), read_number(date_parts[1]),
+                                   read_number(date_parts[2]), read_number(time_parts[0]),
+                                   read_number(time_parts[1]), read_number(time_parts[2])};
+    log_calendar(fname, calendar);
+    return convert(calendar) - replay_timezone;
+}
+
+} // namespace
+
+int64_t get_timezone_from_default_setting() {
+    constexpr const char* fname = "get_timezone_from_default_setting";
+    constexpr std::string_view keyword = "GMT_OFFSET";
+    constexpr size_t line_size = 4096;
+    DEBUG_LOG(4, fname, "Method called");
+    const std::string path = std::string(g_wdir) + "/sys/replay_settings.default";
+    if (!file_exists(path.c_str())) {
+        DEBUG_LOG(3, fname, "replay_setting.default file not found, setting local timeoffset");
+        std::fprintf(stderr, "%s file not found, setting local timeoffset\n", path.c_str());
+        return -1;
+    }
+    FILE* file = std::fopen(path.c_str(), "r");
+    if (file == nullptr) {
+        DEBUG_LOG(3, fname, "Failed to open replay_setting.default, setting local timeoffset");
+        std::fprintf(stderr, "Failed to open %s file, setting local timeoffset\n", path.c_str());
+        return -1;
+    }
+    LineReader lines(fileno(file), line_size);
+    LineText line;
+    int64_t offset = -1;
+    while (lines.next(line)) {
+        if (strncasecmp(line.text, keyword.data(), keyword.size()) == 0) {
+            offset = -zone_offset(read_zone(line.text + keyword.size()));
+            DEBUG_LOG(4, fname, "GMT_OFFSET value : %ld", offset);
+            break;
+        }
+    }
+    std::fclose(file);
+    return offset;
+}
+
+int get_month(const char* month_name) {
+    for (int month = 0; month < 12; ++month) {
+        if (std::strcmp(month_name, month_names[month]) == 0) {
+            return month + 1;
+        }
+    }
+    return 1;
+}
+
+time_t local_time_to_epoch(int year, int month, int day, int hours, int minutes, int seconds) {
+    return convert({year, month, day, hours, minutes, seconds});
+}
+
+time_t convert_into_second(LineText timestring) {
+    CalendarTime calendar;
+    int64_t log_offset;
+    if (debug_wanted(4) || !read_fixed_shape(timestring, calendar, log_offset)) {
+        return convert_any_shape(timestring.text);
+    }
+    return convert(calendar) - replay_timezone - log_offset;
+}
+
+time_t convert_into_second_iis(LineText date, LineText time) {
+    CalendarTime calendar;
+    if (debug_wanted(4) || !read_fixed_shape_iis(date, time, calendar)) {
+        return convert_any_shape_iis(date.text, time.text);
+    }
+    return convert(calendar) - replay_timezone;
+}

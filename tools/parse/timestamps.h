@@ -1,0 +1,38 @@
+#pragma once
+
+#include "tools/parse/field_splitter.h"
+
+#include <cstdint>
+#include <ctime>
+
+// Log times on the scale of the replay period. The period's bounds are wall-clock times of the
+// replay zone converted by the C library as local times of this process; a log time is brought to
+// the same scale: its wall-clock fields converted as local time, less the replay zone's offset,
+// less the log zone's own.
+
+// Offset of the replay zone in seconds west of UTC. Set once by the driver before any log is read,
+// from get_timezone_from_default_setting or, when that gives -1, from the process's local zone.
+extern int64_t replay_timezone;
+
+// Reads GMT_OFFSET from sys/replay_settings.default of the installation named by ZV_WDIR. Returns
+// the offset in seconds west of UTC; -1 when the file or the line is missing (a missing file is
+// reported on standard error).
+int64_t get_timezone_from_default_setting();
+
+// 1 to 12 for "Jan" to "Dec"; 1 for anything else.
+int get_month(const char* month_name);
+
+// Seconds since the epoch of calendar fields in the process's local zone, daylight saving as the
+// zone's rules have it for that date; fields out of range are normalised. `month` counts from 1,
+// `year` is given in full. Of an hour that the zone has twice, the first is meant. Remembers the
+// last minute it converted, for each thread by itself, so that consecutive log lines cost no
+// library call.
+time_t local_time_to_epoch(int year, int month, int day, int hours, int minutes, int seconds);
+
+// Converts the text of a log's bracketed time such as 10/Oct/2000:13:55:36 -0700. Returns -1 when
+// it is malformed. May split the text in place.
+time_t convert_into_second(LineText timestring);
+
+// Converts a date yyyy-mm-dd and a time hh:mm:ss, both in UTC. Returns -1 when either is malformed.
+// May split both in place.
+time_t convert_into_second_iis(LineText date, LineText time);
