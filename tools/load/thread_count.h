@@ -1,0 +1,8 @@
+#pragma once
+
+// Number of processors of the machine. Ends the run when it cannot be read.
+int zvr_get_num_cpu();
+
+// Number of worker threads for that many processors, when nobody asked for a number: some
+// processors are left to the rest of the machine.
+int zvr_get_num_threads(int num_cpu);

@@ -1,0 +1,229 @@
+#include "tools/load/worker_threads.h"
+
+#include "tools/config/replay_settings.h"
+#include "tools/driver/allocation.h"
+#include "tools/driver/logs.h"
+#include "tools/driver/progress.h"
+#include "tools/load/input_files.h"
+#include "tools/load/line_count.h"
+#include "tools/load/request_table.h"
+#include "tools/load/thread_count.h"
+#include "tools/parse/log_loader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <pthread.h>
+#include <vector>
+
+threadCounter* tc = nullptr;
+
+namespace {
+
+constexpr const char* fname = "process_url_files";
+constexpr const char* thread_fname = "process_url_files_t";
+
+// Fixes how many lines each file is to give, where the scenario does not say.
+void count_requests() {
+    DEBUG_LOG(3, fname, "Counting total number of request.");
+    const PhaseProgress progress(
+        "\tStart Counting total number of request from log files at %s\n",
+        "\tEnd Counting total number of request from log files at %s\n\tTotal time taken : %ld\n");
+    uint64_t total = 0;
+    for (int i = 0; i < num_al_files; ++i) {
+        InputFileInfo& file = seq_file_path[i];
+        if (file.body_flag != 0) {
+            continue;
+        }
+        if (file.num_req == 0) {
+            file.num_req = zvr_get_total_lines_in_file(file.input_file);
+        }
+        if (file.num_req == 0) {
+            fatal_error(fname, "Failed to calculate Number of records from file '%s'",
+                        file.input_file);
+        }
+        total += file.num_req;
+        DEBUG_LOG(3, fname, "File name = %s, cumlative total_request = %lu", file.input_file,
+                  total);
+    }
+    DEBUG_LOG(3, fname, "All access logs counted, total number of request = %lu ", total);
+    progress.finish();
+}
+
+int choose_thread_count() {
+    if (g_num_thread < 0) {
+        fatal_error(fname, "Number of thread can not be negative");
+    }
+    return g_num_thread != 0 ? g_num_thread : zvr_get_num_threads(zvr_get_num_cpu());
+}
+
+// A sum that stays at its highest value instead of wrapping: no such number of records can be had.
+uint64_t saturating_sum(uint64_t a, uint64_t b) {
+    return b > UINT64_MAX - a ? UINT64_MAX : a + b;
+}
+
+// Gives a thread its files: those of the instances from `first_instance` on.
+void allot_files(parsingThreadArgs& thread, int first_instance) {
+    const int end_instance = first_instance + thread.num_instance;
+    for (int i = thread.seq_file_start_idx; i < num_al_files; ++i) {
+        if (seq_file_path[i].instance_idx >= end_instance) {
+            break;
+        }
+        ++thread.num_seq_file;
+        thread.num_req = saturating_sum(thread.num_req, seq_file_path[i].num_req);
+    }
+}
+
+// Gives each thread a contiguous run of instances of equal number, the last one what is left.
+// Returns how many threads there is work for.
+int allot_instances(parsingThreadArgs* threads, int thread_count) {
+    const int instance_per_thread =
+        static_cast<int>(std::ceil(static_cast<double>(g_num_instance) / thread_count));
+    int alloted_instance = 0;
+    int alloted_file_idx = 0;
+    for (int i = 0; i < thread_count; ++i) {
+        parsingThreadArgs& thread = threads[i];
+        thread.num_instance = std::min(instance_per_thread, g_num_instance - alloted_instance);
+        if (thread.num_instance == 0) {
+            return i;
+        }
+        thread.thread_idx = i;
+        thread.seq_file_start_idx = alloted_file_idx;
+        allot_files(thread, alloted_instance);
+        alloted_file_idx += thread.num_seq_file;
+        alloted_instance += thread.num_instance;
+    }
+    return thread_count;
+}
+
+RequestTableSpace allocate_tables(parsingThreadArgs* threads, int thread_count) {
+    uint64_t total = 0;
+    for (int i = 0; i < thread_count; ++i) {
+        log_allocation(fname, "al_info_array", threads[i].num_req * sizeof(alInfo));
+        total = saturating_sum(total, threads[i].num_req);
+    }
+    RequestTableSpace space(total);
+    for (int i = 0; i < thread_count; ++i) {
+        threads[i].al_info_array_t = space.take(threads[i].num_req);
+    }
+    return space;
+}
+
+void load_file(ParsingThread& thread, const parsingThreadArgs& arguments, int seq_file_idx,
+               uint64_t* seq_no, UnaccountedRequests& unaccounted, bool* is_full) {
+    const char* file_name = seq_file_path[seq_file_idx].input_file;
+    DEBUG_LOG(2, thread_fname, "url_file_path = %s", file_name);
+    FILE* al_file_fp = std::fopen(file_name, "r");
+    if (al_file_fp == nullptr) {
+        fatal_error(thread_fname, "Unable to open url file %s", file_name);
+    }
+    char date_time[date_time_size];
+    if (commentry_flag != 0) {
+        std::fprintf(stderr, "\t\tThread[%d] start processing file '%s' at %s\n", thread.thread_idx,
+                     file_name, get_cur_date_time(date_time));
+    }
+    *is_full = load_url_info(thread, arguments.al_info_array_t, seq_file_idx, al_file_fp, seq_no,
+                             unaccounted) != 0;
+    if (*is_full) {
+        DEBUG_LOG(1, thread_fname,
+                  "Max unaccounted urls reached, No more new files will be processed");
+    } else {
+        DEBUG_LOG(3, thread_fname,
+                  "Thread[%d] Processing of Url file - '%s' completed, %lu request processed",
+                  thread.thread_idx, file_name, *seq_no);
+        if (commentry_flag != 0) {
+            std::fprintf(stderr, "\t\tThread[%d] end processeding file '%s' at %s\n",
+                         thread.thread_idx, file_name, get_cur_date_time(date_time));
+        }
+    }
+    std::fclose(al_file_fp);
+}
+
+// Body of one worker thread; `argv` is its parsingThreadArgs.
+void* process_url_files_t(void* argv) {
+    parsingThreadArgs& arguments = *static_cast<parsingThreadArgs*>(argv);
+    ParsingThread thread = {.thread_idx = arguments.thread_idx};
+    UnaccountedRequests unaccounted(arguments.al_info_array_t);
+    uint64_t seq_no = 0;
+    const time_t start = std::time(nullptr);
+    char date_time[date_time_size];
+    if (commentry_flag != 0) {
+        std::fprintf(stderr, "\tThread[%d] started at %s\n", thread.thread_idx,
+                     get_cur_date_time(date_time));
+    }
+    bool is_full = false;
+    for (int i = 0; i < arguments.num_seq_file && !is_full; ++i) {
+        const int seq_file_idx = arguments.seq_file_start_idx + i;
+        if (seq_file_path[seq_file_idx].body_flag == 0) {
+            load_file(thread, arguments, seq_file_idx, &seq_no, unaccounted, &is_full);
+        }
+    }
+    tc[thread.thread_idx] = thread.counters;
+    arguments.total_valid_req_t = seq_no;
+    if (commentry_flag != 0) {
+        std::fprintf(stderr, "\tThread[%d] ended at %s , total time taken = %ld(sec)\n",
+                     thread.thread_idx, get_cur_date_time(date_time),
+                     static_cast<long>(std::time(nullptr) - start));
+    }
+    return nullptr;
+}
+
+void start_threads(std::vector<pthread_t>& handles, parsingThreadArgs* threads) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_JOINABLE);
+    for (size_t i = 0; i < handles.size(); ++i) {
+        parsingThreadArgs& thread = threads[i];
+        if (pthread_create(&handles[i], &attributes, process_url_files_t, &thread) != 0) {
+            fatal_error(fname, "Failed to create Processing thread[%d]", thread.thread_idx);
+        }
+        DEBUG_LOG(3, fname,
+                  "Thread[%d] created, seq_file_start_idx = %d, num seq file = %d, num_req = %lu ",
+                  thread.thread_idx, thread.seq_file_start_idx, thread.num_seq_file,
+                  thread.num_req);
+    }
+    pthread_attr_destroy(&attributes);
+}
+
+void join_threads(const std::vector<pthread_t>& handles, const parsingThreadArgs* threads) {
+    for (size_t i = 0; i < handles.size(); ++i) {
+        if (pthread_join(handles[i], nullptr) != 0) {
+            fatal_error(fname, "Thread[%d] failed to complete", threads[i].thread_idx);
+        }
+        g_valid_request += threads[i].total_valid_req_t;
+        g_total_req += tc[i].total_req;
+        g_total_bad_req += tc[i].bad_req;
+        g_time_filtered_req += tc[i].time_filtered_req;
+        DEBUG_LOG(2, fname, "Thread[%d] competed successfully, Total files parsed = %d",
+                  threads[i].thread_idx, threads[i].num_seq_file);
+    }
+}
+
+void merge_tables(RequestTableSpace& space, const parsingThreadArgs* threads, int thread_count) {
+    log_allocation(fname, "al_info_array", g_valid_request * sizeof(alInfo));
+    for (int i = 0; i < thread_count; ++i) {
+        space.append(threads[i].al_info_array_t, threads[i].total_valid_req_t);
+    }
+    al_info_array = space.records();
+}
+
+} // namespace
+
+void process_url_files() {
+    DEBUG_LOG(4, fname, "Method called");
+    count_requests();
+    int thread_count = choose_thread_count();
+    auto* threads = static_cast<parsingThreadArgs*>(allocate_zeroed(
+        fname, "Thread Arguments", static_cast<size_t>(thread_count), sizeof(parsingThreadArgs)));
+    thread_count = allot_instances(threads, thread_count);
+    RequestTableSpace space = allocate_tables(threads, thread_count);
+    tc = static_cast<threadCounter*>(allocate_zeroed(
+        fname, "thread counter", static_cast<size_t>(thread_count), sizeof(threadCounter)));
+    std::vector<pthread_t> handles(static_cast<size_t>(thread_count));
+    start_threads(handles, threads);
+    join_threads(handles, threads);
+    DEBUG_LOG(3, fname, "Processing of URL files completed, total valid requests are = %lu",
+              g_valid_request);
+    merge_tables(space, threads, thread_count);
+    DEBUG_LOG(3, fname, "Url table copied to new table, total valid urls count = %lu",
+              g_valid_request);
+}

@@ -1,0 +1,127 @@
+#include "tools/config/field_layout.h"
+#include "tools/driver/logs.h"
+#include "tools/parse/line_parsers.h"
+#include "tools/parse/request_fields.h"
+#include "tools/parse/timestamps.h"
+
+#include <string>
+
+namespace {
+
+struct SeparateFields {
+    LineText date = {};
+    LineText time = {};
+    LineText query_string = {};
+    bool url_holds_query = false;
+};
+
+// Fields that only this layout has. The rest of the kinds in it are not used.
+void read_own_field(int kind, LineText field, RequestFields& request, SeparateFields& separate) {
+    switch (kind) {
+    case AL_DATE:
+        separate.date = field;
+        break;
+    case AL_TIME:
+        separate.time = field;
+        break;
+    case AL_METHOD:
+        request.method = field;
+        break;
+    case AL_URL:
+        request.url = field;
+        break;
+    case AL_QUERY_STRING:
+        separate.query_string = field;
+        break;
+    case AL_URL_QUERY:
+        request.url = field;
+        separate.url_holds_query = true;
+        break;
+    default:
+        break;
+    }
+}
+
+bool is_complete(const RequestFields& request, const SeparateFields& separate) {
+    const bool has_url = separate.url_holds_query ||
+                         (request.url.text != nullptr && separate.query_string.text != nullptr);
+    return has_url && separate.date.text != nullptr && separate.time.text != nullptr;
+}
+
+bool is_dash(LineText field) {
+    return field.size == 1 && field.text[0] == '-';
+}
+
+void join_query_string(ParsingThread& thread, const LineOrigin& origin, RequestFields& request,
+                       LineText query_string) {
+    if (query_string.text == nullptr || is_dash(query_string)) {
+        return;
+    }
+    DEBUG_LOG(2, origin.fname, "Allocating memory for %s. size = %d", "URL",
+              static_cast<int>(request.url.size + query_string.size + 2));
+    std::string& joined = thread.joined_url;
+    joined.assign(request.url.text, request.url.size);
+    joined.append(1, '?').append(query_string.text, query_string.size);
+    request.url = {joined.data(), joined.size()};
+}
+
+int parse_separate_fields(ParsingThread& thread, const LineOrigin& origin, alInfo& record,
+                          LineText line) {
+    DEBUG_LOG(4, origin.fname, "Processing line num - %ld of file - %s", origin.line_num,
+              origin.file_name);
+    LineText fields[max_al_fields];
+    if (!split_line(thread, origin, line, fields)) {
+        return -1;
+    }
+    RequestFields request;
+    SeparateFields separate;
+    for (int kind = 0; kind < al_field_kind_count; ++kind) {
+        const int position = al_required_field_position[kind];
+        if (position == 0) {
+            continue;
+        }
+        const LineText field = fields[position - 1];
+        if (debug_wanted(4)) {
+            log_field_value(origin, kind, field);
+        }
+        switch (read_common_field(thread, origin, kind, field, request)) {
+        case FieldOutcome::handled:
+            break;
+        case FieldOutcome::rejected:
+            return -1;
+        case FieldOutcome::not_of_common:
+            read_own_field(kind, field, request, separate);
+        }
+    }
+    if (!is_complete(request, separate)) {
+        return reject_line(thread, origin, "Required fields are missing  at line %ld in file '%s'");
+    }
+    const time_t time_stamp = convert_into_second_iis(separate.date, separate.time);
+    if (time_stamp == -1) {
+        return reject_line(thread, origin, "Date/Time filed is invalid at line %ld in file '%s'");
+    }
+    request.time_stamp = static_cast<uint64_t>(time_stamp);
+    if (!is_in_replay_period(thread, origin, request)) {
+        return -1;
+    }
+    join_query_string(thread, origin, request, separate.query_string);
+    resolve_location(thread, request.url, request.location);
+    store_request(thread, request, record);
+    DEBUG_LOG(4, origin.fname, "Successfully parsed line:%ld from File:%s", origin.line_num,
+              origin.file_name);
+    return 0;
+}
+
+} // namespace
+
+int parse_al_line_iis(ParsingThread& thread, alInfo* al_info_array_t, LineText line,
+                      const char* file_name, uint64_t seq_no, int64_t line_num) {
+    const LineOrigin origin = {"parse_al_line_iis", file_name, line_num};
+    return parse_separate_fields(thread, origin, al_info_array_t[seq_no], line);
+}
+
+int parse_al_line_weblogic(ParsingThread& thread, alInfo* al_info_array_t, LineText line,
+                           const char* file_name, uint64_t seq_no, int64_t line_num) {
+    const LineOrigin origin = {"parse_al_line_weblogic", file_name, line_num};
+    return parse_separate_fields(thread, origin, al_info_array_t[seq_no], line);
+}

@@ -1,0 +1,165 @@
+#include "tools/parse/request_fields.h"
+
+#include "tools/config/field_layout.h"
+#include "tools/config/replay_period.h"
+#include "tools/config/replay_settings.h"
+#include "tools/driver/logs.h"
+#include "tools/parse/client_address.h"
+#include "tools/parse/relative_location.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+bool is_dash(LineText field) {
+    return field.size == 1 && field.text[0] == '-';
+}
+
+void log_text_allocation(const LineOrigin& origin, const char* name, LineText field) {
+    DEBUG_LOG(2, origin.fname, "Allocating memory for %s. size = %d", name,
+              static_cast<int>(field.size + 1));
+}
+
+FieldOutcome read_client_ip(ParsingThread& thread, const LineOrigin& origin, LineText field,
+                            RequestFields& request) {
+    if (session_mode != SESSION_MODE_CLIENT_IP) {
+        return FieldOutcome::handled;
+    }
+    if (is_dash(field)) {
+        DEBUG_LOG(2, origin.fname,
+                  "Client ip not found in line num %d in file %s, setting 127.0.0.1",
+                  static_cast<int>(origin.line_num), origin.file_name);
+        return FieldOutcome::handled; // address 0, a request without a session
+    }
+    if (zv_ip_addr(field.text, &request.client_ip) == -1) {
+        DEBUG_LOG(2, origin.fname, "Invalid client ip %s at line %ld in file %s", field.text,
+                  origin.line_num, origin.file_name);
+        ++thread.counters.bad_req;
+        return FieldOutcome::rejected;
+    }
+    return FieldOutcome::handled;
+}
+
+int non_negative_seconds(int64_t seconds) {
+    return static_cast<int>(std::clamp<int64_t>(seconds, 0, INT_MAX));
+}
+
+void store_text(TextArena& arena, const char* name, LineText text, size_t spare, char*& stored) {
+    if (text.text != nullptr) {
+        stored = arena.copy(name, {text.text, text.size}, spare);
+    }
+}
+
+} // namespace
+
+bool split_line(ParsingThread& thread, const LineOrigin& origin, LineText line, LineText fields[]) {
+    if (get_al_fields(line, fields, max_al_fields) < max_required_field_position) {
+        reject_line(thread, origin, "Invalid line at line %ld in file '%s'");
+        return false;
+    }
+    return true;
+}
+
+void log_field_value(const LineOrigin& origin, int kind, LineText field) {
+    const bool is_skipped = kind == AL_CLIENT_IP && session_mode != SESSION_MODE_CLIENT_IP;
+    if (kind != AL_STATUS_CODE && !is_skipped) {
+        DEBUG_LOG(4, origin.fname, "%s value :'%s'", al_required_fields[kind].name, field.text);
+    }
+}
+
+FieldOutcome read_common_field(ParsingThread& thread, const LineOrigin& origin, int kind,
+                               LineText field, RequestFields& request) {
+    switch (kind) {
+    case AL_CLIENT_IP:
+        return read_client_ip(thread, origin, field, request);
+    case AL_STATUS_CODE:
+        request.response_code = static_cast<int>(std::strtol(field.text, nullptr, 10));
+        DEBUG_LOG(4, origin.fname, "Response code = %d", request.response_code);
+        break;
+    case AL_REQUEST_COOKIE:
+        log_text_allocation(origin, "Cookies", field);
+        request.cookies = field;
+        break;
+    case AL_SET_COOKIE:
+        log_text_allocation(origin, "Set Cookies", field);
+        request.set_cookies = field;
+        break;
+    case AL_HOST_HEADER:
+        if (!is_dash(field)) {
+            log_text_allocation(origin, "Allocate host IP", field);
+            request.host = field;
+        }
+        break;
+    case AL_LOCATION:
+        if (!is_dash(field)) {
+            request.location = field;
+        }
+        break;
+    case AL_RESPONSE_TIME:
+        request.response_time = non_negative_seconds(std::atoi(field.text));
+        break;
+    case AL_RESPONSE_TIME_USEC:
+        request.response_time = non_negative_seconds(std::atoll(field.text) / 1'000'000);
+        break;
+    default:
+        return FieldOutcome::not_of_common;
+    }
+    return FieldOutcome::handled;
+}
+
+int reject_line(ParsingThread& thread, const LineOrigin& origin, const char* message) {
+    if (debug_wanted(2)) {
+        debug_log(2, origin.fname, message, origin.line_num, origin.file_name);
+    }
+    ++thread.counters.bad_req;
+    return -1;
+}
+
+bool is_in_replay_period(ParsingThread& thread, const LineOrigin& origin, RequestFields& request) {
+    if (consider_response_time != 0) {
+        request.time_stamp -= static_cast<uint64_t>(request.response_time);
+    }
+    const bool is_early = start_time_stamp != 0 && request.time_stamp < start_time_stamp;
+    const bool is_late = end_time_stamp != 0 && request.time_stamp > end_time_stamp;
+    if (is_early || is_late) {
+        DEBUG_LOG(2, origin.fname,
+                  "Request doesn't come in replay period range , This request will be ignored");
+        ++thread.counters.time_filtered_req;
+        return false;
+    }
+    return true;
+}
+
+void resolve_location(ParsingThread& thread, LineText url, LineText& location) {
+    if (location.text == nullptr || !is_relative_location(location.text)) {
+        return;
+    }
+    std::string& resolved = thread.resolved_location;
+    make_absolute_from_relative_url(location.text, {url.text, url.size}, resolved);
+    location = {resolved.data(), resolved.size()};
+}
+
+void store_request(ParsingThread& thread, const RequestFields& request, alInfo& record) {
+    record.time_stamp = request.time_stamp;
+    record.response_code = request.response_code;
+    record.client_ip = request.client_ip;
+    const size_t method_length =
+        std::min(request.method.size, static_cast<size_t>(max_method_length));
+    if (method_length != 0) {
+        std::memcpy(record.method, request.method.text, method_length);
+    }
+    record.method[method_length] = '\0';
+
+    constexpr size_t room_for_star = 1; // and its terminator
+    store_text(thread.record_texts, "url", request.url, room_for_star, record.url);
+    store_text(thread.record_texts, "redirect_url", request.location, 0, record.redirect_url);
+    record.host_ip =
+        request.host.text == nullptr
+            ? na_string
+            : thread.record_texts.copy("Allocate host IP", {request.host.text, request.host.size});
+    store_text(thread.header_texts, "Cookies", request.cookies, 0, record.cookies);
+    store_text(thread.header_texts, "Set Cookies", request.set_cookies, 0, record.set_cookies);
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "tools/parse/field_splitter.h"
+#include "tools/parse/parsing_thread.h"
+#include "tools/parse/request_record.h"
+
+#include <cstdint>
+
+// What the parsers of all log dialects have in common: the fields that mean the same in each of
+// them, the replay period, and the record that an accepted line fills. Nothing is copied before a
+// line is accepted.
+
+// The line at work, for the messages about it.
+struct LineOrigin {
+    const char* fname; // the parser, as the debug log names it
+    const char* file_name;
+    int64_t line_num; // from 1
+};
+
+// A request while its line is read; texts point into the line. Null texts: not in the layout.
+struct RequestFields {
+    uint64_t time_stamp = 0; // seconds
+    int response_time = 0;   // seconds
+    int response_code = 0;
+    uint32_t client_ip = 0;
+    LineText method = {};
+    LineText url = {};
+    LineText cookies = {};
+    LineText set_cookies = {};
+    LineText host = {};
+    LineText location = {};
+};
+
+enum class FieldOutcome {
+    handled,
+    rejected,     // the line is bad
+    not_of_common // means something in one dialect only
+};
+
+// Splits `line` into `fields` (max_al_fields of them). Returns false when there are fewer than the
+// layout needs or one is not closed; the line is then reported and counted as bad.
+bool split_line(ParsingThread& thread, const LineOrigin& origin, LineText line, LineText fields[]);
+
+// Writes the field's value to the debug log (level 4), except for a status code, which has a line
+// of its own, and a client address that is not looked at.
+void log_field_value(const LineOrigin& origin, int kind, LineText field);
+
+// Reads a field of a kind (see tools/config/field_layout.h) that all dialects share into `request`.
+FieldOutcome read_common_field(ParsingThread& thread, const LineOrigin& origin, int kind,
+                               LineText field, RequestFields& request);
+
+// Reports and counts a bad line; -1, the parsers' result for it. `message` takes the line number
+// and the file name.
+int reject_line(ParsingThread& thread, const LineOrigin& origin, const char* message);
+
+// Subtracts the response time where the settings say so, and tests the replay period, both ends
+// included. A request outside of it is reported and counted, and false comes back.
+bool is_in_replay_period(ParsingThread& thread, const LineOrigin& origin, RequestFields& request);
+
+// Resolves the location against `url` when it is relative; otherwise leaves it as logged.
+void resolve_location(ParsingThread& thread, LineText url, LineText& location);
+
+// Fills the zeroed record of an accepted request; its texts are copied into the thread's arenas.
+void store_request(ParsingThread& thread, const RequestFields& request, alInfo& record);

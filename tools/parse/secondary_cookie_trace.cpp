@@ -1,0 +1,65 @@
+#include "tools/parse/secondary_cookie_trace.h"
+
+#include "tools/driver/logs.h"
+
+#include <unistd.h>
+
+char akaau_trace = 0;
+FILE* akaau_trace_fp = nullptr;
+
+void open_akaau_trace(const std::string& config_dir) {
+    const std::string path = config_dir + "/akaau.trace";
+    unlink(path.c_str());
+    if (akaau_trace == 0) {
+        return;
+    }
+    akaau_trace_fp = std::fopen(path.c_str(), "w");
+    if (akaau_trace_fp == nullptr) {
+        fatal_error("main", "Failed to open akaau.trace file");
+    }
+}
+
+void close_akaau_trace() {
+    if (akaau_trace_fp == nullptr) {
+        return;
+    }
+    const bool failed = std::ferror(akaau_trace_fp) != 0;
+    if (std::fclose(akaau_trace_fp) != 0 || failed) {
+        fatal_error("main", "Failed to write to akaau.trace file");
+    }
+    akaau_trace_fp = nullptr;
+}
+
+void trace_matched(const char* akaau_id, const char* jsession_id, const TracePlace& place) {
+    if (akaau_trace != 0) {
+        std::fprintf(akaau_trace_fp,
+                     "Akaau='%s' matched with JSESSIONID='%s' [thread[%d], file name-%s, "
+                     "line_number-%ld]\n",
+                     akaau_id, jsession_id, place.thread_idx, place.file_name, place.line_num);
+    }
+}
+
+void trace_updated(const char* akaau_id, const TracePlace& place) {
+    if (akaau_trace != 0) {
+        std::fprintf(akaau_trace_fp,
+                     "Akaau='%s' updated [thread[%d], file name-%s, line number-%ld]\n", akaau_id,
+                     place.thread_idx, place.file_name, place.line_num);
+    }
+}
+
+void trace_added(const char* akaau_id, const TracePlace& place) {
+    if (akaau_trace != 0) {
+        std::fprintf(akaau_trace_fp,
+                     "Akaau='%s' added [thread[%d], file name-%s, line number-%ld]\n", akaau_id,
+                     place.thread_idx, place.file_name, place.line_num);
+    }
+}
+
+void trace_limit_reached(int limit) {
+    if (akaau_trace != 0) {
+        std::fprintf(akaau_trace_fp,
+                     "Maximum unaccounted url limit(%d) reached, no new request will be "
+                     "processed\n",
+                     limit);
+    }
+}
