@@ -1,0 +1,19 @@
+#include "tools/patterns/number_table.h"
+
+#include <algorithm>
+
+void NumberTable::grow() {
+    constexpr size_t first_size = 1024;
+    std::vector<Slot> old = std::move(slots_);
+    slots_ = std::vector<Slot>(std::max(first_size, old.size() * 2));
+    for (const Slot& slot : old) {
+        if (slot.number == free_slot) {
+            continue;
+        }
+        size_t at = slot.low & (slots_.size() - 1);
+        while (slots_[at].number != free_slot) {
+            at = (at + 1) & (slots_.size() - 1);
+        }
+        slots_[at] = slot;
+    }
+}

@@ -1,0 +1,52 @@
+#include "tools/patterns/pattern_regex.h"
+
+#include "tools/driver/logs.h"
+
+#include <string>
+
+namespace {
+
+constexpr const char* compile_fname = "zvr_compile_regex";
+
+std::string encode(const char* pattern) {
+    std::string encoded;
+    for (const char* c = pattern; *c != '\0'; ++c) {
+        if (*c == '*') {
+            encoded += '.';
+        }
+        encoded += *c;
+    }
+    return encoded;
+}
+
+} // namespace
+
+int zvr_compile_regex(const char* regex_string, int encode_flag, regex_t* out_regex) {
+    constexpr size_t max_encoded_length = 2047;
+    DEBUG_LOG(4, compile_fname, "Method called, regex string = %s, encode flag = %d", regex_string,
+              encode_flag);
+    std::string pattern = regex_string;
+    if (encode_flag != 0) {
+        pattern = encode(regex_string);
+        DEBUG_LOG(4, compile_fname, "regex pattern after encoding = %s", pattern.c_str());
+    }
+    const bool is_too_long = encode_flag != 0 && pattern.size() > max_encoded_length;
+    if (is_too_long || regcomp(out_regex, pattern.c_str(), REG_EXTENDED) != 0) {
+        DEBUG_LOG(2, compile_fname, "Failed to compile regex pattern = '%s'", pattern.c_str());
+        return 1;
+    }
+    return 0;
+}
+
+int zvr_match_regex(const char* msg, const regex_t* comp_pattern, int32_t* s_o, int32_t* e_o) {
+    constexpr const char* fname = "zvr_match_regex";
+    DEBUG_LOG(4, fname, "Called zvr_match_regex");
+    regmatch_t match;
+    if (regexec(comp_pattern, msg, 1, &match, 0) != 0) {
+        return -1;
+    }
+    *s_o = match.rm_so;
+    *e_o = match.rm_eo;
+    DEBUG_LOG(4, fname, "Method Exiting, start Offset = %d, End Offset = %d", *s_o, *e_o);
+    return 0;
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+#include <regex.h>
+
+// Patterns are extended regular expressions in which '*' stands for any text.
+
+// Compiles `regex_string` into `*out_regex`; with `encode_flag`, every '*' is first written as
+// ".*". Returns 0; or 1 when it does not compile or is longer than 2,047 characters once encoded.
+int zvr_compile_regex(const char* regex_string, int encode_flag, regex_t* out_regex);
+
+// Finds the first match in `msg`. Returns 0 with its start and its end (exclusive) in `*s_o` and
+// `*e_o`, or -1 when there is none.
+int zvr_match_regex(const char* msg, const regex_t* comp_pattern, int32_t* s_o, int32_t* e_o);

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+// A result file while it is written, through a large buffer. A write that fails is remembered until
+// close tells, so that a file is known to be whole or known not to be.
+class ResultFile {
+  public:
+    ResultFile() = default;
+    ~ResultFile();
+    ResultFile(const ResultFile&) = delete;
+    ResultFile& operator=(const ResultFile&) = delete;
+
+    // Removes what stands at `path` and creates the file anew, with permission 0666 less the
+    // process's mask. Returns false when that fails.
+    bool create(const std::string& path);
+
+    bool is_open() const { return descriptor_ != -1; }
+    bool has_failed() const { return has_failed_; }
+
+    void append(std::string_view text);
+    void append(char c) { append(std::string_view(&c, 1)); }
+    void append_unsigned(uint64_t number);
+    void append_signed(int64_t number);
+
+    // Writes `text` over what stands at the start of the file.
+    void overwrite_start(std::string_view text);
+
+    // Writes out what is buffered and closes the file. Returns whether all of it was written.
+    bool close();
+
+  private:
+    void flush();
+    void write_all(std::string_view text);
+
+    int descriptor_ = -1;
+    bool has_failed_ = false;
+    size_t used_ = 0;
+    std::unique_ptr<char[]> buffer_;
+};
