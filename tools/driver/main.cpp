@@ -1,0 +1,186 @@
+#include "tools/config/field_layout.h"
+#include "tools/config/replay_settings.h"
+#include "tools/config/scenario_file.h"
+#include "tools/driver/command_line.h"
+#include "tools/driver/input_backup.h"
+#include "tools/driver/logs.h"
+#include "tools/driver/paths.h"
+#include "tools/driver/progress.h"
+#include "tools/driver/result_cache.h"
+#include "tools/load/input_files.h"
+#include "tools/load/request_table.h"
+#include "tools/load/worker_threads.h"
+#include "tools/parse/secondary_cookie_trace.h"
+#include "tools/parse/timestamps.h"
+#include "tools/patterns/classification.h"
+#include "tools/patterns/pattern_files.h"
+#include "tools/patterns/pattern_tables.h"
+#include "tools/patterns/query_list.h"
+#include "tools/patterns/session_order.h"
+#include "tools/patterns/unique_urls.h"
+#include "tools/results/complete_url_list.h"
+#include "tools/results/hosts_list.h"
+#include "tools/results/url_list.h"
+
+#include <ctime>
+#include <new>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr const char* fname = "main";
+
+[[noreturn]] void report_no_memory() {
+    fatal_error(fname, "Out of Memory: %s (size = %d) for index %d", "working memory", 0, -1);
+}
+
+void set_replay_timezone() {
+    replay_timezone = get_timezone_from_default_setting();
+    if (replay_timezone == -1) {
+        tzset();
+        replay_timezone = timezone;
+    }
+}
+
+bool has_content(const std::string& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && status.st_size != 0;
+}
+
+// Either pattern file may be missing or empty; then there are no patterns of its kinds.
+void load_pattern_file(const char* file_name, void (*load)(const char*)) {
+    const std::string path = replay_profile_file_path(file_name);
+    if (!file_exists(path.c_str())) {
+        DEBUG_LOG(1, fname, "'%s' file not found in replay profile '%s'", file_name,
+                  replay_profile);
+    } else if (has_content(path)) {
+        load(path.c_str());
+    }
+}
+
+void load_replay_profile() {
+    const std::string settings = replay_profile_file_path("replay_settings.dat");
+    if (!file_exists(settings.c_str())) {
+        fatal_error(fname, "'replay_settings.dat' file not found in replay profile '%s'",
+                    replay_profile);
+    }
+    read_replay_prof_setting(settings.c_str());
+    load_pattern_file("replay_url_filter_patterns.dat", save_filter_url_pattern);
+    load_pattern_file("replay_url_patterns.dat", save_url_pattern);
+}
+
+// The results are for all users of the installation, whatever mask this process was started with.
+void create_config_directory(const std::string& config_dir) {
+    const mode_t mask = umask(0);
+    const bool is_created = mkdir_ex1(config_dir.c_str()) == 1;
+    umask(mask);
+    if (!is_created) {
+        fatal_error(fname, "Unable to create directory - %s", config_dir.c_str());
+    }
+}
+
+void sort_pattern_tables() {
+    fill_seq_in_url_pattern_table(filter_url_pattern, total_filter_url_pattern);
+    fill_seq_in_url_pattern_table(inline_url_pattern, total_inline_url_pattern);
+    fill_seq_in_url_pattern_table(main_url_pattern, total_main_url_pattern);
+    fill_seq_in_url_pattern_table(main_wotx_url_pattern, total_main_wotx_url_pattern);
+}
+
+void load_logs(const std::string& config_dir) {
+    open_akaau_trace(config_dir);
+    process_input_file_list2();
+    const PhaseProgress progress(
+        "Start processing access log files at %s\n",
+        "End processing access log files at %s\n,Total Time taken : %ld(sec) \n");
+    process_url_files();
+    progress.finish();
+    close_akaau_trace();
+}
+
+std::vector<uint32_t> order_requests() {
+    const PhaseProgress progress(
+        "Start sorting of request table at %s\n",
+        "End sorting of request table at %s\n Total time taken: %ld(sec)\n");
+    std::vector<uint32_t> session_order = order_by_session(al_info_array, g_valid_request);
+    progress.finish();
+    return session_order;
+}
+
+void make_unique_urls(const std::vector<uint32_t>& session_order, const std::string& config_dir) {
+    QueryList query_list(config_dir);
+    const PhaseProgress progress(
+        "Start creating unique pattern of urls at %s\n",
+        "End creating unique pattern of urls at %s\n Total time taken: %ld(sec) \n");
+    make_url_pattern_list(session_order, query_list);
+    progress.finish();
+    DEBUG_LOG(4, fname, "Total url pattern - %d", url_pattern_count);
+}
+
+void dump_complete_url_list(const std::string& config_dir) {
+    const PhaseProgress progress(
+        "Start dumping complete url list to complete_url.list at %s\n",
+        "End dumping complete url list to complete_url.list at %s\nTime taken = %ld(sec)\n");
+    write_complete_url_list(config_dir);
+    progress.finish();
+}
+
+void read_cache(const std::string& config_dir) {
+    const PhaseProgress progress("Start reading urls data form cache at %s\n",
+                                 "End reading urls data from cache at %s\nTime taken = %ld\n");
+    fill_url_pattern_from_cache(config_dir.c_str());
+    progress.finish();
+}
+
+void classify_urls() {
+    const PhaseProgress progress(
+        "Start filling pattern type index at %s\n",
+        "End filling pattern type index at %s\n Total time taken = %ld(sec) \n");
+    fill_pattern_index();
+    progress.finish();
+    sort_by_request_type();
+}
+
+} // namespace
+
+// One run, phase by phase.
+int main(int argc, char* argv[]) {
+    std::set_new_handler(report_no_memory);
+    read_work_directory();
+    const bool scenario_named = read_command_line(argc, argv);
+    set_replay_timezone();
+    if (!scenario_named) {
+        error_log(fname, "--scenario argument missing");
+        print_usage(argv[0]);
+    }
+    find_scenario_and_profile();
+    load_replay_profile();
+
+    back_up_inputs();
+    const CacheLevel cache_level = check_cache();
+    const std::string config_dir = config_directory();
+    create_config_directory(config_dir);
+    if (cache_level == CacheLevel::result && print_cached_summary(config_dir)) {
+        return 0;
+    }
+
+    set_default_field_positions();
+    validate_al_format();
+    read_scenario_file();
+    sort_pattern_tables();
+
+    if (cache_level == CacheLevel::complete_list) {
+        read_cache(config_dir);
+    } else {
+        load_logs(config_dir);
+        make_unique_urls(order_requests(), config_dir);
+        dump_complete_url_list(config_dir);
+    }
+    write_hosts_list(config_dir);
+    classify_urls();
+    write_url_list(config_dir);
+
+    close_debug_log();
+    copy_backup_to_cache(config_dir);
+    remove_backup();
+    return 0;
+}

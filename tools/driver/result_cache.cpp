@@ -1,0 +1,89 @@
+#include "tools/driver/result_cache.h"
+
+#include "tools/driver/logs.h"
+#include "tools/driver/paths.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+char g_workspace_user_profile_name[1024];
+
+namespace {
+
+constexpr const char* fname = "main";
+constexpr const char* checker_command = "zvr_al_gen_url_list_check";
+
+constexpr int answer_result_holds = 0;
+constexpr int answer_complete_list_holds = 2;
+constexpr int answer_run_active = 255; // also what a command that cannot be started counts as
+
+// Runs a program found on the command path, without a shell, with its output discarded. Returns its
+// exit code; 127 when it is not found and 126 when it cannot be run, as a shell would answer.
+int run_quietly(const char* const arguments[]) {
+    const pid_t child = fork();
+    if (child == -1) {
+        return answer_run_active;
+    }
+    if (child == 0) {
+        const int nowhere = open("/dev/null", O_WRONLY);
+        dup2(nowhere, STDOUT_FILENO);
+        dup2(nowhere, STDERR_FILENO);
+        execvp(arguments[0], const_cast<char* const*>(arguments));
+        _exit(errno == ENOENT ? 127 : 126);
+    }
+    int status;
+    while (waitpid(child, &status, 0) == -1) {
+        if (errno != EINTR) {
+            return answer_run_active;
+        }
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+} // namespace
+
+CacheLevel check_cache() {
+    const std::string profile =
+        std::string(g_workspace_user_profile_name) + "/" + replay_profile + ".conf";
+    const std::string process = std::to_string(getpid());
+    refuse_long_path(std::string(checker_command) + "  " + profile + " " + process +
+                     " 1>/dev/null 2>/dev/null");
+    const char* const arguments[] = {checker_command, profile.c_str(), process.c_str(), nullptr};
+    switch (run_quietly(arguments)) {
+    case answer_run_active:
+        fatal_error(fname,
+                    "Url list processing Tool is already running, first close that and run again");
+    case answer_result_holds:
+        DEBUG_LOG(2, fname, "Cache level is 1, Result will be given from last result.");
+        return CacheLevel::result;
+    case answer_complete_list_holds:
+        DEBUG_LOG(2, fname,
+                  "Cache level is 2, last complete url will be processed to generate result.");
+        return CacheLevel::complete_list;
+    default:
+        DEBUG_LOG(2, fname, "cache test failed, data will process from starting");
+        return CacheLevel::none;
+    }
+}
+
+bool print_cached_summary(const std::string& config_dir) {
+    const std::string path = config_dir + "/url.list";
+    FILE* url_list = std::fopen(path.c_str(), "r");
+    if (url_list == nullptr) {
+        fatal_error(fname, "Failed to open url.list file");
+    }
+    constexpr int line_size = 2048;
+    char line[line_size];
+    const bool was_read = std::fgets(line, line_size, url_list) != nullptr;
+    std::fclose(url_list);
+    if (!was_read) {
+        DEBUG_LOG(1, fname, "Failed to read output form cahce, Data will be processed again.");
+        return false;
+    }
+    DEBUG_LOG(1, fname, "Output will be given from cache.");
+    std::fputs(line, stdout);
+    return true;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+// What an earlier run has left that this run may use again.
+
+extern char
+    g_workspace_user_profile_name[1024]; // first part of the checker's first argument; always empty
+
+enum class CacheLevel : char {
+    none = 0,         // the logs are read
+    result = 1,       // the last result still holds: its summary line is printed again
+    complete_list = 2 // complete_url.list still holds: only classification is done again
+};
+
+// Runs the checker command with the replay profile and this process's number and returns what it
+// says can be used. Ends the run when it says that another run is at work, or when it cannot be
+// started.
+CacheLevel check_cache();
+
+// Prints the first line of url.list as it stands there. Returns false when there is none. Ends the
+// run when the file cannot be opened.
+bool print_cached_summary(const std::string& config_dir);

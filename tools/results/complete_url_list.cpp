@@ -1,0 +1,147 @@
+#include "tools/results/complete_url_list.h"
+
+#include "tools/driver/allocation.h"
+#include "tools/driver/logs.h"
+#include "tools/load/line_count.h"
+#include "tools/load/request_table.h"
+#include "tools/parse/line_reader.h"
+#include "tools/parse/text_arena.h"
+#include "tools/parse/tokenizers.h"
+#include "tools/patterns/request_selection.h"
+#include "tools/patterns/unique_urls.h"
+#include "tools/results/result_file.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+namespace {
+
+constexpr const char* fname = "fill_url_pattern_from_cache";
+
+struct CounterLine {
+    std::string_view key;
+    uint64_t& counter;
+};
+
+const CounterLine counter_lines[] = {
+    {"#TOTAL_URLS=", g_total_req},
+    {"#REDIRECTED_URLS=", g_redirected_req},
+    {"#TIME_FILTERED_URLS=", g_time_filtered_req},
+    {"#BAD_URLS=", g_total_bad_req},
+    {"#NON_SESSION_URLS=", g_total_non_session_req},
+    {"#NON_SESSION_URLS_WITH_SECONDARY_COOKIE=", g_total_non_session_with_secondary_cookie},
+};
+
+std::string list_path(const std::string& config_dir) {
+    return config_dir + "/complete_url.list";
+}
+
+void write_row(ResultFile& file, const UrlInfo& entry) {
+    file.append(entry.method);
+    file.append('|');
+    file.append(entry.host_hdr);
+    file.append('|');
+    file.append_unsigned(entry.count);
+    file.append('|');
+    file.append_signed(entry.query_url_offset);
+    file.append('|');
+    file.append(entry.url);
+    file.append('\n');
+}
+
+void read_counter(LineText line) {
+    const std::string_view text = {line.text, line.size};
+    for (const CounterLine& counter_line : counter_lines) {
+        if (text.starts_with(counter_line.key)) {
+            counter_line.counter = std::strtoul(line.text + counter_line.key.size(), nullptr, 0);
+            return;
+        }
+    }
+}
+
+[[noreturn]] void refuse_row() {
+    fatal_error(fname, "Invalid line in complete_url.list, remove cache, and try again");
+}
+
+void read_row(LineText line, TextArena& texts) {
+    constexpr int column_count = 4; // before the URL, which may hold separators itself
+    char* const line_end = line.text + line.size;
+    char* columns[column_count];
+    int count;
+    get_tokens12(line.text, columns, "|", column_count, &count);
+    if (count < column_count) {
+        refuse_row();
+    }
+    char* const column_end = columns[column_count - 1] + std::strlen(columns[column_count - 1]);
+    if (column_end == line_end) {
+        refuse_row(); // no separator, no URL
+    }
+    const char* url = column_end + 1;
+    const int index = create_url_pattern(); // may move the table
+    UrlInfo& entry = url_pattern[index];
+    entry = {};
+    std::snprintf(entry.method, sizeof entry.method, "%s", columns[0]);
+    entry.host_hdr = texts.copy("host_hdr", columns[1]);
+    entry.count = std::strtoul(columns[2], nullptr, 0);
+    entry.query_url_offset = std::strtol(columns[3], nullptr, 10);
+    entry.url = texts.copy("url", {url, static_cast<size_t>(line_end - url)});
+}
+
+void allocate_table(const std::string& path) {
+    const uint64_t line_count = zvr_get_total_lines_in_file(path.c_str());
+    if (line_count == 0) {
+        fatal_error(fname, "Failed to count number of lines from file %s", path.c_str());
+    }
+    DEBUG_LOG(3, fname, "Number of request in cache file = %d", static_cast<int>(line_count));
+    url_pattern =
+        static_cast<UrlInfo*>(allocate_zeroed(fname, "Url pattern", line_count, sizeof(UrlInfo)));
+    max_url_pattern = static_cast<int>(line_count);
+}
+
+} // namespace
+
+void write_complete_url_list(const std::string& config_dir) {
+    DEBUG_LOG(3, "main", "Start dumping complete url list to complete_url.list file");
+    const std::string path = list_path(config_dir);
+    ResultFile file;
+    if (!file.create(path)) {
+        fatal_error("main", "Unable to open file - %s", path.c_str());
+    }
+    for (const CounterLine& counter_line : counter_lines) {
+        file.append(counter_line.key);
+        file.append_unsigned(counter_line.counter);
+        file.append('\n');
+    }
+    file.append("#Method|Host|Count|Query_Offset|Url\n");
+    for (int i = 0; i < url_pattern_count; ++i) {
+        write_row(file, url_pattern[i]);
+    }
+    if (!file.close()) {
+        fatal_error("main", "Unable to write file - %s", path.c_str());
+    }
+    DEBUG_LOG(3, "main", "Dumped complete url list.");
+}
+
+void fill_url_pattern_from_cache(const char* config_dir) {
+    DEBUG_LOG(2, fname, "Method called");
+    const std::string path = list_path(config_dir);
+    FILE* cache = std::fopen(path.c_str(), "r");
+    if (cache == nullptr) {
+        fatal_error(fname, "Failed to open cache file %s", path.c_str());
+    }
+    allocate_table(path);
+    LineReader lines(fileno(cache), LineReader::unlimited);
+    LineText line;
+    TextArena texts;
+    while (lines.next(line)) {
+        if (line.size != 0 && line.text[0] == '#') {
+            read_counter(line);
+        } else if (line.size != 0) {
+            read_row(line, texts);
+        }
+    }
+    std::fclose(cache);
+    DEBUG_LOG(2, fname, "Total uniq urls added = %d", url_pattern_count);
+}

@@ -1,0 +1,56 @@
+#include "tools/results/hosts_list.h"
+
+#include "tools/driver/allocation.h"
+#include "tools/driver/logs.h"
+#include "tools/patterns/unique_urls.h"
+#include "tools/results/result_file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <unordered_set>
+
+namespace {
+
+constexpr const char* fname = "main";
+
+// Indices of the first entry of each host; there are far fewer hosts than URLs, so only these are
+// sorted.
+int find_hosts(int32_t* hosts) {
+    std::unordered_set<std::string_view> known;
+    int count = 0;
+    for (int32_t i = 0; i < url_pattern_count; ++i) {
+        if (known.insert(url_pattern[i].host_hdr).second) {
+            hosts[count++] = i;
+        }
+    }
+    return count;
+}
+
+} // namespace
+
+int sort_host_list(int32_t a, int32_t b) {
+    return std::strcmp(url_pattern[a].host_hdr, url_pattern[b].host_hdr);
+}
+
+void write_hosts_list(const std::string& config_dir) {
+    auto* hosts = static_cast<int32_t*>(allocate_zeroed(
+        fname, "hosts list", static_cast<size_t>(url_pattern_count), sizeof(int32_t)));
+    DEBUG_LOG(3, fname, "Adding hosts in hosts.list");
+    const int count = find_hosts(hosts);
+    std::sort(hosts, hosts + count, [](int32_t a, int32_t b) { return sort_host_list(a, b) < 0; });
+
+    const std::string path = config_dir + "/hosts.list";
+    ResultFile file;
+    if (!file.create(path)) {
+        fatal_error(fname, "Failed to open file %s", path.c_str());
+    }
+    for (int i = 0; i < count; ++i) {
+        file.append(url_pattern[hosts[i]].host_hdr);
+        file.append('\n');
+    }
+    if (!file.close()) {
+        fatal_error(fname, "Failed to write file %s", path.c_str());
+    }
+    DEBUG_LOG(3, fname, "%d uniq hosts added in hosts.list", count);
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+// hosts.list: the hosts of the unique URLs, one a line, each once, in byte order.
+
+// Order of two indices into url_pattern by host, byte-wise. Less than, equal to or greater than 0.
+int sort_host_list(int32_t a, int32_t b);
+
+// Writes the file into the configuration directory. Ends the run when it cannot be written whole.
+void write_hosts_list(const std::string& config_dir);

@@ -1,0 +1,194 @@
+#include "tools/results/url_list.h"
+
+#include "tools/config/replay_settings.h"
+#include "tools/driver/logs.h"
+#include "tools/driver/progress.h"
+#include "tools/load/request_table.h"
+#include "tools/parse/secondary_cookie_trace.h"
+#include "tools/patterns/classification.h"
+#include "tools/patterns/pattern_tables.h"
+#include "tools/patterns/request_selection.h"
+#include "tools/patterns/unique_urls.h"
+#include "tools/results/result_file.h"
+
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+#include <strings.h>
+
+namespace {
+
+constexpr const char* fname = "main";
+constexpr size_t summary_width = 511; // characters of the first line, padded with blanks
+
+constexpr std::string_view pattern_object[] = {"MAIN", "MAIN_WITHOUT_TX", "INLINE"};
+
+bool is_na(const char* text) {
+    return strcasecmp(text, na_string) == 0;
+}
+
+// The pattern that decided what the URL is; null when none fits.
+const UPInfo* pattern_of(const UrlInfo& entry) {
+    if (entry.pattern_table_idx == -1) {
+        return nullptr;
+    }
+    if (entry.filter_flag != 0) {
+        return &filter_url_pattern[entry.pattern_table_idx];
+    }
+    switch (entry.request_type) {
+    case REQUEST_TYPE_MAIN:
+        return &main_url_pattern[entry.pattern_table_idx];
+    case REQUEST_TYPE_INLINE:
+        return &inline_url_pattern[entry.pattern_table_idx];
+    default:
+        return &main_wotx_url_pattern[entry.pattern_table_idx];
+    }
+}
+
+const char* host_column(const UrlInfo& entry, const UPInfo& pattern) {
+    if (!is_na(pattern.host)) {
+        return pattern.host;
+    }
+    return is_na(entry.host_hdr) ? na_string : entry.host_hdr;
+}
+
+const char* post_data_column(const UrlInfo& entry, const UPInfo& pattern) {
+    const bool sends_data =
+        strcasecmp(entry.method, "POST") == 0 || strcasecmp(entry.method, "PUT") == 0;
+    const bool is_main = entry.filter_flag == 0 && entry.request_type == REQUEST_TYPE_MAIN;
+    return is_main && sends_data && pattern.post_data_file != nullptr ? pattern.post_data_file
+                                                                      : na_string;
+}
+
+// One row, column by column.
+class Row {
+  public:
+    explicit Row(ResultFile& file) : file_(file) {}
+    ~Row() { file_.append('\n'); }
+    Row(const Row&) = delete;
+    Row& operator=(const Row&) = delete;
+
+    void add(std::string_view text) {
+        separate();
+        file_.append(text);
+    }
+    void add_unsigned(uint64_t number) {
+        separate();
+        file_.append_unsigned(number);
+    }
+    void add_signed(int64_t number) {
+        separate();
+        file_.append_signed(number);
+    }
+
+  private:
+    void separate() {
+        if (!is_first_) {
+            file_.append('|');
+        }
+        is_first_ = false;
+    }
+
+    ResultFile& file_;
+    bool is_first_ = true;
+};
+
+std::string_view url_column(const UrlInfo& entry, std::string& escaped) {
+    if (std::strchr(entry.url, '|') == nullptr) {
+        return entry.url;
+    }
+    replace_pipe_by_ascii(entry.url, 0, escaped);
+    return escaped;
+}
+
+void write_row(ResultFile& file, const UrlInfo& entry, std::string& escaped) {
+    const UPInfo* pattern = pattern_of(entry);
+    const bool is_filtered = pattern != nullptr && entry.filter_flag != 0;
+    const int type = pattern != nullptr ? entry.request_type : REQUEST_TYPE_MAIN;
+    Row row(file);
+    row.add(is_filtered ? "YES" : "NO");
+    row.add(pattern_object[type]);
+    row.add(entry.method);
+    row.add(url_column(entry, escaped));
+    row.add_unsigned(entry.count);
+    row.add(pattern != nullptr ? pattern->txn_name : na_string);
+    row.add(pattern != nullptr ? host_column(entry, *pattern) : entry.host_hdr);
+    row.add_signed(entry.query_url_offset);
+    row.add(pattern != nullptr ? post_data_column(entry, *pattern) : na_string);
+    row.add(pattern != nullptr ? pattern->url_ptrn_string : na_string);
+}
+
+// Returns the number of rows.
+uint64_t write_rows(ResultFile& file) {
+    uint64_t count = 0;
+    std::string escaped;
+    for (int i = 0; i < url_pattern_count; ++i) {
+        if (url_pattern[i].ignore_flag == 0) {
+            write_row(file, url_pattern[i], escaped);
+            ++count;
+        }
+    }
+    return count;
+}
+
+// `secondary_cookie_part` stands between two counters; it may be empty.
+std::string make_summary(uint64_t row_count, const std::string& secondary_cookie_part) {
+    const auto counter = [](const char* key, uint64_t count) {
+        return std::string(key) + "=" + std::to_string(count);
+    };
+    const uint64_t non_session = ignore_non_session_urls != 0 ? g_total_non_session_req : 0;
+    return counter("Total", g_total_req) + ";" + counter("Redirected", g_redirected_req) + ";" +
+           counter("TimeBasedFiltered", g_time_filtered_req) + ";" +
+           counter("BadRequest", g_total_bad_req) + ";" +
+           counter("NonSessionRequest", non_session) + ";" + secondary_cookie_part +
+           counter("InlineFilteredRequest", total_inline_filtered) + ";" +
+           counter("TotalUrlPattern", row_count);
+}
+
+std::string secondary_cookie_part() {
+    if (akaau_trace == 0 || ignore_non_session_urls == 0) {
+        return "";
+    }
+    return "NonSessionRequestWithSecondaryCookie=" +
+           std::to_string(g_total_non_session_with_secondary_cookie) + ";";
+}
+
+void print_summary(const std::string& summary) {
+    if (std::printf("%s\n", summary.c_str()) < 0 || std::fflush(stdout) != 0) {
+        fatal_error(fname, "Unable to write summary to standard output");
+    }
+}
+
+} // namespace
+
+void replace_pipe_by_ascii(const char* in, size_t len, std::string& out) {
+    const std::string_view text = len == 0 ? std::string_view(in) : std::string_view(in, len);
+    out.clear();
+    for (const char c : text) {
+        if (c == '|') {
+            out += "&#124;";
+        } else {
+            out += c;
+        }
+    }
+}
+
+void write_url_list(const std::string& config_dir) {
+    const std::string path = config_dir + "/url.list";
+    ResultFile file;
+    if (!file.create(path)) {
+        fatal_error(fname, "Unable to open file - %s", path.c_str());
+    }
+    const PhaseProgress progress("Start dumping url pattern at  %s\n",
+                                 "End dumping url pattern at  %s\nTotal time taken : %ld\n");
+    file.append(std::string(summary_width, ' '));
+    file.append("\nFilter|Type|Method|URL|Count|Txn-Name|Host|Query_File_Offset|POST-DATA_FILE|"
+                "URL-Pattern\n");
+    const uint64_t row_count = write_rows(file);
+    file.overwrite_start(make_summary(row_count, ""));
+    if (!file.close()) {
+        fatal_error(fname, "Unable to write file - %s", path.c_str());
+    }
+    print_summary(make_summary(row_count, secondary_cookie_part()));
+    progress.finish();
+}
