@@ -1,0 +1,71 @@
+#include "tools/parse/field_splitter.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Fields = std::vector<std::string>;
+
+struct SplitResult {
+    int count;
+    Fields fields;
+};
+
+SplitResult split(std::string line, int max_fields = max_al_fields) {
+    LineText fields[max_al_fields];
+    const int count = get_al_fields({line.data(), line.size()}, fields, max_fields);
+    SplitResult result = {count, {}};
+    for (int i = 0; i < count; ++i) {
+        EXPECT_EQ(fields[i].text[fields[i].size], '\0');
+        result.fields.emplace_back(fields[i].text, fields[i].size);
+    }
+    return result;
+}
+
+} // namespace
+
+TEST(FieldSplitter, CutsWordsQuotedAndBracketedFields) {
+    const struct {
+        const char* oddity;
+        const char* line;
+        Fields fields;
+    } rows[] = {
+        {"combined log",
+         R"(10.0.0.1 - - [10/Oct/2000:13:55:36 -0700] "GET / HTTP/1.1" 200)",
+         {"10.0.0.1", "-", "-", "10/Oct/2000:13:55:36 -0700", "GET / HTTP/1.1", "200"}},
+        {"blank line", " \t ", {}},
+        {"empty line", "", {}},
+        {"empty quoted field", R"("" "" x)", {"", "", "x"}},
+        {"escaped quote", R"("a\" b" c)", {R"(a\" b)", "c"}},
+        {"quote inside, not followed by a blank", R"("a"b" c)", {R"(a"b)", "c"}},
+        {"quote followed by a tab does not close", "\"a\"\tb\" c", {"a\"\tb", "c"}},
+        {"bracket needs no blank after it", "[a]b", {"a", "b"}},
+        {"escaped bracket", R"([a\]b] c)", {R"(a\]b)", "c"}},
+        {"empty brackets", "[] x", {"", "x"}},
+        {"quote within a word is text", R"(a"b c)", {R"(a"b)", "c"}},
+        {"tabs and runs of blanks", "a\t \tb  c \t", {"a", "b", "c"}},
+        {"lone quote at the end of a word field", "a \"b\"", {"a", "b"}},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(split(row.line).fields, row.fields) << row.oddity;
+    }
+}
+
+TEST(FieldSplitter, RefusesFieldsThatAreNotClosed) {
+    for (const char* line : {"a \"b", "\"", "[a", "a [", R"("a\")", "\"a\"\t", R"([a\])"}) {
+        EXPECT_EQ(split(line).count, -1) << line;
+    }
+}
+
+TEST(FieldSplitter, StopsAtTheGreatestNumberOfFields) {
+    std::string line;
+    for (int i = 0; i < 30; ++i) {
+        line += "w" + std::to_string(i) + " ";
+    }
+    const SplitResult result = split(line);
+    EXPECT_EQ(result.count, 25);
+    EXPECT_EQ(result.fields.back(), "w24");
+    EXPECT_EQ(split("a b \"not closed", 2).count, 2);
+}
