@@ -25,7 +25,7 @@ bool equal_ignoring_case(const char* a, const char* b) {
 // can be.
 class PatternLines {
   public:
-    PatternLines(FILE* file) : lines_(fileno(file), line_size) {}
+    explicit PatternLines(FILE* file) : lines_(fileno(file), line_size) {}
 
     bool next(LineText& line) {
         while (lines_.next(line)) {
@@ -39,6 +39,10 @@ class PatternLines {
     }
 
     int line_num() const { return line_num_; }
+
+    void require_whole(const char* fname, const char* file_name) const {
+        lines_.require_whole(fname, file_name);
+    }
 
   private:
     LineReader lines_;
@@ -231,6 +235,7 @@ void save_url_pattern(const char* url_pattern_file) {
     while (lines.next(line)) {
         add_url_pattern_line(line.text, lines.line_num());
     }
+    lines.require_whole(url_fname, url_pattern_file);
     std::fclose(file);
     DEBUG_LOG(3, url_fname, "'replay_url_patterns.dat' successfully processed for profile '%s'",
               replay_profile);
@@ -254,6 +259,7 @@ void save_filter_url_pattern(const char* filter_file) {
     while (lines.next(line)) {
         add_filter_pattern_line(line.text, lines.line_num());
     }
+    lines.require_whole(filter_fname, filter_file);
     std::fclose(file);
     DEBUG_LOG(3, filter_fname, "total '%d' filter url pattern found.", total_filter_url_pattern);
 }

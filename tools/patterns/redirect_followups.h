@@ -11,6 +11,7 @@ class RedirectLocations {
     static constexpr int slot_count = 16;
 
     void clear();
+    bool is_empty() const { return total_redirectUrl_ == 0; }
 
     // Whether `request` is what a browser sends by itself for one of the locations: its full URL in
     // the form of the location (with scheme and host, or the path alone) equals the location

@@ -101,7 +101,7 @@ std::vector<SessionKey> sort_sessions(const alInfo* records, const std::vector<S
 }
 
 template <typename Key>
-std::vector<uint32_t> order_by(const alInfo* records, uint32_t count, Comparator* compare) {
+SessionOrder order_by(const alInfo* records, uint32_t count, Comparator* compare) {
     std::vector<uint32_t> session_of(count);
     std::vector<Session> sessions = find_sessions<Key>(records, session_of);
     const std::vector<SessionKey> keys = sort_sessions<Key>(records, sessions, compare);
@@ -110,19 +110,22 @@ std::vector<uint32_t> order_by(const alInfo* records, uint32_t count, Comparator
     for (const SessionKey& key : keys) {
         start += std::exchange(sessions[key.number].count, start);
     }
-    std::vector<uint32_t> order(count);
+    SessionOrder order;
+    order.requests.resize(count);
     for (uint32_t i = 0; i < count; ++i) {
-        order[sessions[session_of[i]].count++] = i;
+        order.requests[sessions[session_of[i]].count++] = i;
     }
-    auto session_start = order.begin();
+    order.session_ends.reserve(keys.size());
+    auto session_start = order.requests.begin();
     for (const SessionKey& key : keys) {
         const Session& session = sessions[key.number];
-        const auto session_end = order.begin() + session.count;
+        const auto session_end = order.requests.begin() + session.count;
         if (!session.is_in_time_order) {
             std::stable_sort(session_start, session_end, [&](uint32_t a, uint32_t b) {
                 return compare_times(records[a], records[b]) < 0;
             });
         }
+        order.session_ends.push_back(session.count);
         session_start = session_end;
     }
     return order;
@@ -142,7 +145,7 @@ int sort_al_info_using_cip_time(const alInfo& a, const alInfo& b) {
     return compare_times(a, b);
 }
 
-std::vector<uint32_t> order_by_session(const alInfo* records, uint64_t count) {
+SessionOrder order_by_session(const alInfo* records, uint64_t count) {
     constexpr uint64_t max_count = UINT32_MAX - 1;
     if (count > max_count) {
         fatal_error("main", "More than %lu requests can not be processed", max_count);

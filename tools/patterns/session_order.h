@@ -12,8 +12,13 @@
 int sort_al_info_using_jid_time(const alInfo& a, const alInfo& b);
 int sort_al_info_using_cip_time(const alInfo& a, const alInfo& b);
 
-// Indices of `count` records in the order of the comparator that fits session_mode; requests of one
-// session and one second keep the order in which they stand in the table. The records themselves
-// stay where they are: moving their 256 bytes about would cost more than all else. Ends the run
-// beyond 4,294,967,294 records.
-std::vector<uint32_t> order_by_session(const alInfo* records, uint64_t count);
+// The order of a table of records by the comparator that fits session_mode; requests of one session
+// and one second keep the order of the table. The records stay where they are: moving their 256
+// bytes about would cost more than all else.
+struct SessionOrder {
+    std::vector<uint32_t> requests;     // indices of the records
+    std::vector<uint32_t> session_ends; // for each session, one past its last place in `requests`
+};
+
+// Orders `count` records. Ends the run beyond 4,294,967,294 of them.
+SessionOrder order_by_session(const alInfo* records, uint64_t count);

@@ -2,9 +2,9 @@
 
 #include "tools/parse/request_record.h"
 #include "tools/patterns/query_list.h"
+#include "tools/patterns/session_order.h"
 
 #include <cstdint>
-#include <vector>
 
 // The unique URLs of the run: one entry for each combination of URL, method (ignoring case) and
 // host.
@@ -30,10 +30,6 @@ extern UrlInfo* url_pattern;
 extern int url_pattern_count; // entries in use
 extern int max_url_pattern;   // entries allocated
 
-// Order of two requests by URL (byte-wise), method (ignoring case) and host (byte-wise). Less than,
-// equal to or greater than 0.
-int sort_al_by_url_method_host(const alInfo& a, const alInfo& b);
-
 // Index of a new entry at the end of url_pattern, which grows by 10240 entries at a time. The
 // caller fills it.
 int create_url_pattern();
@@ -41,4 +37,4 @@ int create_url_pattern();
 // Makes the table from the request table, given the order of its records by session and time:
 // selects the requests that count, and writes the full URLs of those whose URL is cut to
 // `query_list` when it is open. Ends the run when that cannot be written.
-void make_url_pattern_list(const std::vector<uint32_t>& session_order, QueryList& query_list);
+void make_url_pattern_list(const SessionOrder& session_order, QueryList& query_list);
