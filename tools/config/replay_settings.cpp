@@ -1,6 +1,7 @@
 #include "tools/config/replay_settings.h"
 
 #include "tools/config/field_layout.h"
+#include "tools/config/keyword_text.h"
 #include "tools/driver/logs.h"
 #include "tools/driver/paths.h"
 #include "tools/parse/line_reader.h"
@@ -10,7 +11,6 @@
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <strings.h>
 
 char al_type = AL_TYPE_APACHE;
 int consider_response_time = 0;
@@ -32,14 +32,6 @@ char default_host[256] = "127.0.0.1";
 namespace {
 
 constexpr const char* fname = "read_replay_prof_setting";
-
-bool begins_with(const char* value, std::string_view word) {
-    return strncasecmp(value, word.data(), word.size()) == 0;
-}
-
-const char* skip_blanks(const char* text) {
-    return text + std::strspn(text, " \t");
-}
 
 // Stores the value up to its first blank; a tab or a carriage return belongs to the word.
 template <size_t capacity>
@@ -99,7 +91,7 @@ void set_log_type(const char* value) {
     if (begins_with(value, "APACHE")) {
         al_type = AL_TYPE_APACHE;
     } else if (begins_with(value, "IIS") || begins_with(value, "WEBLOGIC")) {
-        al_type = AL_TYPE_IIS; // WebLogic logs of this name have the fields of IIS
+        al_type = AL_TYPE_IIS; // both are read with separate fields of the IIS kind
     } else {
         al_type = AL_TYPE_OTHER;
     }
@@ -146,6 +138,7 @@ void set_consider_response_time(const char* value) {
 struct SettingKeyword {
     std::string_view keyword;
     void (*apply)(const char* value);
+    bool keeps_blanks = false; // the value is handed over with its leading blanks
 };
 
 // In the order in which they are tried; a line counts for the first one that it begins with.
@@ -157,7 +150,7 @@ constexpr SettingKeyword setting_keywords[] = {
     {"USER_SESSION_KEY", set_session_mode},
     {"COOKIE_NAME", set_cookie_name},
     {"IGNORE_NON_SESSION_URLS", set_ignore_non_session},
-    {"AL_FIELD", set_field_position},
+    {"AL_FIELD", set_field_position, true},
     {"ACCESS_LOG_TYPE", set_log_type},
     {"NEW_USER_TIME", set_new_user_time},
     {"DUMP_QUERY_STRING_URL", set_dump_query},
@@ -176,8 +169,7 @@ void apply_line(LineText line) {
     for (const SettingKeyword& setting : setting_keywords) {
         if (begins_with(line.text, setting.keyword)) {
             const char* value = value_after(setting, line);
-            const bool counts_blanks = setting.apply == set_field_position;
-            setting.apply(counts_blanks ? value : skip_blanks(value));
+            setting.apply(setting.keeps_blanks ? value : skip_blanks(value));
             return;
         }
     }
@@ -199,6 +191,7 @@ void read_replay_prof_setting(const char* replay_setting_file) {
             apply_line(line);
         }
     }
+    lines.require_whole(fname, replay_setting_file);
     std::fclose(file);
     if (session_mode == SESSION_MODE_COOKIE && cookie_name[0] == '\0') {
         fatal_error(fname, "Cookie name not given in replay setting file");

@@ -1,5 +1,6 @@
 #include "tools/config/scenario_file.h"
 
+#include "tools/config/keyword_text.h"
 #include "tools/config/replay_period.h"
 #include "tools/driver/allocation.h"
 #include "tools/driver/logs.h"
@@ -11,10 +12,8 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <string_view>
-#include <strings.h>
 
 unsigned long start_time_stamp = 0;
 unsigned long end_time_stamp = 0;
@@ -29,14 +28,6 @@ struct LinePlace {
     const char* file;
     int line_num; // from 1
 };
-
-bool begins_with(const char* text, std::string_view word) {
-    return strncasecmp(text, word.data(), word.size()) == 0;
-}
-
-char* skip_blanks(char* text) {
-    return text + std::strspn(text, " \t");
-}
 
 void add_log_file(char* value, const LinePlace& place) {
     constexpr int needed_fields = 4;
@@ -77,34 +68,36 @@ unsigned long read_date(const char* text, const LinePlace& place) {
         local_time_to_epoch(year, month, day, hours, minutes, seconds));
 }
 
-// "NA" sets no bound.
-void set_start(const char* date, const LinePlace& place) {
-    if (begins_with(date, "NA")) {
-        return;
-    }
-    DEBUG_LOG(3, fname, "Start Date/time: %s", date);
-    start_time_stamp = read_date(date, place);
-    DEBUG_LOG(3, fname, "Start time stamp - %lu", start_time_stamp);
-    time_filter_flag = 1;
-}
+// One end of the period, with the names that its debug lines give it.
+struct PeriodEnd {
+    std::string_view keyword;
+    const char* date_name;
+    const char* time_stamp_name;
+    unsigned long& time_stamp;
+};
 
-void set_end(const char* date, const LinePlace& place) {
+const PeriodEnd period_ends[] = {
+    {"START", "Start Date/time", "Start time stamp", start_time_stamp},
+    {"END", "End date/time", "End time stamp", end_time_stamp},
+};
+
+// "NA" sets no bound.
+void set_period_end(const PeriodEnd& end, const char* date, const LinePlace& place) {
     if (begins_with(date, "NA")) {
         return;
     }
-    DEBUG_LOG(3, fname, "End date/time: %s", date);
-    end_time_stamp = read_date(date, place);
-    DEBUG_LOG(3, fname, "End time stamp - %lu", end_time_stamp);
+    DEBUG_LOG(3, fname, "%s: %s", end.date_name, date);
+    end.time_stamp = read_date(date, place);
+    DEBUG_LOG(3, fname, "%s - %lu", end.time_stamp_name, end.time_stamp);
     time_filter_flag = 1;
 }
 
 void set_period(char* value, const LinePlace& place) {
-    constexpr std::string_view start = "START";
-    constexpr std::string_view end = "END";
-    if (begins_with(value, start)) {
-        set_start(skip_blanks(value + start.size()), place);
-    } else if (begins_with(value, end)) {
-        set_end(skip_blanks(value + end.size()), place);
+    for (const PeriodEnd& end : period_ends) {
+        if (begins_with(value, end.keyword)) {
+            set_period_end(end, skip_blanks(value + end.keyword.size()), place);
+            return;
+        }
     }
 }
 
@@ -147,5 +140,6 @@ void read_scenario_file() {
             apply_line(line, place);
         }
     }
+    lines.require_whole(fname, path.c_str());
     std::fclose(file);
 }

@@ -2,6 +2,6 @@
 
 // Reads the scenario file: its REPLAY_LOG_FILE lines into the input file list
 // (tools/load/input_files.h) and its REPLAY_PERIOD lines into the replay period (replay_period.h).
-// Ends the run with an error line when the file cannot be opened or a line of these keywords is
-// malformed or too much.
+// Ends the run with an error line when the file cannot be opened, a line of these keywords is
+// malformed, or more than 1000 log files are named.
 void read_scenario_file();

@@ -6,16 +6,6 @@
 #include <cstring>
 #include <sys/mman.h>
 
-namespace {
-
-constexpr size_t large_block_size = size_t{4} << 20; // from here on, huge pages pay
-
-bool size_overflows(size_t count, size_t element_size, size_t* size) {
-    return __builtin_mul_overflow(count, element_size, size);
-}
-
-} // namespace
-
 void log_allocation(const char* fname, const char* name, size_t size) {
     DEBUG_LOG(2, fname, "Allocating memory for %s. size = %zd", name, static_cast<ssize_t>(size));
 }
@@ -26,16 +16,12 @@ void out_of_memory(const char* fname, const char* name, size_t size) {
 }
 
 void* allocate_zeroed(const char* fname, const char* name, size_t count, size_t element_size) {
-    size_t size;
-    const bool too_large = size_overflows(count, element_size, &size);
+    const size_t size = count * element_size;
     log_allocation(fname, name, size);
-    if (too_large) {
-        out_of_memory(fname, name, size);
-    }
-    if (size == 0) {
+    if (count == 0) {
         return nullptr;
     }
-    void* block = size < large_block_size ? std::calloc(1, size) : reserve_pages(size);
+    void* block = std::calloc(count, element_size); // refuses a size that overflows
     if (block == nullptr) {
         out_of_memory(fname, name, size);
     }

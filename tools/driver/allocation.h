@@ -13,9 +13,8 @@ void log_allocation(const char* fname, const char* name, size_t size);
 // Reports that `size` bytes for `name` could not be had, and ends the process with status -1.
 [[noreturn]] void out_of_memory(const char* fname, const char* name, size_t size);
 
-// Announces and returns `count` zeroed elements of `element_size` bytes; null when that is 0 bytes.
-// Large blocks are address space only until they are touched. The caller owns the block for the
-// rest of the run.
+// Announces and returns `count` zeroed elements of `element_size` bytes; null when there are none.
+// The caller owns the block, may grow it with grow_table and release it with std::free.
 void* allocate_zeroed(const char* fname, const char* name, size_t count, size_t element_size);
 
 // Grows a table from `old_count` to `new_count` elements of `element_size` bytes each, keeps its

@@ -4,9 +4,8 @@
 
 // The run's four input files (scenario, settings, both pattern files) are put aside in a directory
 // of this process when the run starts, for the checker command to compare, and into the input cache
-// directory when the run has succeeded, for the checker command of the next run. The commands named
-// in error lines are the shell's way to do the same by hand; no shell is run, so that no name can
-// be taken for a command.
+// directory when the run has succeeded, for the checker command of the next run. No shell runs the
+// commands that error lines name, so that no name can be taken for a command.
 
 // Makes the backup directory and copies the inputs into it. Ends the run when any of that fails,
 // which includes an input that does not exist.

@@ -88,6 +88,9 @@ void open_debug_log(const char* work_dir, int level) {
     const int descriptor = open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0666);
     debug_fp = descriptor == -1 ? nullptr : fdopen(descriptor, "w");
     if (debug_fp == nullptr) {
+        if (descriptor != -1) {
+            close(descriptor);
+        }
         error_log("main", "Failed to open debug log file, debug will be off.");
         return;
     }

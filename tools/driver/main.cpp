@@ -42,18 +42,14 @@ void set_replay_timezone() {
     }
 }
 
-bool has_content(const std::string& path) {
-    struct stat status;
-    return stat(path.c_str(), &status) == 0 && status.st_size != 0;
-}
-
 // Either pattern file may be missing or empty; then there are no patterns of its kinds.
 void load_pattern_file(const char* file_name, void (*load)(const char*)) {
     const std::string path = replay_profile_file_path(file_name);
-    if (!file_exists(path.c_str())) {
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0) {
         DEBUG_LOG(1, fname, "'%s' file not found in replay profile '%s'", file_name,
                   replay_profile);
-    } else if (has_content(path)) {
+    } else if (status.st_size != 0) {
         load(path.c_str());
     }
 }
@@ -97,16 +93,16 @@ void load_logs(const std::string& config_dir) {
     close_akaau_trace();
 }
 
-std::vector<uint32_t> order_requests() {
+SessionOrder order_requests() {
     const PhaseProgress progress(
         "Start sorting of request table at %s\n",
         "End sorting of request table at %s\n Total time taken: %ld(sec)\n");
-    std::vector<uint32_t> session_order = order_by_session(al_info_array, g_valid_request);
+    SessionOrder session_order = order_by_session(al_info_array, g_valid_request);
     progress.finish();
     return session_order;
 }
 
-void make_unique_urls(const std::vector<uint32_t>& session_order, const std::string& config_dir) {
+void make_unique_urls(const SessionOrder& session_order, const std::string& config_dir) {
     QueryList query_list(config_dir);
     const PhaseProgress progress(
         "Start creating unique pattern of urls at %s\n",

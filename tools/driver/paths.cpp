@@ -23,24 +23,22 @@ namespace {
 constexpr const char* fname = "main";
 constexpr size_t max_path_length = 2047;
 
-template <size_t capacity>
-void store_name(char (&field)[capacity], std::string_view name, const char* meaning) {
+void refuse_long_name(std::string_view name, size_t capacity, const char* meaning) {
     if (name.size() >= capacity) {
         fatal_error(fname, "Name of %s is longer than %zu characters", meaning, capacity - 1);
     }
+}
+
+template <size_t capacity>
+void store_name(char (&field)[capacity], std::string_view name, const char* meaning) {
+    refuse_long_name(name, capacity, meaning);
     name.copy(field, name.size());
     field[name.size()] = '\0';
 }
 
 void set_workspace(const char* workspace, const char* profile) {
-    if (std::strlen(workspace) >= sizeof g_zv_workspace) {
-        fatal_error(fname, "Name of %s is longer than %zu characters", "workspace",
-                    sizeof g_zv_workspace - 1);
-    }
-    if (std::strlen(profile) >= sizeof g_zv_profile) {
-        fatal_error(fname, "Name of %s is longer than %zu characters", "profile",
-                    sizeof g_zv_profile - 1);
-    }
+    refuse_long_name(workspace, sizeof g_zv_workspace, "workspace");
+    refuse_long_name(profile, sizeof g_zv_profile, "profile");
     constexpr int max_directory_length = 1023;
     if (zvlb_set_ta_dir_ex1(g_wdir, workspace, profile) > max_directory_length) {
         fatal_error(fname, "Path of workspace '%s/%s' is longer than %d characters", workspace,
@@ -53,12 +51,17 @@ std::string_view without_conf(std::string_view name) {
     return name.substr(0, name.find(".conf"));
 }
 
-bool is_single_component(const char* argument) {
-    std::string words = argument;
+// A name alone belongs to the default project and sub-project.
+char* relative_profile_name(const char* argument) {
+    std::string text = argument;
     char* components[2];
     int count;
-    get_tokens1(words.data(), components, "/", 2, &count);
-    return count < 2;
+    get_tokens1(text.data(), components, "/", 2, &count);
+    if (count == 2) {
+        return copy_text(fname, "replay_profile", argument);
+    }
+    const char* name = count == 1 ? components[0] : "";
+    return allocate_text(fname, "replay_profile", std::string("default/default/") + name);
 }
 
 // Sets errno on failure. What is there already is fine only when it is a directory.
@@ -66,8 +69,12 @@ bool make_directory(const char* path) {
     if (mkdir(path, 0777) == 0) {
         return true;
     }
+    const int reason = errno;
     struct stat status;
-    return errno == EEXIST && stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+    const bool is_directory =
+        reason == EEXIST && stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+    errno = reason;
+    return is_directory;
 }
 
 std::string scenario_directory() {
@@ -97,10 +104,10 @@ void set_scenario(const char* argument) {
         return;
     }
     constexpr int component_count = 5;
-    std::string words = argument;
+    std::string text = argument;
     char* components[component_count];
     int count;
-    get_tokens1(words.data(), components, "/", component_count, &count);
+    get_tokens1(text.data(), components, "/", component_count, &count);
     if (count < component_count) {
         fatal_error(fname, "Invalid format of Scenario name");
     }
@@ -111,10 +118,7 @@ void set_scenario(const char* argument) {
 }
 
 void set_replay_profile(const char* argument) {
-    replay_profile =
-        is_single_component(argument)
-            ? allocate_text(fname, "replay_profile", std::string("default/default/") + argument)
-            : copy_text(fname, "replay_profile", argument);
+    replay_profile = relative_profile_name(argument);
     const std::string directory = std::string(g_wdir) + "/replay_profiles/" + replay_profile;
     refuse_long_path(directory);
     replay_profile_dir = allocate_text(fname, "replay_profile_dir", directory);
@@ -183,10 +187,10 @@ int mkdir_ex1(const char* path) {
                   static_cast<int>(length), path);
         return 0;
     }
-    std::string words = path;
+    std::string text = path;
     char* components[max_components + 1];
     int count;
-    get_tokens1(words.data(), components, "/", max_components + 1, &count);
+    get_tokens1(text.data(), components, "/", max_components + 1, &count);
     if (count > max_components) {
         error_log("mkdir_ex1", "Path has more than %d components. Path: '%s'", max_components,
                   path);

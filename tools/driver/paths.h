@@ -22,7 +22,7 @@ void read_work_directory();
 void set_scenario(const char* argument);
 
 // Takes the argument of option `replay_profile`, a name or project/sub-project/name, and its
-// directory under the installation. Ends the run when there is no such directory.
+// directory under the installation. Ends the run when nothing of that name is there.
 void set_replay_profile(const char* argument);
 
 // Makes sure that the scenario file exists, and derives the replay profile from the scenario when

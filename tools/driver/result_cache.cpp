@@ -18,21 +18,26 @@ constexpr const char* checker_command = "zvr_al_gen_url_list_check";
 
 constexpr int answer_result_holds = 0;
 constexpr int answer_complete_list_holds = 2;
-constexpr int answer_run_active = 255; // also what a command that cannot be started counts as
+constexpr int answer_run_active = 255; // also when the system has no process left to run it in
+
+// What a shell answers for a command that it does not find or cannot run.
+constexpr int answer_not_found = 127;
+constexpr int answer_cannot_run = 126;
 
 // Runs a program found on the command path, without a shell, with its output discarded. Returns its
-// exit code; 127 when it is not found and 126 when it cannot be run, as a shell would answer.
+// exit code, or what a shell would answer in its place.
 int run_quietly(const char* const arguments[]) {
     const pid_t child = fork();
     if (child == -1) {
         return answer_run_active;
     }
     if (child == 0) {
-        const int nowhere = open("/dev/null", O_WRONLY);
-        dup2(nowhere, STDOUT_FILENO);
-        dup2(nowhere, STDERR_FILENO);
+        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        if (dup2(nowhere, STDOUT_FILENO) == -1 || dup2(nowhere, STDERR_FILENO) == -1) {
+            _exit(answer_cannot_run);
+        }
         execvp(arguments[0], const_cast<char* const*>(arguments));
-        _exit(errno == ENOENT ? 127 : 126);
+        _exit(errno == ENOENT ? answer_not_found : answer_cannot_run);
     }
     int status;
     while (waitpid(child, &status, 0) == -1) {
@@ -48,10 +53,10 @@ int run_quietly(const char* const arguments[]) {
 CacheLevel check_cache() {
     const std::string profile =
         std::string(g_workspace_user_profile_name) + "/" + replay_profile + ".conf";
-    const std::string process = std::to_string(getpid());
-    refuse_long_path(std::string(checker_command) + "  " + profile + " " + process +
+    const std::string process_id = std::to_string(getpid());
+    refuse_long_path(std::string(checker_command) + "  " + profile + " " + process_id +
                      " 1>/dev/null 2>/dev/null");
-    const char* const arguments[] = {checker_command, profile.c_str(), process.c_str(), nullptr};
+    const char* const arguments[] = {checker_command, profile.c_str(), process_id.c_str(), nullptr};
     switch (run_quietly(arguments)) {
     case answer_run_active:
         fatal_error(fname,
@@ -84,6 +89,8 @@ bool print_cached_summary(const std::string& config_dir) {
         return false;
     }
     DEBUG_LOG(1, fname, "Output will be given from cache.");
-    std::fputs(line, stdout);
+    if (std::fputs(line, stdout) == EOF || std::fflush(stdout) != 0) {
+        fatal_error(fname, "Unable to write summary to standard output");
+    }
     return true;
 }

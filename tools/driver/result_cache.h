@@ -14,8 +14,8 @@ enum class CacheLevel : char {
 };
 
 // Runs the checker command with the replay profile and this process's number and returns what it
-// says can be used. Ends the run when it says that another run is at work, or when it cannot be
-// started.
+// says can be used: nothing when it is not found, cannot be run or is ended by a signal. Ends the
+// run when it says that another run is at work, or when the system has no process to run it in.
 CacheLevel check_cache();
 
 // Prints the first line of url.list as it stands there. Returns false when there is none. Ends the

@@ -16,6 +16,7 @@ constexpr const char* fname = "process_input_file_list2";
 
 // What files of one instance have in common.
 struct InstanceKey {
+    bool has_directory;
     std::string_view directory; // without its final '/'
     std::string_view prefix;    // of the file name, up to its first '_'; empty when it has none
 
@@ -27,7 +28,7 @@ InstanceKey instance_key(std::string_view path) {
     const bool has_directory = slash != std::string_view::npos;
     const std::string_view name = has_directory ? path.substr(slash + 1) : path;
     const size_t prefix_end = name.find('_');
-    return {has_directory ? path.substr(0, slash) : path.substr(0, 0),
+    return {has_directory, has_directory ? path.substr(0, slash) : path.substr(0, 0),
             prefix_end == std::string_view::npos ? name.substr(0, 0) : name.substr(0, prefix_end)};
 }
 
@@ -41,7 +42,7 @@ void process_input_file_list2() {
     std::stable_sort(
         seq_file_path, seq_file_path + num_al_files,
         [](const InputFileInfo& a, const InputFileInfo& b) { return sort_seq_files(a, b) < 0; });
-    InstanceKey current;
+    InstanceKey current = {};
     for (int i = 0; i < num_al_files; ++i) {
         InputFileInfo& file = seq_file_path[i];
         const InstanceKey key = instance_key(file.input_file);

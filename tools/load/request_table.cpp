@@ -30,8 +30,10 @@ alInfo* RequestTableSpace::take(uint64_t capacity) {
 
 void RequestTableSpace::append(alInfo* table, uint64_t count) {
     alInfo* const target = space_ + appended_;
-    if (count != 0 && table != target) {
+    if (table != target && count != 0) {
         std::memmove(target, table, count * sizeof(alInfo));
+    }
+    if (appended_ != 0) { // the records of the first table have their numbers already
         for (uint64_t i = 0; i < count; ++i) {
             target[i].seq = appended_ + i;
         }

@@ -14,7 +14,7 @@ extern uint64_t g_time_filtered_req; // of these, outside the replay period
 extern uint64_t g_total_bad_req;     // of these, not to be parsed
 
 // One address range for the records of all threads, so that joining their tables only closes the
-// gaps that rejected lines have left. Memory is taken as records are written.
+// gaps of lines that gave no record. Memory is taken as records are written.
 class RequestTableSpace {
   public:
     // Room for `capacity` records; ends the run when the system refuses.
@@ -24,7 +24,8 @@ class RequestTableSpace {
     alInfo* take(uint64_t capacity);
 
     // Moves `count` records, which stand in a table that take gave, to the end of those appended
-    // before, and numbers them. Tables are to be appended in the order in which they were taken.
+    // before, and sees to it that each has its number. Tables are to be appended in the order in
+    // which they were taken.
     void append(alInfo* table, uint64_t count);
 
     // The appended records; null when there are none.

@@ -12,6 +12,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <pthread.h>
 #include <vector>
 
@@ -108,8 +112,9 @@ RequestTableSpace allocate_tables(parsingThreadArgs* threads, int thread_count) 
     return space;
 }
 
-void load_file(ParsingThread& thread, const parsingThreadArgs& arguments, int seq_file_idx,
-               uint64_t* seq_no, UnaccountedRequests& unaccounted, bool* is_full) {
+// Returns false when the thread must load nothing more.
+bool load_file(ParsingThread& thread, const parsingThreadArgs& arguments, int seq_file_idx,
+               uint64_t* seq_no, UnaccountedRequests& unaccounted) {
     const char* file_name = seq_file_path[seq_file_idx].input_file;
     DEBUG_LOG(2, thread_fname, "url_file_path = %s", file_name);
     FILE* al_file_fp = std::fopen(file_name, "r");
@@ -121,9 +126,9 @@ void load_file(ParsingThread& thread, const parsingThreadArgs& arguments, int se
         std::fprintf(stderr, "\t\tThread[%d] start processing file '%s' at %s\n", thread.thread_idx,
                      file_name, get_cur_date_time(date_time));
     }
-    *is_full = load_url_info(thread, arguments.al_info_array_t, seq_file_idx, al_file_fp, seq_no,
-                             unaccounted) != 0;
-    if (*is_full) {
+    const bool is_full = load_url_info(thread, arguments.al_info_array_t, seq_file_idx, al_file_fp,
+                                       seq_no, unaccounted) != 0;
+    if (is_full) {
         DEBUG_LOG(1, thread_fname,
                   "Max unaccounted urls reached, No more new files will be processed");
     } else {
@@ -136,6 +141,7 @@ void load_file(ParsingThread& thread, const parsingThreadArgs& arguments, int se
         }
     }
     std::fclose(al_file_fp);
+    return !is_full;
 }
 
 // Body of one worker thread; `argv` is its parsingThreadArgs.
@@ -150,11 +156,13 @@ void* process_url_files_t(void* argv) {
         std::fprintf(stderr, "\tThread[%d] started at %s\n", thread.thread_idx,
                      get_cur_date_time(date_time));
     }
-    bool is_full = false;
-    for (int i = 0; i < arguments.num_seq_file && !is_full; ++i) {
+    for (int i = 0; i < arguments.num_seq_file; ++i) {
         const int seq_file_idx = arguments.seq_file_start_idx + i;
-        if (seq_file_path[seq_file_idx].body_flag == 0) {
-            load_file(thread, arguments, seq_file_idx, &seq_no, unaccounted, &is_full);
+        if (seq_file_path[seq_file_idx].body_flag != 0) {
+            continue;
+        }
+        if (!load_file(thread, arguments, seq_file_idx, &seq_no, unaccounted)) {
+            break;
         }
     }
     tc[thread.thread_idx] = thread.counters;
@@ -168,12 +176,9 @@ void* process_url_files_t(void* argv) {
 }
 
 void start_threads(std::vector<pthread_t>& handles, parsingThreadArgs* threads) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_JOINABLE);
     for (size_t i = 0; i < handles.size(); ++i) {
         parsingThreadArgs& thread = threads[i];
-        if (pthread_create(&handles[i], &attributes, process_url_files_t, &thread) != 0) {
+        if (pthread_create(&handles[i], nullptr, process_url_files_t, &thread) != 0) {
             fatal_error(fname, "Failed to create Processing thread[%d]", thread.thread_idx);
         }
         DEBUG_LOG(3, fname,
@@ -181,7 +186,6 @@ void start_threads(std::vector<pthread_t>& handles, parsingThreadArgs* threads) 
                   thread.thread_idx, thread.seq_file_start_idx, thread.num_seq_file,
                   thread.num_req);
     }
-    pthread_attr_destroy(&attributes);
 }
 
 void join_threads(const std::vector<pthread_t>& handles, const parsingThreadArgs* threads) {
@@ -224,6 +228,7 @@ void process_url_files() {
     DEBUG_LOG(3, fname, "Processing of URL files completed, total valid requests are = %lu",
               g_valid_request);
     merge_tables(space, threads, thread_count);
+    std::free(threads);
     DEBUG_LOG(3, fname, "Url table copied to new table, total valid urls count = %lu",
               g_valid_request);
 }

@@ -117,7 +117,7 @@ int parse_al_line(ParsingThread& thread, alInfo* al_info_array_t, LineText line,
     if (!is_in_replay_period(thread, origin, request)) {
         return -1;
     }
-    store_request(thread, request, al_info_array_t[seq_no]);
+    store_request(thread, request, "url", al_info_array_t[seq_no]);
     DEBUG_LOG(4, origin.fname, "Successfully parsed line:%ld from File:%s", line_num, file_name);
     return 0;
 }

@@ -48,10 +48,6 @@ bool is_complete(const RequestFields& request, const SeparateFields& separate) {
     return has_url && separate.date.text != nullptr && separate.time.text != nullptr;
 }
 
-bool is_dash(LineText field) {
-    return field.size == 1 && field.text[0] == '-';
-}
-
 void join_query_string(ParsingThread& thread, const LineOrigin& origin, RequestFields& request,
                        LineText query_string) {
     if (query_string.text == nullptr || is_dash(query_string)) {
@@ -65,16 +61,9 @@ void join_query_string(ParsingThread& thread, const LineOrigin& origin, RequestF
     request.url = {joined.data(), joined.size()};
 }
 
-int parse_separate_fields(ParsingThread& thread, const LineOrigin& origin, alInfo& record,
-                          LineText line) {
-    DEBUG_LOG(4, origin.fname, "Processing line num - %ld of file - %s", origin.line_num,
-              origin.file_name);
-    LineText fields[max_al_fields];
-    if (!split_line(thread, origin, line, fields)) {
-        return -1;
-    }
-    RequestFields request;
-    SeparateFields separate;
+// False when the line is rejected.
+bool read_fields(ParsingThread& thread, const LineOrigin& origin, const LineText fields[],
+                 RequestFields& request, SeparateFields& separate) {
     for (int kind = 0; kind < al_field_kind_count; ++kind) {
         const int position = al_required_field_position[kind];
         if (position == 0) {
@@ -88,10 +77,24 @@ int parse_separate_fields(ParsingThread& thread, const LineOrigin& origin, alInf
         case FieldOutcome::handled:
             break;
         case FieldOutcome::rejected:
-            return -1;
-        case FieldOutcome::not_of_common:
+            return false;
+        case FieldOutcome::dialect_specific:
             read_own_field(kind, field, request, separate);
         }
+    }
+    return true;
+}
+
+int parse_separate_fields(ParsingThread& thread, const LineOrigin& origin, alInfo& record,
+                          LineText line) {
+    DEBUG_LOG(4, origin.fname, "Processing line num - %ld of file - %s", origin.line_num,
+              origin.file_name);
+    LineText fields[max_al_fields];
+    RequestFields request;
+    SeparateFields separate;
+    if (!split_line(thread, origin, line, fields) ||
+        !read_fields(thread, origin, fields, request, separate)) {
+        return -1;
     }
     if (!is_complete(request, separate)) {
         return reject_line(thread, origin, "Required fields are missing  at line %ld in file '%s'");
@@ -106,7 +109,7 @@ int parse_separate_fields(ParsingThread& thread, const LineOrigin& origin, alInf
     }
     join_query_string(thread, origin, request, separate.query_string);
     resolve_location(thread, request.url, request.location);
-    store_request(thread, request, record);
+    store_request(thread, request, "URL", record);
     DEBUG_LOG(4, origin.fname, "Successfully parsed line:%ld from File:%s", origin.line_num,
               origin.file_name);
     return 0;

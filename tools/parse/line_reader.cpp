@@ -1,6 +1,7 @@
 #include "tools/parse/line_reader.h"
 
 #include "tools/driver/allocation.h"
+#include "tools/driver/logs.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,13 +12,19 @@
 namespace {
 
 constexpr size_t block_size = size_t{256} << 10;
-constexpr const char* fname = "LineReader";
 constexpr const char* buffer_name = "line buffer";
 
 } // namespace
 
 LineReader::LineReader(int descriptor, size_t line_size)
     : descriptor_(descriptor), max_piece_(line_size == unlimited ? unlimited : line_size - 1) {}
+
+void LineReader::require_whole(const char* fname, const char* file_name) const {
+    if (error_ != 0) {
+        fatal_error(fname, "Failed to read file %s. Error = '%s'", file_name,
+                    std::strerror(error_));
+    }
+}
 
 LineReader::~LineReader() {
     std::free(buffer_);
@@ -79,7 +86,6 @@ bool LineReader::read_more() {
         return false;
     }
     end_ += count;
-    next_nul_ = nullptr; // what was read may hold one
     return true;
 }
 
@@ -93,7 +99,7 @@ void LineReader::make_room() {
         const size_t capacity = 2 * (kept + block_size) + 1;
         buffer = static_cast<char*>(std::malloc(capacity));
         if (buffer == nullptr) {
-            out_of_memory(fname, buffer_name, capacity);
+            out_of_memory("LineReader", buffer_name, capacity);
         }
         capacity_ = capacity;
     }
@@ -107,6 +113,7 @@ void LineReader::make_room() {
     next_ = buffer_;
     searched_ = next_ + searched;
     end_ = next_ + kept;
+    next_nul_ = nullptr;
 }
 
 // Length of the text of the line from next_ to `line_end`: without its line feed, up to its first

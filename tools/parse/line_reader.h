@@ -3,7 +3,6 @@
 #include "tools/parse/field_splitter.h"
 
 #include <cstddef>
-#include <memory>
 
 // Reads the lines of a file from its descriptor in large blocks and cuts them in place. Lines are
 // those that a line-by-line reader with a buffer of `line_size` bytes gives: a line of more than
@@ -23,8 +22,8 @@ class LineReader {
     // false at the end of the file or when reading fails.
     bool next(LineText& line);
 
-    // Whether reading ended because of an error; errno of that error, else 0.
-    int error() const { return error_; }
+    // Ends the run with an error line when reading has stopped before the end of the file.
+    void require_whole(const char* fname, const char* file_name) const;
 
   private:
     char* find_line_end();
@@ -39,10 +38,10 @@ class LineReader {
     char* next_ = nullptr;     // first character not yet given out
     char* searched_ = nullptr; // no line feed before this one
     char* end_ = nullptr;      // end of what was read
-    char* next_nul_ =
-        nullptr; // the first NUL byte at or after next_, or end_; stale when before next_ or null
-    char* cut_ = nullptr; // where a terminator stands in place of a character of the next line
+    char* next_nul_ = nullptr; // the first NUL byte at or after next_, or end_; not known when
+                               // before next_ or null
+    char* cut_ = nullptr;      // where a terminator stands in place of a character of the next line
     char cut_character_ = '\0';
     bool at_end_ = false;
-    int error_ = 0;
+    int error_ = 0; // errno of a failed read
 };

@@ -15,7 +15,7 @@ namespace {
 constexpr const char* fname = "load_url_info";
 constexpr size_t line_size = 102400; // of the line buffer whose limit lines are held to
 
-enum class Sessions { identified, full };
+enum class AfterRequest { go_on, stop_loading };
 
 // What identifying a request's session needs to know of the file and the thread.
 struct LoadingFile {
@@ -85,20 +85,20 @@ bool read_set_cookie_header(LoadingFile& file, alInfo& record) {
     return true;
 }
 
-Sessions wait_for_session(LoadingFile& file, const alInfo& record) {
+AfterRequest wait_for_session(LoadingFile& file, const alInfo& record) {
     DEBUG_LOG(3, fname, "Jsession id not found adding request in unaccounted url list.");
     if (file.unaccounted_url_t.is_full()) {
         DEBUG_LOG(1, fname, "Max unaccounted URL limit reached. No new request will be processed.");
         trace_limit_reached(max_unaccounted_requests);
-        return Sessions::full;
+        return AfterRequest::stop_loading;
     }
     file.unaccounted_url_t.add(static_cast<int64_t>(record.seq));
     trace_added(record.akaau_id, {file.thread.thread_idx, file.file_name, record.line_num});
-    return Sessions::identified;
+    return AfterRequest::go_on;
 }
 
 // Set-Cookie is read after Cookie, so what the server set counts for the very request.
-Sessions identify_session(LoadingFile& file, alInfo& record) {
+AfterRequest identify_session(LoadingFile& file, alInfo& record) {
     bool jid_missing_flag = false;
     if (record.cookies != nullptr) {
         jid_missing_flag = read_cookie_header(record);
@@ -109,7 +109,7 @@ Sessions identify_session(LoadingFile& file, alInfo& record) {
     if (jid_missing_flag && record.akaau_id[0] != '\0') {
         return wait_for_session(file, record);
     }
-    return Sessions::identified;
+    return AfterRequest::go_on;
 }
 
 // The headers are needed no more once the ids are cut out of them.
@@ -155,15 +155,12 @@ int load_url_info(ParsingThread& thread, alInfo* al_info_array_t, int seq_file_i
         record.line_num = line_num;
         record.seq_file_idx = seq_file_idx;
         if (session_mode != SESSION_MODE_CLIENT_IP &&
-            identify_session(file, record) == Sessions::full) {
+            identify_session(file, record) == AfterRequest::stop_loading) {
             return 1;
         }
         release_header_texts(thread, record);
         ++*seq_no;
     }
-    if (lines.error() != 0) {
-        fatal_error(fname, "Failed to read url file %s. Error = '%s'", file.file_name,
-                    std::strerror(lines.error()));
-    }
+    lines.require_whole(fname, file.file_name);
     return 0;
 }

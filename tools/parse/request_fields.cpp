@@ -11,12 +11,9 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 namespace {
-
-bool is_dash(LineText field) {
-    return field.size == 1 && field.text[0] == '-';
-}
 
 void log_text_allocation(const LineOrigin& origin, const char* name, LineText field) {
     DEBUG_LOG(2, origin.fname, "Allocating memory for %s. size = %d", name,
@@ -54,6 +51,10 @@ void store_text(TextArena& arena, const char* name, LineText text, size_t spare,
 }
 
 } // namespace
+
+bool is_dash(LineText field) {
+    return field.size == 1 && field.text[0] == '-';
+}
 
 bool split_line(ParsingThread& thread, const LineOrigin& origin, LineText line, LineText fields[]) {
     if (get_al_fields(line, fields, max_al_fields) < max_required_field_position) {
@@ -105,7 +106,7 @@ FieldOutcome read_common_field(ParsingThread& thread, const LineOrigin& origin, 
         request.response_time = non_negative_seconds(std::atoll(field.text) / 1'000'000);
         break;
     default:
-        return FieldOutcome::not_of_common;
+        return FieldOutcome::dialect_specific;
     }
     return FieldOutcome::handled;
 }
@@ -142,7 +143,8 @@ void resolve_location(ParsingThread& thread, LineText url, LineText& location) {
     location = {resolved.data(), resolved.size()};
 }
 
-void store_request(ParsingThread& thread, const RequestFields& request, alInfo& record) {
+void store_request(ParsingThread& thread, const RequestFields& request, const char* url_name,
+                   alInfo& record) {
     record.time_stamp = request.time_stamp;
     record.response_code = request.response_code;
     record.client_ip = request.client_ip;
@@ -154,7 +156,7 @@ void store_request(ParsingThread& thread, const RequestFields& request, alInfo& 
     record.method[method_length] = '\0';
 
     constexpr size_t room_for_star = 1; // and its terminator
-    store_text(thread.record_texts, "url", request.url, room_for_star, record.url);
+    store_text(thread.record_texts, url_name, request.url, room_for_star, record.url);
     store_text(thread.record_texts, "redirect_url", request.location, 0, record.redirect_url);
     record.host_ip =
         request.host.text == nullptr

@@ -33,9 +33,12 @@ struct RequestFields {
 
 enum class FieldOutcome {
     handled,
-    rejected,     // the line is bad
-    not_of_common // means something in one dialect only
+    rejected,        // the line is bad
+    dialect_specific // means something in one dialect only
 };
+
+// Whether a field holds the "-" that stands for no value.
+bool is_dash(LineText field);
 
 // Splits `line` into `fields` (max_al_fields of them). Returns false when there are fewer than the
 // layout needs or one is not closed; the line is then reported and counted as bad.
@@ -61,4 +64,6 @@ bool is_in_replay_period(ParsingThread& thread, const LineOrigin& origin, Reques
 void resolve_location(ParsingThread& thread, LineText url, LineText& location);
 
 // Fills the zeroed record of an accepted request; its texts are copied into the thread's arenas.
-void store_request(ParsingThread& thread, const RequestFields& request, alInfo& record);
+// `url_name` is what the URL is called when memory for it is out.
+void store_request(ParsingThread& thread, const RequestFields& request, const char* url_name,
+                   alInfo& record);

@@ -13,7 +13,7 @@ char* TextArena::copy(const char* name, std::string_view text, size_t spare) {
 }
 
 void TextArena::start_block(const char* name, size_t size) {
-    constexpr size_t block_size = size_t{4} << 20; // two huge pages
+    constexpr size_t block_size = size_t{8} << 20; // holds several huge pages
     const size_t needed = std::max(size, block_size);
     block_ = static_cast<char*>(reserve_pages(needed));
     if (block_ == nullptr) {

@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
+#include <string_view>
 #include <strings.h>
 
 int64_t replay_timezone = -1;
@@ -53,7 +55,19 @@ int wrapped_difference(int a, int b) {
     return static_cast<int>(static_cast<unsigned>(a) - static_cast<unsigned>(b));
 }
 
-tm library_fields(const CalendarTime& calendar, int daylight_saving) {
+bool shows_same_clock(time_t moment, const tm& fields) {
+    tm local;
+    return localtime_r(&moment, &local) != nullptr && local.tm_mday == fields.tm_mday &&
+           local.tm_hour == fields.tm_hour && local.tm_min == fields.tm_min &&
+           local.tm_sec == fields.tm_sec;
+}
+
+// When a zone sets its clock back, for instance at the end of daylight saving, it shows the same
+// time twice, and which of the two the library means depends on what it converted before, in any
+// thread. The first is taken, so that it does not.
+time_t convert_by_library(const CalendarTime& calendar) {
+    constexpr time_t step = 15 * 60; // clocks are set back by multiples of it
+    constexpr time_t longest = 3 * 60 * 60;
     tm fields = {};
     fields.tm_year = wrapped_difference(calendar.year, 1900);
     fields.tm_mon = wrapped_difference(calendar.month, 1);
@@ -61,33 +75,27 @@ tm library_fields(const CalendarTime& calendar, int daylight_saving) {
     fields.tm_hour = calendar.hours;
     fields.tm_min = calendar.minutes;
     fields.tm_sec = calendar.seconds;
-    fields.tm_isdst = daylight_saving;
-    return fields;
+    fields.tm_isdst = -1; // as the zone has it
+    const time_t converted = mktime(&fields);
+    for (time_t earlier = step; earlier <= longest; earlier += step) {
+        if (shows_same_clock(converted - earlier, fields)) {
+            return converted - earlier;
+        }
+    }
+    return converted;
 }
 
-// In the hour that a zone repeats when daylight saving ends, the library's answer depends on what
-// it converted before, in any thread. The first of the two moments is taken, so that it does not.
-time_t convert_by_library(const CalendarTime& calendar) {
-    constexpr int zone_decides = -1;
-    tm fields = library_fields(calendar, zone_decides);
-    const time_t converted = mktime(&fields);
-    tm saving_fields = library_fields(calendar, 1);
-    const time_t saving = mktime(&saving_fields);
-    const bool same_wall_clock = saving_fields.tm_isdst == 1 &&
-                                 saving_fields.tm_hour == fields.tm_hour &&
-                                 saving_fields.tm_min == fields.tm_min;
-    return same_wall_clock && saving < converted ? saving : converted;
-}
+// The last zone that changed its offset inside a minute did so in 1972.
+constexpr int first_cached_year = 1973;
 
 bool is_in_range(const CalendarTime& calendar) {
-    return calendar.year >= 1970 && calendar.year <= 9999 && calendar.month >= 1 &&
+    return calendar.year >= first_cached_year && calendar.year <= 9999 && calendar.month >= 1 &&
            calendar.month <= 12 && calendar.day >= 1 && calendar.day <= 31 && calendar.hours >= 0 &&
            calendar.hours <= 23 && calendar.minutes >= 0 && calendar.minutes <= 59 &&
            calendar.seconds >= 0 && calendar.seconds <= 59;
 }
 
-// No zone has changed its offset inside a minute since the epoch, so within one minute only the
-// seconds make a difference.
+// Within one minute only the seconds make a difference.
 time_t convert(const CalendarTime& calendar) {
     static thread_local CalendarTime known = {};
     static thread_local time_t known_start = 0;

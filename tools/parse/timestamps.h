@@ -15,8 +15,8 @@
 extern int64_t replay_timezone;
 
 // Reads GMT_OFFSET from sys/replay_settings.default of the installation named by ZV_WDIR. Returns
-// the offset in seconds west of UTC; -1 when the file or the line is missing (a missing file is
-// reported on standard error).
+// the offset in seconds west of UTC (a line without a value means 0); -1 when the file or the line
+// is missing (a missing file is reported on standard error).
 int64_t get_timezone_from_default_setting();
 
 // 1 to 12 for "Jan" to "Dec"; 1 for anything else.
@@ -24,7 +24,7 @@ int get_month(const char* month_name);
 
 // Seconds since the epoch of calendar fields in the process's local zone, daylight saving as the
 // zone's rules have it for that date; fields out of range are normalised. `month` counts from 1,
-// `year` is given in full. Of an hour that the zone has twice, the first is meant. Remembers the
+// `year` is given in full. Of a time that the clock shows twice, the first is meant. Remembers the
 // last minute it converted, for each thread by itself, so that consecutive log lines cost no
 // library call.
 time_t local_time_to_epoch(int year, int month, int day, int hours, int minutes, int seconds);

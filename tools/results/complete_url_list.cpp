@@ -142,6 +142,7 @@ void fill_url_pattern_from_cache(const char* config_dir) {
             read_row(line, texts);
         }
     }
+    lines.require_whole(fname, path.c_str());
     std::fclose(cache);
     DEBUG_LOG(2, fname, "Total uniq urls added = %d", url_pattern_count);
 }

@@ -6,6 +6,7 @@
 #include "tools/results/result_file.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 #include <unordered_set>
@@ -49,6 +50,7 @@ void write_hosts_list(const std::string& config_dir) {
         file.append(url_pattern[hosts[i]].host_hdr);
         file.append('\n');
     }
+    std::free(hosts);
     if (!file.close()) {
         fatal_error(fname, "Failed to write file %s", path.c_str());
     }
