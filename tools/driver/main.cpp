@@ -24,6 +24,7 @@
 
 #include <ctime>
 #include <new>
+#include <string>
 #include <sys/stat.h>
 
 namespace {
@@ -31,7 +32,7 @@ namespace {
 constexpr const char* fname = "main";
 
 [[noreturn]] void report_no_memory() {
-    fatal_error(fname, "Out of Memory: %s (size = %d) for index %d", "working memory", 0, -1);
+    fatal_error(fname, "Out of Memory: working memory");
 }
 
 void set_replay_timezone() {
@@ -138,7 +139,6 @@ void classify_urls() {
 
 } // namespace
 
-// One run, phase by phase.
 int main(int argc, char* argv[]) {
     std::set_new_handler(report_no_memory);
     read_work_directory();

@@ -1,6 +1,7 @@
 #include "tools/patterns/number_table.h"
 
 #include <algorithm>
+#include <utility>
 
 void NumberTable::grow() {
     constexpr size_t first_size = 1024;

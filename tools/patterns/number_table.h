@@ -9,8 +9,7 @@
 class NumberTable {
   public:
     // Number of the key with this hash for which `is_same(number)` holds; a new key gets the next
-    // number, and
-    // `*is_new` tells.
+    // number, and `*is_new` tells.
     template <typename IsSame>
     uint32_t number_of(uint64_t hash, const IsSame& is_same, bool* is_new) {
         if (2 * (count_ + size_t{1}) > slots_.size()) {

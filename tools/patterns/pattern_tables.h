@@ -23,7 +23,7 @@ static_assert(sizeof(UPInfo) == 120);
 // The tables with their entries in use and allocated. Filled by save_filter_url_pattern and
 // save_url_pattern, sorted by fill_seq_in_url_pattern_table, all on the main thread before logs are
 // loaded; only read afterwards.
-extern UPInfo* filter_url_pattern; // URLs to leave out of the replay
+extern UPInfo* filter_url_pattern; // URLs marked as filtered in url.list
 extern int total_filter_url_pattern;
 extern int max_filter_url_pattern;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/results/result_file.h"
+#include "tools/driver/result_file.h"
 
 #include <cstdint>
 #include <string>

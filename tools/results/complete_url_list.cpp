@@ -2,6 +2,7 @@
 
 #include "tools/driver/allocation.h"
 #include "tools/driver/logs.h"
+#include "tools/driver/result_file.h"
 #include "tools/load/line_count.h"
 #include "tools/load/request_table.h"
 #include "tools/parse/line_reader.h"
@@ -9,7 +10,6 @@
 #include "tools/parse/tokenizers.h"
 #include "tools/patterns/request_selection.h"
 #include "tools/patterns/unique_urls.h"
-#include "tools/results/result_file.h"
 
 #include <cstdio>
 #include <cstdlib>

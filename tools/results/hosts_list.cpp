@@ -2,8 +2,8 @@
 
 #include "tools/driver/allocation.h"
 #include "tools/driver/logs.h"
+#include "tools/driver/result_file.h"
 #include "tools/patterns/unique_urls.h"
-#include "tools/results/result_file.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -3,13 +3,13 @@
 #include "tools/config/replay_settings.h"
 #include "tools/driver/logs.h"
 #include "tools/driver/progress.h"
+#include "tools/driver/result_file.h"
 #include "tools/load/request_table.h"
 #include "tools/parse/secondary_cookie_trace.h"
 #include "tools/patterns/classification.h"
 #include "tools/patterns/pattern_tables.h"
 #include "tools/patterns/request_selection.h"
 #include "tools/patterns/unique_urls.h"
-#include "tools/results/result_file.h"
 
 #include <cstdio>
 #include <cstring>
@@ -72,10 +72,6 @@ class Row {
         separate();
         file_.append(text);
     }
-    void add_unsigned(uint64_t number) {
-        separate();
-        file_.append_unsigned(number);
-    }
     void add_signed(int64_t number) {
         separate();
         file_.append_signed(number);
@@ -110,7 +106,7 @@ void write_row(ResultFile& file, const UrlInfo& entry, std::string& escaped) {
     row.add(pattern_object[type]);
     row.add(entry.method);
     row.add(url_column(entry, escaped));
-    row.add_unsigned(entry.count);
+    row.add_signed(static_cast<int64_t>(entry.count));
     row.add(pattern != nullptr ? pattern->txn_name : na_string);
     row.add(pattern != nullptr ? host_column(entry, *pattern) : entry.host_hdr);
     row.add_signed(entry.query_url_offset);

@@ -7,8 +7,7 @@
 // run's counts that is also printed.
 
 // Copies the first `len` characters of `in` (all of them when `len` is 0) to `out`, every "|"
-// replaced by
-// "&#124;".
+// replaced by "&#124;".
 void replace_pipe_by_ascii(const char* in, size_t len, std::string& out);
 
 // Writes the file into the configuration directory and, once it is whole, prints the summary line

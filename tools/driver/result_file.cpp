@@ -1,4 +1,4 @@
-#include "tools/results/result_file.h"
+#include "tools/driver/result_file.h"
 
 #include <cerrno>
 #include <charconv>
