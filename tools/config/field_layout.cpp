@@ -33,6 +33,8 @@ const alFields al_required_fields[al_field_kind_count] = {
 
 short al_required_field_position[al_field_kind_count];
 int max_required_field_position = 0;
+int present_field_count = 0;
+PresentField present_fields[al_field_kind_count];
 char al_modified_flag = 0;
 
 namespace {
@@ -159,10 +161,12 @@ void set_default_field_positions() {
 }
 
 void validate_al_format() {
+    present_field_count = 0;
     for (int kind = 0; kind < al_field_kind_count; ++kind) {
         if (al_required_field_position[kind] != 0) {
             validate_range(kind);
             validate_uniqueness(kind);
+            present_fields[present_field_count++] = {kind, al_required_field_position[kind] - 1};
         }
     }
     require_fields_of_log_type();

@@ -38,12 +38,20 @@ using alFields = AlFields;
 
 extern const alFields al_required_fields[al_field_kind_count];
 
+// A field that the log has.
+struct PresentField {
+    int kind;
+    int index; // into the fields of a split line, from 0
+};
+
 // Set while the settings are read, completed by set_default_field_positions and validate_al_format,
 // all on the main thread; only read once logs are loaded.
 extern short
     al_required_field_position[al_field_kind_count]; // 1 to 25: the n-th field; 0: not in the log
 extern int max_required_field_position; // highest position in use; a line with fewer fields is bad
-extern char al_modified_flag;           // 1 once the settings held an AL_FIELD line
+extern int present_field_count;         // fields in the log, the entries in use of the next table
+extern PresentField present_fields[al_field_kind_count]; // in the order of their kinds
+extern char al_modified_flag; // 1 once the settings held an AL_FIELD line
 
 // Applies the text after "AL_FIELD" and its separator: a field keyword, one character, and a
 // position.
@@ -53,5 +61,6 @@ void set_field_position(const char* text);
 void set_default_field_positions();
 
 // Ends the run with an error line when a position is out of range or used twice, or when a field
-// that the log type or the session mode needs is missing. Sets max_required_field_position.
+// that the log type or the session mode needs is missing. Sets max_required_field_position and
+// present_fields.
 void validate_al_format();

@@ -98,7 +98,7 @@ SessionOrder order_requests() {
     const PhaseProgress progress(
         "Start sorting of request table at %s\n",
         "End sorting of request table at %s\n Total time taken: %ld(sec)\n");
-    SessionOrder session_order = order_by_session(al_info_array, g_valid_request);
+    SessionOrder session_order = order_by_session(al_info_array, request_numbers);
     progress.finish();
     return session_order;
 }
@@ -108,7 +108,7 @@ void make_unique_urls(const SessionOrder& session_order, const std::string& conf
     const PhaseProgress progress(
         "Start creating unique pattern of urls at %s\n",
         "End creating unique pattern of urls at %s\n Total time taken: %ld(sec) \n");
-    make_url_pattern_list(session_order, query_list);
+    make_url_pattern_list(session_order, request_numbers, query_list);
     progress.finish();
     DEBUG_LOG(4, fname, "Total url pattern - %d", url_pattern_count);
 }

@@ -6,6 +6,7 @@
 
 alInfo* al_info_array = nullptr;
 uint64_t g_valid_request = 0;
+RequestNumbers request_numbers;
 uint64_t g_total_req = 0;
 uint64_t g_time_filtered_req = 0;
 uint64_t g_total_bad_req = 0;

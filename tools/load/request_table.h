@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/parse/request_numbers.h"
 #include "tools/parse/request_record.h"
 
 #include <cstdint>
@@ -12,6 +13,8 @@ extern uint64_t g_valid_request; // requests accepted
 extern uint64_t g_total_req;     // lines that were neither empty nor comments
 extern uint64_t g_time_filtered_req; // of these, outside the replay period
 extern uint64_t g_total_bad_req;     // of these, not to be parsed
+
+extern RequestNumbers request_numbers; // the numbers of al_info_array's records
 
 // One address range for the records of all threads, so that joining their tables only closes the
 // gaps of lines that gave no record. Memory is taken as records are written.

@@ -17,11 +17,15 @@
 #include <cstdlib>
 #include <ctime>
 #include <pthread.h>
+#include <utility>
 #include <vector>
 
 threadCounter* tc = nullptr;
 
 namespace {
+
+// The numbers of each worker thread's records: one row for each, as in tc.
+std::vector<RequestNumbers> numbers_of_thread;
 
 constexpr const char* fname = "process_url_files";
 constexpr const char* thread_fname = "process_url_files_t";
@@ -147,7 +151,10 @@ bool load_file(ParsingThread& thread, const parsingThreadArgs& arguments, int se
 // Body of one worker thread; `argv` is its parsingThreadArgs.
 void* process_url_files_t(void* argv) {
     parsingThreadArgs& arguments = *static_cast<parsingThreadArgs*>(argv);
-    ParsingThread thread = {.thread_idx = arguments.thread_idx};
+    ParsingThread thread = {
+        .thread_idx = arguments.thread_idx,
+        .numbers = RequestNumbers(arguments.al_info_array_t),
+    };
     UnaccountedRequests unaccounted(arguments.al_info_array_t);
     uint64_t seq_no = 0;
     const time_t start = std::time(nullptr);
@@ -165,7 +172,9 @@ void* process_url_files_t(void* argv) {
             break;
         }
     }
+    thread.numbers.finish();
     tc[thread.thread_idx] = thread.counters;
+    numbers_of_thread[static_cast<size_t>(thread.thread_idx)] = std::move(thread.numbers);
     arguments.total_valid_req_t = seq_no;
     if (commentry_flag != 0) {
         std::fprintf(stderr, "\tThread[%d] ended at %s , total time taken = %ld(sec)\n",
@@ -208,6 +217,10 @@ void merge_tables(RequestTableSpace& space, const parsingThreadArgs* threads, in
         space.append(threads[i].al_info_array_t, threads[i].total_valid_req_t);
     }
     al_info_array = space.records();
+    for (RequestNumbers& numbers : numbers_of_thread) {
+        request_numbers.append(std::move(numbers));
+    }
+    numbers_of_thread.clear();
 }
 
 } // namespace
@@ -222,6 +235,7 @@ void process_url_files() {
     RequestTableSpace space = allocate_tables(threads, thread_count);
     tc = static_cast<threadCounter*>(allocate_zeroed(
         fname, "thread counter", static_cast<size_t>(thread_count), sizeof(threadCounter)));
+    numbers_of_thread.resize(static_cast<size_t>(thread_count));
     std::vector<pthread_t> handles(static_cast<size_t>(thread_count));
     start_threads(handles, threads);
     join_threads(handles, threads);

@@ -108,9 +108,9 @@ int parse_al_line(ParsingThread& thread, alInfo* al_info_array_t, LineText line,
         return -1;
     }
     RequestFields request;
-    for (int kind = 0; kind < al_field_kind_count; ++kind) {
-        const int position = al_required_field_position[kind];
-        if (position != 0 && !read_field(thread, origin, kind, fields[position - 1], request)) {
+    for (int i = 0; i < present_field_count; ++i) {
+        const PresentField& present = present_fields[i];
+        if (!read_field(thread, origin, present.kind, fields[present.index], request)) {
             return -1;
         }
     }

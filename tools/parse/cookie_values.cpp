@@ -2,7 +2,6 @@
 
 #include "tools/driver/logs.h"
 
-#include <algorithm>
 #include <cstring>
 
 bool get_cookie_value(const char* header, const char* name, size_t skip,
@@ -11,7 +10,7 @@ bool get_cookie_value(const char* header, const char* name, size_t skip,
     if (found == nullptr) {
         return false;
     }
-    const char* start = found + std::min(skip, std::strlen(found));
+    const char* start = found + strnlen(found, skip);
     size_t length = static_cast<size_t>(strchrnul(start, ';') - start);
     if (length >= sizeof value) {
         DEBUG_LOG(2, "load_url_info",

@@ -64,12 +64,9 @@ void join_query_string(ParsingThread& thread, const LineOrigin& origin, RequestF
 // False when the line is rejected.
 bool read_fields(ParsingThread& thread, const LineOrigin& origin, const LineText fields[],
                  RequestFields& request, SeparateFields& separate) {
-    for (int kind = 0; kind < al_field_kind_count; ++kind) {
-        const int position = al_required_field_position[kind];
-        if (position == 0) {
-            continue;
-        }
-        const LineText field = fields[position - 1];
+    for (int i = 0; i < present_field_count; ++i) {
+        const int kind = present_fields[i].kind;
+        const LineText field = fields[present_fields[i].index];
         if (debug_wanted(4)) {
             log_field_value(origin, kind, field);
         }

@@ -79,7 +79,7 @@ bool read_set_cookie_header(LoadingFile& file, alInfo& record) {
     if (record.akaau_id[0] != '\0') {
         trace_matched(record.akaau_id, record.jsession_id,
                       {file.thread.thread_idx, file.file_name, record.line_num});
-        update_unaccounted_array(file.thread.thread_idx, file.al_info_array_t, record.akaau_id,
+        update_unaccounted_array(file.thread, file.al_info_array_t, record.akaau_id,
                                  record.jsession_id, file.unaccounted_url_t);
     }
     return true;
@@ -117,6 +117,14 @@ void release_header_texts(ParsingThread& thread, alInfo& record) {
     record.cookies = nullptr;
     record.set_cookies = nullptr;
     thread.header_texts.reuse_block();
+}
+
+// With queries ignored, a URL counts up to its first query separator.
+void find_counted_url(alInfo& record) {
+    const size_t length = std::strlen(record.url);
+    const size_t separator = ignore_query_flag != 0 ? std::strcspn(record.url, "?#;") : length;
+    record.ignore_query_flag = separator != length;
+    record.url_len = static_cast<int>(separator) + record.ignore_query_flag;
 }
 
 bool is_request(LineText line) {
@@ -159,6 +167,8 @@ int load_url_info(ParsingThread& thread, alInfo* al_info_array_t, int seq_file_i
             return 1;
         }
         release_header_texts(thread, record);
+        find_counted_url(record);
+        thread.numbers.add_next();
         ++*seq_no;
     }
     lines.require_whole(fname, file.file_name);

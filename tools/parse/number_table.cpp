@@ -1,4 +1,4 @@
-#include "tools/patterns/number_table.h"
+#include "tools/parse/number_table.h"
 
 #include <algorithm>
 #include <utility>
@@ -8,11 +8,11 @@ void NumberTable::grow() {
     std::vector<Slot> old = std::move(slots_);
     slots_ = std::vector<Slot>(std::max(first_size, old.size() * 2));
     for (const Slot& slot : old) {
-        if (slot.number == free_slot) {
+        if (slot.number == unknown) {
             continue;
         }
         size_t at = slot.low & (slots_.size() - 1);
-        while (slots_[at].number != free_slot) {
+        while (slots_[at].number != unknown) {
             at = (at + 1) & (slots_.size() - 1);
         }
         slots_[at] = slot;

@@ -17,7 +17,7 @@ class NumberTable {
         }
         const auto tag = static_cast<uint32_t>(hash >> 32);
         size_t at = hash & (slots_.size() - 1);
-        while (slots_[at].number != free_slot) {
+        while (slots_[at].number != unknown) {
             if (slots_[at].tag == tag && is_same(slots_[at].number)) {
                 *is_new = false;
                 return slots_[at].number;
@@ -29,15 +29,27 @@ class NumberTable {
         return count_++;
     }
 
+    // Asks for the memory in which the key with this hash is looked up first.
+    void prefetch(uint64_t hash) const {
+        if (!slots_.empty()) {
+            __builtin_prefetch(&slots_[hash & (slots_.size() - 1)]);
+        }
+    }
+
+    // The number that a key with this hash most likely has; `unknown` when it has none yet.
+    uint32_t likely_number(uint64_t hash) const {
+        return slots_.empty() ? unknown : slots_[hash & (slots_.size() - 1)].number;
+    }
+
+    static constexpr uint32_t unknown = UINT32_MAX;
+
     uint32_t count() const { return count_; }
 
   private:
-    static constexpr uint32_t free_slot = UINT32_MAX;
-
     struct Slot {
         uint32_t tag = 0; // upper half of the hash, to compare before the key
         uint32_t low = 0; // lower half, to find the place in a larger table
-        uint32_t number = free_slot;
+        uint32_t number = unknown;
     };
 
     void grow();

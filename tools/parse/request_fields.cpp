@@ -20,6 +20,15 @@ void log_text_allocation(const LineOrigin& origin, const char* name, LineText fi
               static_cast<int>(field.size + 1));
 }
 
+// What strtol gives; three digits, as every status code has, without its help.
+int read_status_code(LineText field) {
+    const auto digit = [&](size_t at) { return static_cast<unsigned>(field.text[at] - '0'); };
+    if (field.size == 3 && digit(0) <= 9 && digit(1) <= 9 && digit(2) <= 9) {
+        return static_cast<int>(digit(0) * 100 + digit(1) * 10 + digit(2));
+    }
+    return static_cast<int>(std::strtol(field.text, nullptr, 10));
+}
+
 FieldOutcome read_client_ip(ParsingThread& thread, const LineOrigin& origin, LineText field,
                             RequestFields& request) {
     if (session_mode != SESSION_MODE_CLIENT_IP) {
@@ -77,7 +86,7 @@ FieldOutcome read_common_field(ParsingThread& thread, const LineOrigin& origin, 
     case AL_CLIENT_IP:
         return read_client_ip(thread, origin, field, request);
     case AL_STATUS_CODE:
-        request.response_code = static_cast<int>(std::strtol(field.text, nullptr, 10));
+        request.response_code = read_status_code(field);
         DEBUG_LOG(4, origin.fname, "Response code = %d", request.response_code);
         break;
     case AL_REQUEST_COOKIE:

@@ -3,14 +3,6 @@
 #include "tools/driver/allocation.h"
 
 #include <algorithm>
-#include <cstring>
-
-char* TextArena::copy(const char* name, std::string_view text, size_t spare) {
-    char* piece = allocate(name, text.size() + 1 + spare);
-    std::memcpy(piece, text.data(), text.size());
-    piece[text.size()] = '\0';
-    return piece;
-}
 
 void TextArena::start_block(const char* name, size_t size) {
     constexpr size_t block_size = size_t{8} << 20; // holds several huge pages

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 // Hands out pieces of large blocks, of exactly the size asked for, for the texts of one thread's
@@ -20,7 +21,12 @@ class TextArena {
     }
 
     // A terminated copy of `text` with `spare` more characters of room after the terminator.
-    char* copy(const char* name, std::string_view text, size_t spare = 0);
+    char* copy(const char* name, std::string_view text, size_t spare = 0) {
+        char* piece = allocate(name, text.size() + 1 + spare);
+        std::memcpy(piece, text.data(), text.size());
+        piece[text.size()] = '\0';
+        return piece;
+    }
 
     // Forgets all texts of the current block, for texts that are needed only until the next line.
     void reuse_block() { next_ = block_; }

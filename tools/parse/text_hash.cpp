@@ -1,4 +1,4 @@
-#include "tools/patterns/text_hash.h"
+#include "tools/parse/text_hash.h"
 
 #include <ctime>
 #include <unistd.h>

@@ -17,6 +17,11 @@ inline uint64_t mix_hash(uint64_t a, uint64_t b) {
 
 uint64_t hash_seed();
 
+inline uint64_t hash_number(uint64_t number) {
+    constexpr uint64_t multiplier = 0x9e3779b97f4a7c15;
+    return mix_hash(number ^ hash_seed(), multiplier);
+}
+
 inline uint64_t hash_text(std::string_view text, uint64_t hash) {
     constexpr uint64_t multiplier = 0x9e3779b97f4a7c15;
     const char* position = text.data();

@@ -152,10 +152,11 @@ int month_at(const char* text) {
     return 1;
 }
 
+constexpr size_t fixed_shape_size = 26;
+
 // The shape that servers write, dd/Mon/yyyy:hh:mm:ss +hhmm; anything else goes the general way.
 bool read_fixed_shape(LineText timestring, CalendarTime& calendar, int64_t& log_offset) {
-    constexpr size_t shape_size = 26;
-    if (timestring.size != shape_size) {
+    if (timestring.size != fixed_shape_size) {
         return false;
     }
     const char* text = timestring.text;
@@ -178,6 +179,39 @@ bool read_fixed_shape(LineText timestring, CalendarTime& calendar, int64_t& log_
         std::memchr(text + 3, '/', 3) == nullptr && std::memchr(text + 3, ':', 3) == nullptr;
     return shape.fits() && month_is_one_word;
 }
+
+// The texts of one minute of a log differ in their seconds only, so most of them need no more than
+// a look at those.
+class KnownMinute {
+  public:
+    // Whether `timestring` is of the minute remembered, with seconds from 00 to 59.
+    bool has(LineText timestring) const {
+        const char* text = timestring.text;
+        return timestring.size == sizeof text_ && std::memcmp(text, text_, seconds_at) == 0 &&
+               std::memcmp(text + zone_at, text_ + zone_at, sizeof text_ - zone_at) == 0 &&
+               text[seconds_at] >= '0' && text[seconds_at] <= '5' && text[seconds_at + 1] >= '0' &&
+               text[seconds_at + 1] <= '9';
+    }
+
+    time_t second(LineText timestring) const {
+        const char* seconds = timestring.text + seconds_at;
+        return start_ + 10 * (seconds[0] - '0') + (seconds[1] - '0');
+    }
+
+    // `start` is what second 00 of the minute converts to.
+    void remember(LineText timestring, time_t start) {
+        std::memcpy(text_, timestring.text, sizeof text_);
+        start_ = start;
+    }
+
+  private:
+    static constexpr size_t seconds_at = 18;
+    static constexpr size_t zone_at = 20; // with the blank before it
+
+    char text_[fixed_shape_size] =
+        {}; // all NUL, which no log text is, until the first is remembered
+    time_t start_ = 0;
+};
 
 bool read_fixed_shape_iis(LineText date, LineText time, CalendarTime& calendar) {
     constexpr size_t date_size = 10;
@@ -297,12 +331,21 @@ time_t local_time_to_epoch(int year, int month, int day, int hours, int minutes,
 }
 
 time_t convert_into_second(LineText timestring) {
+    static thread_local KnownMinute known;
+    const bool takes_general_way = debug_wanted(4); // its steps show in the debug log
+    if (!takes_general_way && known.has(timestring)) {
+        return known.second(timestring) - replay_timezone;
+    }
     CalendarTime calendar;
     int64_t log_offset;
-    if (debug_wanted(4) || !read_fixed_shape(timestring, calendar, log_offset)) {
+    if (takes_general_way || !read_fixed_shape(timestring, calendar, log_offset)) {
         return convert_any_shape(timestring.text);
     }
-    return convert(calendar) - replay_timezone - log_offset;
+    const time_t converted = convert(calendar) - log_offset;
+    if (is_in_range(calendar)) {
+        known.remember(timestring, converted - calendar.seconds);
+    }
+    return converted - replay_timezone;
 }
 
 time_t convert_into_second_iis(LineText date, LineText time) {

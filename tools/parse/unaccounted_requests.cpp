@@ -62,7 +62,7 @@ void UnaccountedRequests::free_slot(int slot) {
     }
 }
 
-void update_unaccounted_array(int thread_idx, alInfo* al_info_array_t, const char* akaau_id,
+void update_unaccounted_array(ParsingThread& thread, alInfo* al_info_array_t, const char* akaau_id,
                               const char* jsession_id, UnaccountedRequests& unaccounted_url_t) {
     constexpr const char* fname = "update_unaccounted_array";
     DEBUG_LOG(2, fname, "Method called");
@@ -75,8 +75,10 @@ void update_unaccounted_array(int thread_idx, alInfo* al_info_array_t, const cha
             continue;
         }
         std::strcpy(record.jsession_id, jsession_id);
+        thread.numbers.change_session(record.seq);
         DEBUG_LOG(3, fname, "Settign jsessionid for url %s", record.url);
-        trace_updated(record.akaau_id,
-                      {thread_idx, seq_file_path[record.seq_file_idx].input_file, record.line_num});
+        trace_updated(
+            record.akaau_id,
+            {thread.thread_idx, seq_file_path[record.seq_file_idx].input_file, record.line_num});
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/parse/parsing_thread.h"
 #include "tools/parse/request_record.h"
 
 #include <cstdint>
@@ -49,5 +50,5 @@ class UnaccountedRequests {
 // Gives the requests that wait with the secondary-cookie value `akaau_id` the session
 // `jsession_id`, unless they have one, and takes them out of the waiting. Does nothing for an empty
 // `akaau_id`.
-void update_unaccounted_array(int thread_idx, alInfo* al_info_array_t, const char* akaau_id,
+void update_unaccounted_array(ParsingThread& thread, alInfo* al_info_array_t, const char* akaau_id,
                               const char* jsession_id, UnaccountedRequests& unaccounted_url_t);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/parse/request_numbers.h"
 #include "tools/parse/request_record.h"
 
 #include <cstdint>
@@ -24,11 +25,11 @@ struct CollapsedRequests {
                                     // together, each by session and time
 };
 
-// Collapses the requests with the given indices, which are in the order of session and time. Sets
-// url_len of every record of the table and, where the settings say so, cuts their URL after its
-// first query separator (ignore_query_flag, query_last_char). Fills `queried` only when
-// `keep_queried`.
-CollapsedRequests collapse_requests(const std::vector<uint32_t>& requests, bool keep_queried);
+// Collapses the requests with the given indices, which are in the order of session and time, by the
+// numbers of their URLs. The text of each unique URL's first request is cut where its counted part
+// ends (query_last_char). Fills `queried` only when `keep_queried`.
+CollapsedRequests collapse_requests(const std::vector<uint32_t>& requests,
+                                    const RequestNumbers& numbers, bool keep_queried);
 
-// Undoes the cut of a URL; for one that was not cut, changes nothing.
+// Undoes the cut of a request's URL.
 void restore_url(alInfo& request);

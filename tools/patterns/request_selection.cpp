@@ -3,6 +3,7 @@
 #include "tools/config/replay_settings.h"
 #include "tools/driver/logs.h"
 #include "tools/load/request_table.h"
+#include "tools/parse/request_numbers.h"
 #include "tools/patterns/redirect_followups.h"
 
 uint64_t g_redirected_req = 0;
@@ -12,11 +13,6 @@ uint64_t g_total_non_session_with_secondary_cookie = 0;
 namespace {
 
 constexpr const char* fname = "make_url_pattern_list"; // the phase, as the debug log names it
-
-bool has_session(const alInfo& request) {
-    return session_mode == SESSION_MODE_COOKIE ? request.jsession_id[0] != '\0'
-                                               : request.client_ip != 0;
-}
 
 // Returns whether the request counts all the same.
 bool count_non_session(alInfo& request) {

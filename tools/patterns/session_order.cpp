@@ -1,9 +1,6 @@
 #include "tools/patterns/session_order.h"
 
 #include "tools/config/replay_settings.h"
-#include "tools/driver/logs.h"
-#include "tools/patterns/number_table.h"
-#include "tools/patterns/text_hash.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,72 +8,23 @@
 
 namespace {
 
-using Comparator = int(const alInfo&, const alInfo&);
-
 int compare_times(const alInfo& a, const alInfo& b) {
     return a.time_stamp < b.time_stamp ? -1 : a.time_stamp > b.time_stamp;
 }
 
-struct Session {
-    uint32_t first_record;
-    uint32_t count;     // requests; later where the next of them goes in the order
-    uint64_t last_time; // of its last request in table order
-    bool is_in_time_order;
-};
-
-// Tells sessions apart and orders them in one of the two session modes. `prefix` decides nearly all
-// comparisons without a look at the records.
-struct CookieKey {
-    static uint64_t prefix(const alInfo& record) {
-        uint64_t prefix = 0;
-        const char* id = record.jsession_id;
-        for (int i = 0; i < 8; ++i) {
-            prefix = prefix << 8 | static_cast<unsigned char>(*id);
-            id += *id != '\0';
-        }
-        return prefix;
+// The first eight characters of the session's id, or its address: decides nearly all comparisons of
+// sessions without a look at their records.
+uint64_t order_prefix(const alInfo& request) {
+    if (session_mode != SESSION_MODE_COOKIE) {
+        return request.client_ip;
     }
-    static uint64_t hash(const alInfo& record) {
-        return hash_text(record.jsession_id, hash_seed());
+    uint64_t prefix = 0;
+    const char* id = request.jsession_id;
+    for (int i = 0; i < 8; ++i) {
+        prefix = prefix << 8 | static_cast<unsigned char>(*id);
+        id += *id != '\0';
     }
-    static bool is_same(const alInfo& a, const alInfo& b) {
-        return std::strcmp(a.jsession_id, b.jsession_id) == 0;
-    }
-};
-
-struct AddressKey {
-    static uint64_t prefix(const alInfo& record) { return record.client_ip; }
-    static uint64_t hash(const alInfo& record) {
-        return mix_hash(record.client_ip ^ hash_seed(), 0x9e3779b97f4a7c15);
-    }
-    static bool is_same(const alInfo& a, const alInfo& b) { return a.client_ip == b.client_ip; }
-};
-
-// Numbers the sessions in table order; `session_of` receives the number of each record's session.
-template <typename Key>
-std::vector<Session> find_sessions(const alInfo* records, std::vector<uint32_t>& session_of) {
-    std::vector<Session> sessions;
-    NumberTable numbers;
-    for (uint32_t i = 0; i < session_of.size(); ++i) {
-        const alInfo& record = records[i];
-        bool is_new;
-        const uint32_t number = numbers.number_of(
-            Key::hash(record),
-            [&](uint32_t known) {
-                return Key::is_same(record, records[sessions[known].first_record]);
-            },
-            &is_new);
-        if (is_new) {
-            sessions.push_back({i, 0, record.time_stamp, true});
-        }
-        Session& session = sessions[number];
-        ++session.count;
-        session.is_in_time_order =
-            session.is_in_time_order && session.last_time <= record.time_stamp;
-        session.last_time = record.time_stamp;
-        session_of[i] = number;
-    }
-    return sessions;
+    return prefix;
 }
 
 struct SessionKey {
@@ -84,15 +32,17 @@ struct SessionKey {
     uint32_t number;
 };
 
-template <typename Key>
-std::vector<SessionKey> sort_sessions(const alInfo* records, const std::vector<Session>& sessions,
-                                      Comparator* compare) {
-    std::vector<SessionKey> keys;
+// Session numbers in their order; no_session, which has the lowest of all ids, comes first.
+std::vector<SessionKey> sort_sessions(const alInfo* records,
+                                      const std::vector<NumberedSession>& sessions) {
+    const auto compare = session_mode == SESSION_MODE_COOKIE ? sort_al_info_using_jid_time
+                                                             : sort_al_info_using_cip_time;
+    std::vector<SessionKey> keys = {{0, no_session}};
     keys.reserve(sessions.size());
-    for (uint32_t number = 0; number < sessions.size(); ++number) {
-        keys.push_back({Key::prefix(records[sessions[number].first_record]), number});
+    for (uint32_t number = no_session + 1; number < sessions.size(); ++number) {
+        keys.push_back({order_prefix(records[sessions[number].first_record]), number});
     }
-    std::sort(keys.begin(), keys.end(), [&](const SessionKey& a, const SessionKey& b) {
+    std::sort(keys.begin() + 1, keys.end(), [&](const SessionKey& a, const SessionKey& b) {
         return a.prefix != b.prefix ? a.prefix < b.prefix
                                     : compare(records[sessions[a.number].first_record],
                                               records[sessions[b.number].first_record]) < 0;
@@ -100,35 +50,23 @@ std::vector<SessionKey> sort_sessions(const alInfo* records, const std::vector<S
     return keys;
 }
 
-template <typename Key>
-SessionOrder order_by(const alInfo* records, uint32_t count, Comparator* compare) {
-    std::vector<uint32_t> session_of(count);
-    std::vector<Session> sessions = find_sessions<Key>(records, session_of);
-    const std::vector<SessionKey> keys = sort_sessions<Key>(records, sessions, compare);
+// Puts the requests of each session together, in table order. `place_of_session` tells where each
+// session's first request goes, by session number; afterwards, where its last one ends.
+std::vector<uint32_t> place_requests(const RequestNumbers& numbers,
+                                     std::vector<uint32_t>& place_of_session) {
+    std::vector<uint32_t> requests(numbers.count());
+    for (uint32_t i = 0; i < numbers.count(); ++i) {
+        requests[place_of_session[numbers[i].session]++] = i;
+    }
+    return requests;
+}
 
-    uint32_t start = 0;
-    for (const SessionKey& key : keys) {
-        start += std::exchange(sessions[key.number].count, start);
+std::vector<uint32_t> count_by_session(const RequestNumbers& numbers) {
+    std::vector<uint32_t> counts(numbers.sessions().size());
+    for (uint32_t i = 0; i < numbers.count(); ++i) {
+        ++counts[numbers[i].session];
     }
-    SessionOrder order;
-    order.requests.resize(count);
-    for (uint32_t i = 0; i < count; ++i) {
-        order.requests[sessions[session_of[i]].count++] = i;
-    }
-    order.session_ends.reserve(keys.size());
-    auto session_start = order.requests.begin();
-    for (const SessionKey& key : keys) {
-        const Session& session = sessions[key.number];
-        const auto session_end = order.requests.begin() + session.count;
-        if (!session.is_in_time_order) {
-            std::stable_sort(session_start, session_end, [&](uint32_t a, uint32_t b) {
-                return compare_times(records[a], records[b]) < 0;
-            });
-        }
-        order.session_ends.push_back(session.count);
-        session_start = session_end;
-    }
-    return order;
+    return counts;
 }
 
 } // namespace
@@ -145,13 +83,28 @@ int sort_al_info_using_cip_time(const alInfo& a, const alInfo& b) {
     return compare_times(a, b);
 }
 
-SessionOrder order_by_session(const alInfo* records, uint64_t count) {
-    constexpr uint64_t max_count = UINT32_MAX - 1;
-    if (count > max_count) {
-        fatal_error("main", "More than %lu requests can not be processed", max_count);
+SessionOrder order_by_session(const alInfo* records, const RequestNumbers& numbers) {
+    const std::vector<SessionKey> keys = sort_sessions(records, numbers.sessions());
+    std::vector<uint32_t> places = count_by_session(numbers);
+    uint32_t start = 0;
+    for (const SessionKey& key : keys) {
+        start += std::exchange(places[key.number], start);
     }
-    const auto record_count = static_cast<uint32_t>(count);
-    return session_mode == SESSION_MODE_COOKIE
-               ? order_by<CookieKey>(records, record_count, sort_al_info_using_jid_time)
-               : order_by<AddressKey>(records, record_count, sort_al_info_using_cip_time);
+    SessionOrder order;
+    order.requests = place_requests(numbers, places);
+    auto session_start = order.requests.begin();
+    for (const SessionKey& key : keys) {
+        const auto session_end = order.requests.begin() + places[key.number];
+        if (session_start == session_end) {
+            continue;
+        }
+        if (!numbers.sessions()[key.number].is_in_time_order) {
+            std::stable_sort(session_start, session_end, [&](uint32_t a, uint32_t b) {
+                return compare_times(records[a], records[b]) < 0;
+            });
+        }
+        order.session_ends.push_back(places[key.number]);
+        session_start = session_end;
+    }
+    return order;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/parse/request_numbers.h"
 #include "tools/parse/request_record.h"
 
 #include <cstdint>
@@ -20,5 +21,5 @@ struct SessionOrder {
     std::vector<uint32_t> session_ends; // for each session, one past its last place in `requests`
 };
 
-// Orders `count` records. Ends the run beyond 4,294,967,294 of them.
-SessionOrder order_by_session(const alInfo* records, uint64_t count);
+// Orders the records that have the given numbers.
+SessionOrder order_by_session(const alInfo* records, const RequestNumbers& numbers);

@@ -20,10 +20,9 @@ constexpr const char* fname = "make_url_pattern_list";
 int64_t write_queries(const CollapsedRequests& collapsed, const CollapsedUrl& url,
                       QueryList& query_list) {
     const int64_t offset = query_list.offset();
+    restore_url(al_info_array[url.first_request]);
     for (uint32_t i = url.queries_end - url.count; i < url.queries_end; ++i) {
-        alInfo& request = al_info_array[collapsed.queried[i]];
-        restore_url(request);
-        query_list.add(request.url);
+        query_list.add(al_info_array[collapsed.queried[i]].url);
     }
     return offset;
 }
@@ -71,10 +70,11 @@ int create_url_pattern() {
     return url_pattern_count++;
 }
 
-void make_url_pattern_list(const SessionOrder& session_order, QueryList& query_list) {
+void make_url_pattern_list(const SessionOrder& session_order, const RequestNumbers& numbers,
+                           QueryList& query_list) {
     DEBUG_LOG(2, fname, "Method called");
     const CollapsedRequests collapsed =
-        collapse_requests(select_requests(session_order), query_list.is_open());
+        collapse_requests(select_requests(session_order), numbers, query_list.is_open());
     for (const CollapsedUrl& url : collapsed.urls) {
         alInfo& request = al_info_array[url.first_request];
         UrlInfo& entry = add_entry(request, url.count);

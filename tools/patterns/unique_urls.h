@@ -34,7 +34,8 @@ extern int max_url_pattern;   // entries allocated
 // caller fills it.
 int create_url_pattern();
 
-// Makes the table from the request table, given the order of its records by session and time:
-// selects the requests that count, and writes the full URLs of those whose URL is cut to
-// `query_list` when it is open. Ends the run when that cannot be written.
-void make_url_pattern_list(const SessionOrder& session_order, QueryList& query_list);
+// Makes the table from the request table, given the order and the numbers of its records: selects
+// the requests that count, and writes the full URLs of those whose URL is cut to `query_list` when
+// it is open. Ends the run when that cannot be written.
+void make_url_pattern_list(const SessionOrder& session_order, const RequestNumbers& numbers,
+                           QueryList& query_list);
