@@ -1,5 +1,7 @@
 #include "tests/support/test_installation.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
@@ -28,7 +30,8 @@ void redirect(int descriptor, const fs::path& path) {
 }
 
 [[noreturn]] void become_program(const fs::path& root, const std::vector<std::string>& words,
-                                 const std::map<std::string, std::string>& environment) {
+                                 const std::map<std::string, std::string>& environment,
+                                 const std::function<void()>& preparation) {
     setenv("ZV_WDIR", root.c_str(), 1);
     setenv("TZ", "UTC", 1);
     setenv("PATH", (root / "bin").c_str(), 1);
@@ -42,10 +45,18 @@ void redirect(int descriptor, const fs::path& path) {
         arguments.push_back(const_cast<char*>(word.c_str()));
     }
     arguments.push_back(nullptr);
+    preparation();
     if (chdir(root.c_str()) == 0) {
         execv(ZVR_TOOL_PATH, arguments.data());
     }
     _exit(126);
+}
+
+std::vector<std::string> rows_after(size_t heading_lines, const std::string& text) {
+    std::vector<std::string> lines = lines_of(text);
+    const size_t count = std::min(heading_lines, lines.size());
+    lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(count));
+    return lines;
 }
 
 } // namespace
@@ -59,6 +70,33 @@ std::string RunResult::error_line(const std::string& message) {
     return "ZVR_GUI_ERROR:" + message + "\n";
 }
 
+void expect_failure(const RunResult& run, const std::string& message) {
+    EXPECT_EQ(run.output, RunResult::error_line(message));
+    EXPECT_EQ(run.status, 255);
+}
+
+void expect_some_failure(const RunResult& run) {
+    EXPECT_EQ(run.output.rfind("ZVR_GUI_ERROR:", 0), 0U) << run.output;
+    EXPECT_EQ(lines_of(run.output).size(), 1U) << run.output;
+    EXPECT_EQ(run.status, 255);
+}
+
+std::string summary_line(const Summary& summary) {
+    std::ostringstream text;
+    text << "Total=" << summary.total << ";Redirected=" << summary.redirected
+         << ";TimeBasedFiltered=" << summary.time_filtered << ";BadRequest=" << summary.bad
+         << ";NonSessionRequest=" << summary.non_session
+         << ";InlineFilteredRequest=" << summary.inline_filtered
+         << ";TotalUrlPattern=" << summary.url_patterns << "\n";
+    return text.str();
+}
+
+std::string combined_line(const LoggedRequest& request) {
+    return request.client + " - - [10/Oct/2000:" + request.time + " +0000] \"" + request.method +
+           " " + request.url + " HTTP/1.1\" " + std::to_string(request.status) +
+           (request.more.empty() ? "" : " " + request.more) + "\n";
+}
+
 TestInstallation::TestInstallation() {
     std::string name = fs::temp_directory_path() / "zvr_test.XXXXXX";
     root_ = mkdtemp(name.data());
@@ -67,11 +105,7 @@ TestInstallation::TestInstallation() {
     fs::create_directories(root_ / "bin");
     fs::create_directories(root_ / config_directory() / "../.tmp");
     write_scenario("");
-    write_settings("USER_SESSION_KEY client_ip\n"
-                   "AL_FIELD CLIENT_IP 1\n"
-                   "AL_FIELD DATE_AND_TIME 4\n"
-                   "AL_FIELD REQUEST_LINE 5\n"
-                   "AL_FIELD STATUS_CODE 6\n");
+    add_settings("");
     write_patterns("");
     write_filters("");
 }
@@ -102,6 +136,15 @@ void TestInstallation::write_settings(const std::string& text) const {
     write(profile_directory() + "/replay_settings.dat", text);
 }
 
+void TestInstallation::add_settings(const std::string& lines) const {
+    write_settings("USER_SESSION_KEY client_ip\n"
+                   "AL_FIELD CLIENT_IP 1\n"
+                   "AL_FIELD DATE_AND_TIME 4\n"
+                   "AL_FIELD REQUEST_LINE 5\n"
+                   "AL_FIELD STATUS_CODE 6\n" +
+                   lines);
+}
+
 void TestInstallation::write_patterns(const std::string& text) const {
     write(profile_directory() + "/replay_url_patterns.dat", text);
 }
@@ -121,8 +164,12 @@ void TestInstallation::write_logs(const std::vector<std::string>& texts) const {
 }
 
 void TestInstallation::write_checker(int exit_code) const {
+    write_checker_script("exit " + std::to_string(exit_code) + "\n");
+}
+
+void TestInstallation::write_checker_script(const std::string& script) const {
     const std::string path = "bin/zvr_al_gen_url_list_check";
-    write(path, "#!/bin/sh\nexit " + std::to_string(exit_code) + "\n");
+    write(path, "#!/bin/sh\n" + script);
     fs::permissions(root_ / path, fs::perms::all);
 }
 
@@ -132,6 +179,24 @@ std::string TestInstallation::result(const std::string& name) const {
 
 bool TestInstallation::has_result(const std::string& name) const {
     return exists(config_directory() + "/" + name);
+}
+
+std::vector<std::string> TestInstallation::url_rows() const {
+    return rows_after(2, result("url.list"));
+}
+
+std::vector<std::string> TestInstallation::complete_url_rows() const {
+    return rows_after(7, result("complete_url.list"));
+}
+
+std::vector<std::string> TestInstallation::debug_lines_with(const std::string& text) const {
+    std::vector<std::string> messages;
+    for (const std::string& line : debug_lines()) {
+        if (line.find(text) != std::string::npos) {
+            messages.push_back(line.substr(line.find('|') + 1));
+        }
+    }
+    return messages;
 }
 
 std::vector<std::string> TestInstallation::debug_lines() const {
@@ -155,13 +220,18 @@ RunResult TestInstallation::run_words(const std::vector<std::string>& words,
                                       const std::map<std::string, std::string>& environment) const {
     const pid_t child = fork();
     if (child == 0) {
-        become_program(root_, words, environment);
+        become_program(root_, words, environment, preparation_);
     }
     int status = 0;
     waitpid(child, &status, 0);
-    fs::remove_all("/tmp/zvr_al_gen_url_list.backup." + std::to_string(child));
+    const std::string backup = "/tmp/zvr_al_gen_url_list.backup." + std::to_string(child);
+    const bool left_backup = fs::remove_all(backup) > 0;
     return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), read("run.output"),
-            read("run.errors")};
+            read("run.errors"), backup, left_backup};
+}
+
+std::string TestInstallation::program_name() {
+    return ZVR_TOOL_PATH;
 }
 
 std::string TestInstallation::scenario_directory() {

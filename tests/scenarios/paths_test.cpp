@@ -1,0 +1,114 @@
+#include "tests/support/test_installation.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* default_project = "workspace/admin/default/quarvel/default/default";
+
+class Paths : public testing::Test {
+  protected:
+    Paths() { installation_.write_logs({combined_line()}); }
+
+    void move(const std::string& from, const std::string& to) const {
+        fs::create_directories(path(to).parent_path());
+        fs::rename(path(from), path(to));
+    }
+
+    fs::path path(const std::string& name) const { return installation_.root() / name; }
+    std::string text(const std::string& name) const { return path(name).string(); }
+
+    RunResult run_scenario(const std::string& name) const {
+        return installation_.run_words({"-s", name});
+    }
+
+    fs::perms permissions(const std::string& name) const {
+        return fs::status(path(name)).permissions();
+    }
+
+    TestInstallation installation_;
+};
+
+TEST_F(Paths, TakesAScenarioWithWorkspaceProfileAndProject) {
+    move(default_project, "workspace/w1/p1/quarvel/proj/sub");
+    for (const char* name :
+         {"w1/p1/proj/sub/web", "/w1//p1/proj/sub/web.conf", "w1/p1/proj/sub/web.config/more"}) {
+        fs::remove_all(path("workspace/w1/p1/quarvel/proj/sub/ReplayAccessLogs/web/config"));
+        EXPECT_EQ(run_scenario(name).output, summary_line({.total = 1, .url_patterns = 1}));
+        EXPECT_TRUE(installation_.exists(
+            "workspace/w1/p1/quarvel/proj/sub/ReplayAccessLogs/web/config/url.list"));
+    }
+}
+
+TEST_F(Paths, RefusesAScenarioWithFewerThanFiveParts) {
+    for (const char* name : {"a/b/c", "a//b/c/d", "/web", "a/b/c/d/"}) {
+        expect_failure(run_scenario(name), "Invalid format of Scenario name");
+    }
+}
+
+TEST_F(Paths, NamesTheFileThatIsMissing) {
+    const std::string profile = TestInstallation::profile_directory();
+    fs::remove(path(profile + "/replay_url_patterns.dat"));
+    const RunResult run = run_scenario("web");
+    expect_failure(run, "Failed to run command 'cp " + text(profile) + "/replay_settings.dat " +
+                            text(profile) + "/replay_url_patterns.dat " + text(profile) +
+                            "/replay_url_filter_patterns.dat " + run.backup_directory + "'");
+    EXPECT_TRUE(run.left_backup_directory);
+    expect_failure(run_scenario("nosuch"), "Scenario file " +
+                                               text(TestInstallation::scenario_directory()) +
+                                               "/nosuch.conf does not exist.");
+    fs::remove(path(profile + "/replay_settings.dat"));
+    expect_failure(run_scenario("web"), "'replay_settings.dat' file not found in replay profile "
+                                        "'default/default/web'");
+    fs::remove_all(path(profile));
+    expect_failure(run_scenario("web"),
+                   "Replay profile not found for scenario - 'default/default/web' at '" +
+                       text(profile) + "'");
+}
+
+TEST_F(Paths, FindsANamedReplayProfileBelowTheWorkDirectory) {
+    expect_failure(installation_.run({"-r", "p/s/other"}),
+                   "Replay profile - 'p/s/other' not found at '" +
+                       text("replay_profiles/p/s/other") + "'");
+    move(TestInstallation::profile_directory(), "replay_profiles/default/default/other");
+    EXPECT_EQ(installation_.run({"-r", "other"}).status, 0);
+    move("replay_profiles/default/default/other", "replay_profiles/p/s/other");
+    EXPECT_EQ(installation_.run({"--replay_profile=p/s/other"}).status, 0);
+}
+
+TEST_F(Paths, RefusesNamesThatDoNotFit) {
+    const std::string scenario(511, 's');
+    expect_failure(run_scenario(scenario), "Scenario file " +
+                                               text(TestInstallation::scenario_directory()) + "/" +
+                                               scenario + ".conf does not exist.");
+    const std::string workspace(256, 'w');
+    for (const std::string& name :
+         {scenario + "s", workspace + "/p/project/sub/web", "w/" + workspace + "/project/sub/web",
+          "w/p/" + scenario + "s/sub/web", "w/p/project/" + scenario + "s/web"}) {
+        expect_some_failure(run_scenario(name));
+    }
+    expect_some_failure(installation_.run({}, {{"ZV_WDIR", "/" + std::string(1023, 'd')}}));
+}
+
+TEST_F(Paths, MakesWritableDirectoriesAndPrivateFilesUnderAStrictMask) {
+    const std::string logs = std::string(default_project) + "/ReplayAccessLogs";
+    fs::remove_all(path(logs));
+    installation_.prepare_process([] { umask(077); });
+    const RunResult run = installation_.run();
+    EXPECT_EQ(run.output, summary_line({.total = 1, .url_patterns = 1}) +
+                              RunResult::error_line("Failed to copy to cache"));
+    EXPECT_EQ(run.status, 0);
+    EXPECT_FALSE(run.left_backup_directory);
+    for (const std::string& directory : {logs, logs + "/web", logs + "/web/config"}) {
+        EXPECT_EQ(permissions(directory), fs::perms::all) << directory;
+    }
+    EXPECT_EQ(permissions(logs + "/web/config/url.list"),
+              fs::perms::owner_read | fs::perms::owner_write);
+}
+
+} // namespace
