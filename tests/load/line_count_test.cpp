@@ -1,0 +1,24 @@
+#include "tools/load/line_count.h"
+
+#include "tests/unit_helpers.h"
+
+#include <algorithm>
+#include <vector>
+
+TEST(LineCount, IsTheNumberOfLineFeeds) {
+    const TemporaryDirectory directory;
+    Choices choices(7);
+    std::vector<std::string> texts = {"", "no line feed at the end", std::string(1'000'000, '\n'),
+                                      choices.text("\nabcdefgh", 1'200'000)};
+    for (int round = 0; round < 60; ++round) {
+        texts.push_back(choices.text(std::string_view("\n\n\r\0a", 5), 1000));
+    }
+    for (const std::string& text : texts) {
+        const std::string path = directory.write("lines", text);
+        EXPECT_EQ(zvr_get_total_lines_in_file(path.c_str()),
+                  static_cast<uint64_t>(std::count(text.begin(), text.end(), '\n')))
+            << text.size() << " bytes, '" << text.substr(0, 40) << "'";
+    }
+    EXPECT_EQ(zvr_get_total_lines_in_file(directory.path("missing").c_str()), 0U);
+    EXPECT_EQ(zvr_get_total_lines_in_file(directory.path().c_str()), 0U);
+}

@@ -1,0 +1,59 @@
+#include "tools/parse/client_address.h"
+
+#include "tests/unit_helpers.h"
+
+#include <cstdio>
+
+namespace {
+
+constexpr uint32_t untouched = 77;
+
+int plain_ip_addr(const char* addr, uint32_t* out) {
+    int n[4] = {-1, -1, -1, -1};
+    std::sscanf(addr, "%d.%d.%d.%d", &n[0], &n[1], &n[2], &n[3]);
+    for (const int number : n) {
+        if (number < 0 || number > 255) {
+            return -1;
+        }
+    }
+    *out = static_cast<uint32_t>(((n[0] * 256L + n[1]) * 256 + n[2]) * 256 + n[3]);
+    return 0;
+}
+
+} // namespace
+
+TEST(ClientAddress, ReadsDottedNumbers) {
+    const struct {
+        const char* text;
+        int result;
+        uint32_t address;
+    } rows[] = {
+        {"10.0.0.1", 0, 0x0a000001},   {"255.255.255.255", 0, 0xffffffff},
+        {"1.2.3.4:80", 0, 0x01020304}, {" 1.+2. 3.0004x", 0, 0x01020304},
+        {"256.1.1.1", -1, untouched},  {"1.2.3.2555", -1, untouched},
+        {"1.2.3", -1, untouched},      {"-", -1, untouched},
+    };
+    for (const auto& row : rows) {
+        uint32_t address = untouched;
+        EXPECT_EQ(zv_ip_addr(row.text, &address), row.result) << row.text;
+        EXPECT_EQ(address, row.address) << row.text;
+    }
+}
+
+TEST(ClientAddress, AgreesWithTheFormattedReader) {
+    Choices choices(2);
+    for (int round = 0; round < 20000; ++round) {
+        std::string text = std::to_string(choices.below(300));
+        for (int i = 0; i < 3; ++i) {
+            text += "." + std::to_string(choices.below(300));
+        }
+        for (size_t edits = choices.below(4); edits > 0; --edits) {
+            choices.edit(text, "0129. +-x\t");
+        }
+        uint32_t expected = untouched;
+        uint32_t address = untouched;
+        const int result = plain_ip_addr(text.c_str(), &expected);
+        EXPECT_EQ(zv_ip_addr(text.c_str(), &address), result) << '"' << text << '"';
+        EXPECT_EQ(address, expected) << '"' << text << '"';
+    }
+}

@@ -1,0 +1,81 @@
+#include "tools/parse/unaccounted_requests.h"
+
+#include "tests/unit_helpers.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+// The same slots as an array that is searched from its start.
+class PlainArray {
+  public:
+    explicit PlainArray(const std::vector<alInfo>& records) : records_(records) {}
+
+    int end_index() const { return static_cast<int>(entries_.size()); }
+
+    void add(int64_t record) {
+        const auto free = std::find(entries_.begin(), entries_.end(), -1);
+        *(free == entries_.end() ? entries_.insert(free, -1) : free) = record;
+    }
+
+    std::vector<int64_t> take(const std::string& value) {
+        std::vector<int64_t> taken;
+        for (size_t i = 0; i < entries_.size(); ++i) {
+            if (entries_[i] == -1 || records_[static_cast<size_t>(entries_[i])].akaau_id != value) {
+                continue;
+            }
+            taken.push_back(entries_[i]);
+            entries_[i] = -1;
+            if (i == entries_.size() - 1) {
+                entries_.pop_back();
+            }
+        }
+        return taken;
+    }
+
+  private:
+    const std::vector<alInfo>& records_;
+    std::vector<int64_t> entries_;
+};
+
+void set_value(alInfo& record, const std::string& value) {
+    record.akaau_id[value.copy(record.akaau_id, sizeof record.akaau_id - 1)] = '\0';
+}
+
+} // namespace
+
+TEST(UnaccountedRequests, KeepTheSlotsOfAPlainArray) {
+    Choices choices(6);
+    for (const size_t value_count : {2, 10, 200}) {
+        std::vector<alInfo> records(4000);
+        UnaccountedRequests waiting(records.data());
+        PlainArray expected(records);
+        for (int64_t next = 0; next < 4000;) {
+            const std::string value = "=k" + std::to_string(choices.below(value_count));
+            if (choices.one_in(2 + value_count / 10)) {
+                ASSERT_EQ(waiting.take(value), expected.take(value)) << value << " at " << next;
+            } else {
+                set_value(records[static_cast<size_t>(next)], value);
+                waiting.add(next);
+                expected.add(next++);
+            }
+            ASSERT_EQ(waiting.end_index(), expected.end_index()) << value << " at " << next;
+        }
+    }
+}
+
+TEST(UnaccountedRequests, AreFullByTheEndIndexEvenWithFreeSlots) {
+    std::vector<alInfo> records(max_unaccounted_requests);
+    UnaccountedRequests waiting(records.data());
+    const int last = max_unaccounted_requests - 1;
+    for (int i = 0; i <= last; ++i) {
+        ASSERT_FALSE(waiting.is_full()) << i;
+        set_value(records[static_cast<size_t>(i)], i < 10 ? "=low" : i == last ? "=top" : "=k");
+        waiting.add(i);
+    }
+    EXPECT_EQ(waiting.take("=low").size(), 10U);
+    EXPECT_TRUE(waiting.is_full());
+    EXPECT_EQ(waiting.take("=top"), std::vector<int64_t>{last});
+    EXPECT_FALSE(waiting.is_full());
+}
