@@ -1,6 +1,7 @@
 #include "tools/parse/field_splitter.h"
 
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -68,4 +69,56 @@ TEST(FieldSplitter, StopsAtTheGreatestNumberOfFields) {
     EXPECT_EQ(result.count, 25);
     EXPECT_EQ(result.fields.back(), "w24");
     EXPECT_EQ(split("a b \"not closed", 2).count, 2);
+}
+
+namespace {
+
+// The rules, one character at a time.
+SplitResult split_plainly(const std::string& line) {
+    SplitResult result = {0, {}};
+    const auto is_blank = [](char c) { return c == ' ' || c == '\t'; };
+    size_t at = line.find_first_not_of(" \t");
+    while (at < line.size()) {
+        const char first = line[at];
+        size_t end = at;
+        if (first == '"' || first == '[') {
+            const char closing = first == '"' ? '"' : ']';
+            const auto closes = [&](size_t place) {
+                const bool ends_field =
+                    first == '[' || place + 1 == line.size() || line[place + 1] == ' ';
+                return line[place] == closing && line[place - 1] != '\\' && ends_field;
+            };
+            for (end = ++at; end < line.size() && !closes(end); ++end) {
+            }
+            if (end >= line.size()) {
+                return {-1, {}};
+            }
+        } else {
+            while (end < line.size() && !is_blank(line[end])) {
+                ++end;
+            }
+        }
+        result.fields.push_back(line.substr(at, end - at));
+        if (++result.count == max_al_fields) {
+            return result;
+        }
+        at = line.find_first_not_of(" \t", end + 1);
+    }
+    return result;
+}
+
+} // namespace
+
+TEST(FieldSplitter, AgreesWithAPlainSplitter) {
+    std::mt19937 random(11);
+    for (int round = 0; round < 20000; ++round) {
+        std::string line;
+        for (size_t length = random() % 120; length != 0; --length) {
+            line += "\"\"[] \t\\a\xffzzz   "[random() % 15];
+        }
+        const SplitResult expected = split_plainly(line);
+        const SplitResult actual = split(line);
+        ASSERT_EQ(actual.count, expected.count) << line;
+        ASSERT_EQ(actual.fields, expected.fields) << line;
+    }
 }

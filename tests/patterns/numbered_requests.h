@@ -14,12 +14,12 @@ inline RequestNumbers number_requests(std::vector<alInfo>& records, Choices& cho
     for (size_t start = 0; start < records.size();) {
         const size_t size = 1 + choices.below(records.size() - start);
         alInfo* const part = &records[start];
-        RequestNumbers numbers(part);
+        RequestNumbers numbers;
         std::vector<std::pair<size_t, std::string>> waiting; // place in the part and cookie
         const auto give_session = [&] {
             const auto& [place, cookie] = waiting.back();
             std::strcpy(part[place].jsession_id, cookie.c_str());
-            numbers.change_session(place);
+            numbers.change_session(static_cast<uint32_t>(place), part[place]);
             waiting.pop_back();
         };
         for (size_t i = 0; i < size; ++i) {
@@ -27,7 +27,7 @@ inline RequestNumbers number_requests(std::vector<alInfo>& records, Choices& cho
                 waiting.emplace_back(i, part[i].jsession_id);
                 part[i].jsession_id[0] = '\0';
             }
-            numbers.add_next();
+            numbers.add(part[i]);
             if (!waiting.empty() && choices.one_in(9)) {
                 give_session();
             }

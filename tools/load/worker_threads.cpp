@@ -151,10 +151,7 @@ bool load_file(ParsingThread& thread, const parsingThreadArgs& arguments, int se
 // Body of one worker thread; `argv` is its parsingThreadArgs.
 void* process_url_files_t(void* argv) {
     parsingThreadArgs& arguments = *static_cast<parsingThreadArgs*>(argv);
-    ParsingThread thread = {
-        .thread_idx = arguments.thread_idx,
-        .numbers = RequestNumbers(arguments.al_info_array_t),
-    };
+    ParsingThread thread = {.thread_idx = arguments.thread_idx};
     UnaccountedRequests unaccounted(arguments.al_info_array_t);
     uint64_t seq_no = 0;
     const time_t start = std::time(nullptr);

@@ -121,10 +121,14 @@ void release_header_texts(ParsingThread& thread, alInfo& record) {
 
 // With queries ignored, a URL counts up to its first query separator.
 void find_counted_url(alInfo& record) {
-    const size_t length = std::strlen(record.url);
-    const size_t separator = ignore_query_flag != 0 ? std::strcspn(record.url, "?#;") : length;
-    record.ignore_query_flag = separator != length;
-    record.url_len = static_cast<int>(separator) + record.ignore_query_flag;
+    if (ignore_query_flag == 0) {
+        return;
+    }
+    const int separator = static_cast<int>(std::strcspn(record.url, "?#;"));
+    if (separator != record.url_len) {
+        record.ignore_query_flag = 1;
+        record.url_len = separator + 1;
+    }
 }
 
 bool is_request(LineText line) {
@@ -168,7 +172,7 @@ int load_url_info(ParsingThread& thread, alInfo* al_info_array_t, int seq_file_i
         }
         release_header_texts(thread, record);
         find_counted_url(record);
-        thread.numbers.add_next();
+        thread.numbers.add(record);
         ++*seq_no;
     }
     lines.require_whole(fname, file.file_name);

@@ -17,8 +17,8 @@ static_assert(sizeof(threadCounter) == 24);
 
 // What one worker thread carries from line to line. No other thread touches it.
 struct ParsingThread {
-    int thread_idx;         // number of the thread, from 0
-    RequestNumbers numbers; // of its records
+    int thread_idx;              // number of the thread, from 0
+    RequestNumbers numbers = {}; // of its records
     threadCounter counters = {};
     TextArena record_texts = {};        // URLs, hosts and locations of the accepted requests
     TextArena header_texts = {};        // cookie headers of the current line

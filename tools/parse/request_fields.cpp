@@ -166,6 +166,7 @@ void store_request(ParsingThread& thread, const RequestFields& request, const ch
 
     constexpr size_t room_for_star = 1; // and its terminator
     store_text(thread.record_texts, url_name, request.url, room_for_star, record.url);
+    record.url_len = static_cast<int>(request.url.size);
     store_text(thread.record_texts, "redirect_url", request.location, 0, record.redirect_url);
     record.host_ip =
         request.host.text == nullptr

@@ -1,9 +1,12 @@
 #pragma once
 
-#include "tools/parse/number_table.h"
 #include "tools/parse/request_record.h"
+#include "tools/parse/text_numbers.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,85 +16,75 @@
 
 struct RequestNumber {
     uint32_t session;
-    uint32_t url;
-};
-
-// The session number of requests without a session. There may be none of them.
-constexpr uint32_t no_session = 0;
-
-// A session of the requests numbered so far.
-struct NumberedSession {
-    uint32_t first_record; // not known of no_session
-    bool is_in_time_order; // as far as known: its requests stand in the table in time order
-    uint64_t first_time;   // of its first request in the table
-    uint64_t last_time;    // of its last one
+    uint32_t url : 31;
+    uint32_t is_redirect : 1; // its response sends the browser to another location
 };
 
 // Whether a request has a session: a cookie value or a client address, as session_mode has it.
 bool has_session(const alInfo& request);
 
-// The part of a request's URL that identifies its unique URL.
-inline std::string_view counted_url(const alInfo& request) {
-    return {request.url, static_cast<size_t>(request.url_len)};
-}
+// Whether the response redirects the browser to a location that is worth remembering.
+bool is_redirect(const alInfo& request);
 
 // The numbers of the requests of one table of records. One thread at a time may use it.
 class RequestNumbers {
   public:
-    // Of no table, to take others over.
-    RequestNumbers() = default;
+    // Notes the next record of the table, which must be complete. Its numbers are looked up when
+    // the next records are noted: until then, what the look-up needs has been fetched from memory.
+    void add(const alInfo& request);
 
-    // `records`: the table; its records must not move while they are numbered.
-    explicit RequestNumbers(const alInfo* records) : records_(records) {}
-
-    // Takes note of the next record of the table, which must be complete. Records are numbered in
-    // groups, so that the memory that a group's numbers are looked up in is fetched for all of it
-    // at once.
-    void add_next() {
-        if (++group_size_ == max_group_size) {
-            number_group();
-        }
-    }
-
-    // Numbers the records noted so far. To be called before the numbers are read.
-    void finish() { number_group(); }
+    // Looks up the numbers of the last records noted. To be called before numbers are read.
+    void finish();
 
     // Numbers the session of a record anew after it got one.
-    void change_session(uint64_t index);
+    void change_session(uint32_t index, const alInfo& request);
 
-    // Takes over the numbers of records that had a table of their own before they came to stand
-    // behind the records of this one. The first to be taken over bring their table with them.
+    // Takes over the numbers of records that came to stand behind the records of this table.
     void append(RequestNumbers&& other);
 
     uint32_t count() const { return static_cast<uint32_t>(numbers_.size()); }
     const RequestNumber& operator[](uint32_t index) const { return numbers_[index]; }
 
-    // By number; the first is no_session.
-    const std::vector<NumberedSession>& sessions() const { return sessions_; }
-    uint32_t url_count() const { return static_cast<uint32_t>(first_of_url_.size()); }
+    uint32_t session_count() const { return session_texts_.count(); }
+    uint32_t url_count() const { return url_texts_.count(); }
+
+    // What sessions are ordered by, byte by byte: the cookie value, or the address with its first
+    // number first.
+    std::string_view session_text(uint32_t session) const { return session_texts_.text(session); }
+
+    // Whether the session's requests are known to stand in the table in time order.
+    bool is_in_time_order(uint32_t session) const { return spans_[session].is_in_order; }
 
   private:
-    static constexpr uint32_t max_group_size = 32;
-
-    // What the numbers of a record are looked up by.
-    struct Hashes {
-        uint64_t session;
-        uint64_t url;
+    // Where and when a session's requests stand in the table.
+    struct SessionSpan {
+        bool is_in_order;     // all of them stand in time order
+        uint32_t first_index; // of the record added first
+        uint32_t last_index;  // of the record added last
+        uint64_t first_time;  // seconds
+        uint64_t last_time;
     };
 
-    void number_group();
-    void fetch_tables(uint32_t first, Hashes hashes[]) const;
-    void fetch_known_records(const Hashes hashes[]) const;
-    void fetch_known_texts(const Hashes hashes[]) const;
-    uint32_t session_number(uint32_t index, uint64_t hash);
-    uint32_t url_number(uint32_t index, uint64_t hash);
-    void extend_session(uint32_t number, const NumberedSession& part);
+    // A record that is noted and not yet numbered.
+    struct NotedRequest {
+        std::string session_text;
+        std::string url_text;
+        uint64_t session_hash;
+        uint64_t url_hash;
+        uint64_t time_stamp;
+        bool is_redirect;
+    };
+    static constexpr size_t max_noted = 3;
 
-    const alInfo* records_ = nullptr;
+    static void describe_session(const alInfo& request, std::string& text);
+    static void describe_url(const alInfo& request, std::string& text);
+    void number_oldest();
+    uint32_t number_session(std::string_view text, uint64_t hash, const SessionSpan& part);
+
+    std::array<NotedRequest, max_noted> noted_;
+    size_t noted_count_ = 0; // records noted so far, numbered or not
     std::vector<RequestNumber> numbers_;
-    uint32_t group_size_ = 0; // records noted and not yet numbered
-    NumberTable session_table_;
-    std::vector<NumberedSession> sessions_ = {{0, true, 0, 0}};
-    NumberTable url_table_;
-    std::vector<uint32_t> first_of_url_; // by number: the first record with that URL
+    TextNumbers session_texts_;
+    std::vector<SessionSpan> spans_; // by session
+    TextNumbers url_texts_;
 };

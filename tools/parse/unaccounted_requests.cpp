@@ -75,7 +75,7 @@ void update_unaccounted_array(ParsingThread& thread, alInfo* al_info_array_t, co
             continue;
         }
         std::strcpy(record.jsession_id, jsession_id);
-        thread.numbers.change_session(record.seq);
+        thread.numbers.change_session(static_cast<uint32_t>(index), record);
         DEBUG_LOG(3, fname, "Settign jsessionid for url %s", record.url);
         trace_updated(
             record.akaau_id,

@@ -1,6 +1,7 @@
 #include "tools/patterns/request_collapse.h"
 
 #include "tools/load/request_table.h"
+#include "tools/patterns/text_sort.h"
 
 #include <algorithm>
 #include <cstring>
@@ -45,6 +46,32 @@ std::vector<uint32_t> group_queried(const std::vector<uint32_t>& requests,
     return queried;
 }
 
+// Brings the URLs into the order of sort_al_by_url_method_host. Their texts are sorted first; only
+// those of one text are compared by the rest.
+void sort_urls(std::vector<CollapsedUrl>& urls) {
+    std::vector<SortableText> texts;
+    texts.reserve(urls.size());
+    for (const CollapsedUrl& url : urls) {
+        texts.push_back(
+            {al_info_array[url.first_request].url, static_cast<uint32_t>(texts.size()), 0});
+    }
+    sort_texts(texts);
+    std::vector<CollapsedUrl> sorted;
+    sorted.reserve(urls.size());
+    for (size_t i = 0; i < texts.size();) {
+        const size_t same_begin = i;
+        do {
+            sorted.push_back(urls[texts[i].number]);
+        } while (++i < texts.size() && std::strcmp(texts[i].text, texts[same_begin].text) == 0);
+        std::sort(sorted.begin() + static_cast<ptrdiff_t>(same_begin), sorted.end(),
+                  [](const CollapsedUrl& a, const CollapsedUrl& b) {
+                      return sort_al_by_url_method_host(al_info_array[a.first_request],
+                                                        al_info_array[b.first_request]) < 0;
+                  });
+    }
+    urls = std::move(sorted);
+}
+
 } // namespace
 
 int sort_al_by_url_method_host(const alInfo& a, const alInfo& b) {
@@ -68,11 +95,7 @@ CollapsedRequests collapse_requests(const std::vector<uint32_t>& requests,
     for (const CollapsedUrl& url : collapsed.urls) {
         cut_url(al_info_array[url.first_request]);
     }
-    std::sort(collapsed.urls.begin(), collapsed.urls.end(),
-              [](const CollapsedUrl& a, const CollapsedUrl& b) {
-                  return sort_al_by_url_method_host(al_info_array[a.first_request],
-                                                    al_info_array[b.first_request]) < 0;
-              });
+    sort_urls(collapsed.urls);
     return collapsed;
 }
 

@@ -28,20 +28,15 @@ bool count_non_session(alInfo& request) {
     return false;
 }
 
-bool is_redirect(const alInfo& request) {
-    const int code = request.response_code;
-    return (code == 301 || code == 302 || code == 307) && request.redirect_url != nullptr;
-}
-
 // Returns whether the request counts. One that does not may itself be redirected further.
-bool follow_redirects(alInfo& request, RedirectLocations& locations) {
+bool follow_redirects(alInfo& request, bool is_redirected, RedirectLocations& locations) {
     const bool is_follow_up = !locations.is_empty() && locations.take_follow_up(request);
     if (is_follow_up) {
         DEBUG_LOG(4, fname, "Found redirected url \"%s\", ignoring", request.url);
         request.ignore_flag = 1;
         ++g_redirected_req;
     }
-    if (is_redirect(request)) {
+    if (is_redirected) {
         locations.remember(request.redirect_url);
         DEBUG_LOG(4, fname, "Found redirection \"%s\", adding location for skipping.",
                   request.redirect_url);
@@ -51,8 +46,8 @@ bool follow_redirects(alInfo& request, RedirectLocations& locations) {
 
 } // namespace
 
-std::vector<uint32_t> select_requests(const SessionOrder& session_order) {
-    constexpr size_t look_ahead = 16; // places; the records of a session lie far apart
+std::vector<uint32_t> select_requests(const SessionOrder& session_order,
+                                      const RequestNumbers& numbers) {
     const std::vector<uint32_t>& requests = session_order.requests;
     std::vector<uint32_t> selected;
     selected.reserve(requests.size());
@@ -60,17 +55,18 @@ std::vector<uint32_t> select_requests(const SessionOrder& session_order) {
     size_t place = 0;
     for (const uint32_t session_end : session_order.session_ends) {
         locations.clear();
-        const bool is_session = has_session(al_info_array[requests[place]]);
+        // Requests without a session come before all others.
+        const bool is_session = place != 0 || has_session(al_info_array[requests[place]]);
         for (; place < session_end; ++place) {
-            if (place + look_ahead < requests.size()) {
-                __builtin_prefetch(&al_info_array[requests[place + look_ahead]].response_code);
-            }
-            alInfo& request = al_info_array[requests[place]];
-            const bool counts = !is_session               ? count_non_session(request)
-                                : auto_redirect_flag != 0 ? follow_redirects(request, locations)
-                                                          : true;
+            const uint32_t index = requests[place];
+            alInfo& request = al_info_array[index];
+            const bool is_redirected = numbers[index].is_redirect != 0;
+            const bool counts = !is_session ? count_non_session(request)
+                                : auto_redirect_flag != 0
+                                    ? follow_redirects(request, is_redirected, locations)
+                                    : true;
             if (counts) {
-                selected.push_back(requests[place]);
+                selected.push_back(index);
             }
         }
     }

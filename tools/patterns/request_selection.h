@@ -18,4 +18,5 @@ extern uint64_t
 
 // Goes through the request table session by session, sets ignore_flag in the requests that do not
 // count, and returns the indices of those that do, in that order.
-std::vector<uint32_t> select_requests(const SessionOrder& session_order);
+std::vector<uint32_t> select_requests(const SessionOrder& session_order,
+                                      const RequestNumbers& numbers);

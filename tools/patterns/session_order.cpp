@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <endian.h>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -12,40 +14,30 @@ int compare_times(const alInfo& a, const alInfo& b) {
     return a.time_stamp < b.time_stamp ? -1 : a.time_stamp > b.time_stamp;
 }
 
-// The first eight characters of the session's id, or its address: decides nearly all comparisons of
-// sessions without a look at their records.
-uint64_t order_prefix(const alInfo& request) {
-    if (session_mode != SESSION_MODE_COOKIE) {
-        return request.client_ip;
-    }
-    uint64_t prefix = 0;
-    const char* id = request.jsession_id;
-    for (int i = 0; i < 8; ++i) {
-        prefix = prefix << 8 | static_cast<unsigned char>(*id);
-        id += *id != '\0';
-    }
-    return prefix;
+// The first eight characters of a session's text, which decide nearly all comparisons.
+uint64_t order_prefix(std::string_view text) {
+    char characters[sizeof(uint64_t)] = {};
+    text.copy(characters, sizeof characters);
+    uint64_t prefix;
+    std::memcpy(&prefix, characters, sizeof prefix);
+    return be64toh(prefix);
 }
 
 struct SessionKey {
     uint64_t prefix;
-    uint32_t number;
+    uint32_t session;
 };
 
-// Session numbers in their order; no_session, which has the lowest of all ids, comes first.
-std::vector<SessionKey> sort_sessions(const alInfo* records,
-                                      const std::vector<NumberedSession>& sessions) {
-    const auto compare = session_mode == SESSION_MODE_COOKIE ? sort_al_info_using_jid_time
-                                                             : sort_al_info_using_cip_time;
-    std::vector<SessionKey> keys = {{0, no_session}};
-    keys.reserve(sessions.size());
-    for (uint32_t number = no_session + 1; number < sessions.size(); ++number) {
-        keys.push_back({order_prefix(records[sessions[number].first_record]), number});
+std::vector<SessionKey> sort_sessions(const RequestNumbers& numbers) {
+    std::vector<SessionKey> keys;
+    keys.reserve(numbers.session_count());
+    for (uint32_t session = 0; session < numbers.session_count(); ++session) {
+        keys.push_back({order_prefix(numbers.session_text(session)), session});
     }
-    std::sort(keys.begin() + 1, keys.end(), [&](const SessionKey& a, const SessionKey& b) {
-        return a.prefix != b.prefix ? a.prefix < b.prefix
-                                    : compare(records[sessions[a.number].first_record],
-                                              records[sessions[b.number].first_record]) < 0;
+    std::sort(keys.begin(), keys.end(), [&](const SessionKey& a, const SessionKey& b) {
+        return a.prefix != b.prefix
+                   ? a.prefix < b.prefix
+                   : numbers.session_text(a.session) < numbers.session_text(b.session);
     });
     return keys;
 }
@@ -62,7 +54,7 @@ std::vector<uint32_t> place_requests(const RequestNumbers& numbers,
 }
 
 std::vector<uint32_t> count_by_session(const RequestNumbers& numbers) {
-    std::vector<uint32_t> counts(numbers.sessions().size());
+    std::vector<uint32_t> counts(numbers.session_count());
     for (uint32_t i = 0; i < numbers.count(); ++i) {
         ++counts[numbers[i].session];
     }
@@ -84,26 +76,28 @@ int sort_al_info_using_cip_time(const alInfo& a, const alInfo& b) {
 }
 
 SessionOrder order_by_session(const alInfo* records, const RequestNumbers& numbers) {
-    const std::vector<SessionKey> keys = sort_sessions(records, numbers.sessions());
+    const auto compare = session_mode == SESSION_MODE_COOKIE ? sort_al_info_using_jid_time
+                                                             : sort_al_info_using_cip_time;
+    const std::vector<SessionKey> keys = sort_sessions(numbers);
     std::vector<uint32_t> places = count_by_session(numbers);
     uint32_t start = 0;
     for (const SessionKey& key : keys) {
-        start += std::exchange(places[key.number], start);
+        start += std::exchange(places[key.session], start);
     }
     SessionOrder order;
     order.requests = place_requests(numbers, places);
     auto session_start = order.requests.begin();
     for (const SessionKey& key : keys) {
-        const auto session_end = order.requests.begin() + places[key.number];
+        const auto session_end = order.requests.begin() + places[key.session];
         if (session_start == session_end) {
             continue;
         }
-        if (!numbers.sessions()[key.number].is_in_time_order) {
+        if (!numbers.is_in_time_order(key.session)) {
             std::stable_sort(session_start, session_end, [&](uint32_t a, uint32_t b) {
-                return compare_times(records[a], records[b]) < 0;
+                return compare(records[a], records[b]) < 0;
             });
         }
-        order.session_ends.push_back(places[key.number]);
+        order.session_ends.push_back(places[key.session]);
         session_start = session_end;
     }
     return order;

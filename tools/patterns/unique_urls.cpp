@@ -74,7 +74,7 @@ void make_url_pattern_list(const SessionOrder& session_order, const RequestNumbe
                            QueryList& query_list) {
     DEBUG_LOG(2, fname, "Method called");
     const CollapsedRequests collapsed =
-        collapse_requests(select_requests(session_order), numbers, query_list.is_open());
+        collapse_requests(select_requests(session_order, numbers), numbers, query_list.is_open());
     for (const CollapsedUrl& url : collapsed.urls) {
         alInfo& request = al_info_array[url.first_request];
         UrlInfo& entry = add_entry(request, url.count);
