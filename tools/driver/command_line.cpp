@@ -9,15 +9,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <getopt.h>
 
 char zvr_mode = 0;
 
-namespace {
-
-constexpr const char* fname = "main";
-
-constexpr option long_options[] = {
+const option long_options[] = {
     {"scenario", required_argument, nullptr, 's'},
     {"debug", required_argument, nullptr, 'd'},
     {"mode", required_argument, nullptr, 'm'},
@@ -28,7 +23,11 @@ constexpr option long_options[] = {
     {"akaau_trace", no_argument, nullptr, 'a'},
     {nullptr, 0, nullptr, 0},
 };
-constexpr const char* short_options = "s:d:m:r:t:cq:a";
+const char* const short_options = "s:d:m:r:t:cq:a";
+
+namespace {
+
+constexpr const char* fname = "main";
 
 void set_thread_count(const char* argument) {
     g_num_thread = std::atoi(argument);

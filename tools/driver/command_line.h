@@ -1,10 +1,17 @@
 #pragma once
 
+#include <getopt.h>
+
 // The command line. Its options are applied in the order given; of two of a kind the later one
 // counts.
 
 extern char
     zvr_mode; // 1 after option `mode` with a value that begins with "gui"; nothing depends on it
+
+// The options as getopt_long takes them. The checker command reads a run's command line with them,
+// too.
+extern const option long_options[];
+extern const char* const short_options;
 
 // Applies the options to the settings that they name (each in the header of its module). An unknown
 // option or one without its value gives an error line and is passed over. Returns whether a

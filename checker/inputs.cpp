@@ -1,0 +1,181 @@
+#include "checker/inputs.h"
+
+#include "checker/file_state.h"
+#include "checker/named_files.h"
+#include "checker/setting_lines.h"
+#include "tools/driver/paths.h"
+#include "tools/load/thread_count.h"
+#include "tools/parse/timestamps.h"
+
+#include <cstdio>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* settings_name = "replay_settings.dat";
+constexpr const char* patterns_name = "replay_url_patterns.dat";
+constexpr const char* filters_name = "replay_url_filter_patterns.dat";
+
+std::string joined(const std::string& a, const std::string& b) {
+    return a + " " + b;
+}
+
+class Collector {
+  public:
+    Collector(const RunProcess& run, const RunPlace& place, const fs::path& backup)
+        : run_(run), place_(place), backup_(backup) {}
+
+    Inputs collect() {
+        inputs_.manifest.config_directory = place_.config_directory;
+        inputs_.manifest.created = file_time_now();
+        require_unchanged_since_start();
+        collect_loading();
+        collect_classification();
+        return inputs_;
+    }
+
+  private:
+    void add_loading(const std::string& line) { inputs_.manifest.loading += line + "\n"; }
+
+    void add_classification(const std::string& line) {
+        inputs_.manifest.classification += line + "\n";
+    }
+
+    void doubt(const std::string& reason) {
+        if (inputs_.doubt.empty()) {
+            inputs_.doubt = reason;
+        }
+    }
+
+    // The run has read most of its inputs before they were copied, and reads the scenario after
+    // that. The copies are what it reads only when nobody has written to the files meanwhile.
+    void require_unchanged_since_start() {
+        const std::optional<int64_t> start = latest_start_time(run_.pid);
+        const fs::path files[] = {place_.scenario_file, place_.replay_profile_dir / settings_name,
+                                  place_.replay_profile_dir / patterns_name,
+                                  place_.replay_profile_dir / filters_name, defaults_file()};
+        for (const fs::path& file : files) {
+            if (!start || change_time(file).value_or(0) > *start) {
+                doubt(file.string() + " was changed after the run had started");
+            }
+        }
+    }
+
+    fs::path defaults_file() const { return place_.work_dir / "sys/replay_settings.default"; }
+
+    void collect_loading() {
+        add_loading(joined("version", ZVR_VERSION));
+        add_loading(joined("program", state_of(run_.program)));
+        add_loading(joined("scenario", digest_of(place_.scenario + ".conf")));
+        collect_logs();
+        collect_settings();
+        collect_time_zones();
+        add_loading(joined("num_thread", std::to_string(place_.num_thread)));
+        if (thread_count_ == 0) { // the tool then goes by the processors
+            add_loading(joined("processors", std::to_string(zvr_get_num_cpu())));
+        }
+        add_loading(joined("dump_query_url", place_.dump_query_url ? "1" : "0"));
+        add_loading(joined("akaau_trace", place_.akaau_trace ? "1" : "0"));
+        inputs_.results.trace = place_.akaau_trace;
+    }
+
+    void collect_logs() {
+        std::vector<std::string> logs;
+        if (!read_scenario_logs(backup_ / (place_.scenario + ".conf"), logs)) {
+            doubt("the copy of the scenario cannot be read");
+        }
+        for (const std::string& log : logs) {
+            const fs::path path = run_.directory / log;
+            add_loading(joined(joined("log", path), state_of(path)));
+        }
+    }
+
+    void collect_settings() {
+        SettingLines settings;
+        if (!settings.read(backup_ / settings_name)) {
+            doubt("the copy of the settings cannot be read");
+        }
+        for (const std::string& line : settings.loading_lines()) {
+            add_loading(joined("setting", line));
+        }
+        const bool cuts_queries = settings.number("IGNORE_URL_QUERY_PARAM", 0) != 0;
+        const bool dumps_queries =
+            settings.number("DUMP_QUERY_STRING_URL", place_.dump_query_url) != 0;
+        inputs_.results.query_list = cuts_queries && dumps_queries;
+        thread_count_ = settings.number("NUM_THREAD", place_.num_thread);
+        inputs_.results.non_session_counts = settings.number("IGNORE_NON_SESSION_URLS", 1) == 0;
+    }
+
+    void collect_time_zones() {
+        std::snprintf(g_wdir, sizeof g_wdir, "%s", place_.work_dir.c_str());
+        add_loading(joined("replay zone", std::to_string(get_timezone_from_default_setting())));
+        const std::string* zone = run_.variable("TZ");
+        add_loading(zone == nullptr ? "no TZ" : joined("TZ", *zone));
+        const fs::path file = zone_file(zone);
+        if (!file.empty()) {
+            add_loading(joined(joined("zone file", file), state_of(file)));
+        }
+    }
+
+    // Where the C library looks for the rules of the zone.
+    fs::path zone_file(const std::string* zone) const {
+        if (zone == nullptr) {
+            return "/etc/localtime";
+        }
+        const std::string* directory = run_.variable("TZDIR");
+        const std::string name = zone->starts_with(':') ? zone->substr(1) : *zone;
+        return name.empty()
+                   ? fs::path()
+                   : fs::path(directory == nullptr ? "/usr/share/zoneinfo" : *directory) / name;
+    }
+
+    void collect_classification() {
+        // Paths of post-data files in url.list begin as these are written.
+        add_classification(joined("ZV_WDIR", *run_.variable("ZV_WDIR")));
+        add_classification(joined("replay_profile", place_.replay_profile));
+        for (const char* name : {settings_name, patterns_name, filters_name}) {
+            add_classification(joined(name, digest_of(name)));
+        }
+        std::vector<std::string> files;
+        if (!read_post_data_files(backup_ / patterns_name, files)) {
+            doubt("the copy of the URL patterns cannot be read");
+        }
+        for (const std::string& file : files) {
+            const fs::path path = place_.replay_profile_dir / file;
+            add_classification(joined(joined("post-data file", path), state_of(path)));
+        }
+    }
+
+    std::string state_of(const fs::path& path) {
+        const std::optional<std::string> state = settled_file_state(path);
+        if (!state) {
+            doubt(path.string() + " is just being changed or is no regular file");
+        }
+        return state.value_or("unknown");
+    }
+
+    std::string digest_of(const std::string& name) {
+        const std::optional<std::string> digest = file_digest(backup_ / name);
+        if (!digest) {
+            doubt("the copy of " + name + " cannot be read");
+        }
+        return digest.value_or("unknown");
+    }
+
+    const RunProcess& run_;
+    const RunPlace& place_;
+    const fs::path& backup_;
+    int thread_count_ = 0;
+    Inputs inputs_;
+};
+
+} // namespace
+
+std::vector<std::string> input_names(const RunPlace& place) {
+    return {place.scenario + ".conf", settings_name, patterns_name, filters_name};
+}
+
+Inputs read_inputs(const RunProcess& run, const RunPlace& place, const fs::path& backup) {
+    return Collector(run, place, backup).collect();
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+// Runs of the tool as the system's process files show them.
+
+struct RunProcess {
+    pid_t pid;
+    std::vector<std::string> words;                 // command line, the program's name first
+    std::map<std::string, std::string> environment; // as the run was started with
+    std::filesystem::path directory;                // working directory
+    std::filesystem::path program;                  // leads to the program file that is executed
+
+    // Value of a variable of its environment; null when it is not set.
+    const std::string* variable(const std::string& name) const;
+};
+
+// Whether a live process of this number is a run of the tool, whoever owns it. A process that has
+// ended counts as gone even while its parent has not taken notice of it.
+bool is_live_run(pid_t pid);
+
+// The live run of this number; nothing when there is none or when it may not be looked at, as that
+// of another user.
+std::optional<RunProcess> find_run(pid_t pid);
+
+// Whether the process started the calling one, itself or through other processes.
+bool is_ancestor(pid_t pid);
+
+// The latest moment at which the process can have been started, in nanoseconds since the epoch.
+// Nothing when the process is gone.
+std::optional<int64_t> latest_start_time(pid_t pid);
