@@ -123,7 +123,7 @@ Answer answer_run(const std::string& profile_argument, pid_t pid) {
                 "process " + std::to_string(*other) + " works on the same scenario"};
     }
     Inputs inputs = read_inputs(*run, *place, *backup);
-    const Answer answer = compare(*place, inputs, *backup);
+    Answer answer = compare(*place, inputs, *backup);
     if (is_ancestor(pid)) {
         record(answer, *place, inputs, *backup);
     }

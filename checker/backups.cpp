@@ -109,7 +109,8 @@ std::optional<pid_t> find_other_run(pid_t pid, const fs::path& config_directory)
 }
 
 void remove_stale_backups() {
-    constexpr time_t day = 24 * 60 * 60;
+    constexpr time_t hour = 3600;
+    constexpr time_t day = 24 * hour;
     for (const Backup& backup : all_backups()) {
         struct stat status;
         if (is_own_directory(backup.path, status) && std::time(nullptr) - status.st_mtime > day &&

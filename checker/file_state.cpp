@@ -61,7 +61,7 @@ std::optional<std::string> settled_file_state(const fs::path& path) {
     constexpr int attempts = 4;
     constexpr useconds_t step = 20'000;
     for (int i = 0; i < attempts; ++i) {
-        const std::optional<std::string> state = file_state(path);
+        std::optional<std::string> state = file_state(path);
         if (!state || has_settled(path)) {
             return state;
         }

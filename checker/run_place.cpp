@@ -63,10 +63,11 @@ Arguments read_options(const RunProcess& run, RunPlace& place) {
 }
 
 // Components of a name; at most `max_count`, none of them empty.
-std::vector<std::string> split_name(std::string name, int max_count) {
+std::vector<std::string> split_name(const std::string& name, int max_count) {
+    std::string text = name;
     std::vector<char*> components(static_cast<size_t>(max_count));
     int count;
-    get_tokens1(name.data(), components.data(), "/", max_count, &count);
+    get_tokens1(text.data(), components.data(), "/", max_count, &count);
     return {components.begin(), components.begin() + count};
 }
 

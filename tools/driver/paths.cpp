@@ -148,19 +148,19 @@ void find_scenario_and_profile() {
 }
 
 std::string scenario_file_path() {
-    const std::string path = scenario_directory() + "/scenarios/" + scenario + ".conf";
+    std::string path = scenario_directory() + "/scenarios/" + scenario + ".conf";
     refuse_long_path(path);
     return path;
 }
 
 std::string replay_profile_file_path(const char* file_name) {
-    const std::string path = std::string(replay_profile_dir) + "/" + file_name;
+    std::string path = std::string(replay_profile_dir) + "/" + file_name;
     refuse_long_path(path);
     return path;
 }
 
 std::string config_directory() {
-    const std::string path = scenario_directory() + "/ReplayAccessLogs/" + scenario + "/config/";
+    std::string path = scenario_directory() + "/ReplayAccessLogs/" + scenario + "/config/";
     refuse_long_path(path);
     return path;
 }

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -22,7 +23,7 @@ LineReader::LineReader(int descriptor, size_t line_size)
 void LineReader::require_whole(const char* fname, const char* file_name) const {
     if (error_ != 0) {
         fatal_error(fname, "Failed to read file %s. Error = '%s'", file_name,
-                    std::strerror(error_));
+                    std::generic_category().message(error_).c_str());
     }
 }
 

@@ -43,7 +43,8 @@ ZoneText read_zone(const char* text) {
 
 // Seconds east of UTC.
 int64_t zone_offset(const ZoneText& zone) {
-    const int64_t offset = int64_t{3600} * std::atoi(zone.hours) + 60 * std::atoi(zone.minutes);
+    const int64_t offset =
+        int64_t{3600} * std::atoi(zone.hours) + int64_t{60} * std::atoi(zone.minutes);
     return zone.sign[0] == '-' ? -offset : offset;
 }
 
@@ -66,8 +67,9 @@ bool shows_same_clock(time_t moment, const tm& fields) {
 // time twice, and which of the two the library means depends on what it converted before, in any
 // thread. The first is taken, so that it does not.
 time_t convert_by_library(const CalendarTime& calendar) {
-    constexpr time_t step = 15 * 60; // clocks are set back by multiples of it
-    constexpr time_t longest = 3 * 60 * 60;
+    constexpr time_t minute = 60;
+    constexpr time_t step = 15 * minute; // clocks are set back by multiples of it
+    constexpr time_t longest = 180 * minute;
     tm fields = {};
     fields.tm_year = wrapped_difference(calendar.year, 1900);
     fields.tm_mon = wrapped_difference(calendar.month, 1);
@@ -169,7 +171,7 @@ bool read_fixed_shape(LineText timestring, CalendarTime& calendar, int64_t& log_
     shape.expect(20, ' ');
     calendar = {shape.digits(7, 4),  month_at(text + 3),  shape.digits(0, 2),
                 shape.digits(12, 2), shape.digits(15, 2), shape.digits(18, 2)};
-    log_offset = int64_t{3600} * shape.digits(22, 2) + 60 * shape.digits(24, 2);
+    log_offset = int64_t{3600} * shape.digits(22, 2) + int64_t{60} * shape.digits(24, 2);
     if (text[21] == '-') {
         log_offset = -log_offset;
     } else {
@@ -195,7 +197,7 @@ class KnownMinute {
 
     time_t second(LineText timestring) const {
         const char* seconds = timestring.text + seconds_at;
-        return start_ + 10 * (seconds[0] - '0') + (seconds[1] - '0');
+        return start_ + time_t{10} * (seconds[0] - '0') + (seconds[1] - '0');
     }
 
     // `start` is what second 00 of the minute converts to.

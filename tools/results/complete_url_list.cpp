@@ -65,13 +65,40 @@ void read_counter(LineText line) {
     fatal_error(fname, "Invalid line in complete_url.list, remove cache, and try again");
 }
 
-void read_row(LineText line, TextArena& texts) {
-    constexpr int column_count = 4; // before the URL, which may hold separators itself
-    char* const line_end = line.text + line.size;
-    char* columns[column_count];
+constexpr int column_count = 4; // before the URL, which may hold separators itself
+
+// Cuts the line at its first separators, each column for itself. False when there are too few.
+bool split_columns(char* line, char* columns[]) {
+    for (int i = 0; i < column_count; ++i) {
+        columns[i] = line;
+        line = std::strchr(line, '|');
+        if (line == nullptr) {
+            return false;
+        }
+        *line++ = '\0';
+    }
+    return true;
+}
+
+// A log may give an empty method or host, which the tokenizer would pass over.
+bool has_empty_method_or_host(const char* line) {
+    const char* separator = std::strchr(line, '|');
+    return separator == line || (separator != nullptr && separator[1] == '|');
+}
+
+bool read_columns(LineText line, char* columns[]) {
+    if (has_empty_method_or_host(line.text)) {
+        return split_columns(line.text, columns) && *columns[2] != '\0' && *columns[3] != '\0';
+    }
     int count;
     get_tokens12(line.text, columns, "|", column_count, &count);
-    if (count < column_count) {
+    return count == column_count;
+}
+
+void read_row(LineText line, TextArena& texts) {
+    char* const line_end = line.text + line.size;
+    char* columns[column_count];
+    if (!read_columns(line, columns)) {
         refuse_row();
     }
     char* const column_end = columns[column_count - 1] + std::strlen(columns[column_count - 1]);

@@ -100,10 +100,10 @@ std::string_view url_column(const UrlInfo& entry, std::string& escaped) {
 void write_row(ResultFile& file, const UrlInfo& entry, std::string& escaped) {
     const UPInfo* pattern = pattern_of(entry);
     const bool is_filtered = pattern != nullptr && entry.filter_flag != 0;
-    const int type = pattern != nullptr ? entry.request_type : REQUEST_TYPE_MAIN;
+    const char type = pattern != nullptr ? entry.request_type : REQUEST_TYPE_MAIN;
     Row row(file);
     row.add(is_filtered ? "YES" : "NO");
-    row.add(pattern_object[type]);
+    row.add(pattern_object[static_cast<unsigned char>(type)]);
     row.add(entry.method);
     row.add(url_column(entry, escaped));
     row.add_signed(static_cast<int64_t>(entry.count));
