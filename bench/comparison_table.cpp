@@ -32,7 +32,7 @@ void add_result(TextTable& table, const Comparison& comparison) {
 }
 
 void measure(TextTable& table, Comparison comparison, const BenchmarkOptions& options) {
-    run_interleaved(comparison.pair, options.runs);
+    run_interleaved(comparison.pair, options.runs, options.warm_memory);
     add_result(table, comparison);
 }
 

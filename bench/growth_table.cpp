@@ -57,7 +57,7 @@ void measure_shape(TextTable& table, const Workbench& bench, const BenchmarkOpti
         pair.push_back(bench.tool_run(std::string(shape.name) + " x " + std::to_string(factor),
                                       inputs.back(), {}));
     }
-    run_interleaved(pair, options.runs);
+    run_interleaved(pair, options.runs, options.warm_memory);
     const double ratio = median_wall(pair[1]) / median_wall(pair[0]);
     table.add_row(
         {shape.name, format_count(static_cast<double>(lines)),

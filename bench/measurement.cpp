@@ -1,5 +1,7 @@
 #include "measurement.h"
 
+#include "memory_warmup.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <numeric>
@@ -91,11 +93,14 @@ double median_outside_phases(const Measurement& measurement) {
     return median_of(measurement, outside_phases);
 }
 
-void run_interleaved(std::vector<Measurement>& measurements, unsigned runs) {
+void run_interleaved(std::vector<Measurement>& measurements, unsigned runs,
+                     std::size_t warm_memory) {
     for (unsigned run = 0; run < runs; ++run) {
         for (Measurement& measurement : measurements) {
-            if (run < measurement.most_runs)
-                run_once(measurement);
+            if (run >= measurement.most_runs)
+                continue;
+            touch_memory(warm_memory);
+            run_once(measurement);
         }
     }
 }

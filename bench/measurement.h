@@ -37,6 +37,8 @@ double median_outside_phases(const Measurement& measurement);
 
 // Runs every measurement `runs` times, one after the other in each round, so that a slow spell
 // of the machine meets them all.
-void run_interleaved(std::vector<Measurement>& measurements, unsigned runs);
+// Before each, that many bytes of memory are warmed up.
+void run_interleaved(std::vector<Measurement>& measurements, unsigned runs,
+                     std::size_t warm_memory = 0);
 
 } // namespace bench

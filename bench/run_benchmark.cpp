@@ -23,6 +23,7 @@ constexpr const char* usage_text =
     "  --sizes N,N,...          lines of the whole runs (default 250000,1000000,4000000)\n"
     "  --threads N,N,...        threads of the whole runs (default 1,2)\n"
     "  --runs N                 runs of each command (default 5)\n"
+    "  --warm-memory N          MB of memory to warm up before each run (default 2048; 0: none)\n"
     "  --slow-limit N           most lines for sort | uniq and GoAccess (default 1000000)\n"
     "  --comparison-lines N     lines of the comparisons (default 500000)\n"
     "  --growth-lines N         lines of the smaller input of each shape (default 250000)\n"
@@ -36,6 +37,7 @@ enum Option {
     opt_sizes,
     opt_threads,
     opt_runs,
+    opt_warm_memory,
     opt_slow_limit,
     opt_comparison_lines,
     opt_growth_lines,
@@ -44,13 +46,14 @@ enum Option {
     opt_help
 };
 
-constexpr std::array<option, 13> long_options = {{
+constexpr std::array<option, 14> long_options = {{
     {"tool", required_argument, nullptr, opt_tool},
     {"generator", required_argument, nullptr, opt_generator},
     {"scratch", required_argument, nullptr, opt_scratch},
     {"sizes", required_argument, nullptr, opt_sizes},
     {"threads", required_argument, nullptr, opt_threads},
     {"runs", required_argument, nullptr, opt_runs},
+    {"warm-memory", required_argument, nullptr, opt_warm_memory},
     {"slow-limit", required_argument, nullptr, opt_slow_limit},
     {"comparison-lines", required_argument, nullptr, opt_comparison_lines},
     {"growth-lines", required_argument, nullptr, opt_growth_lines},
@@ -114,6 +117,9 @@ void apply(BenchmarkOptions& options, int option, const char* argument) {
     case opt_runs:
         options.runs = read_number<unsigned>(argument);
         break;
+    case opt_warm_memory:
+        options.warm_memory = read_number<std::size_t>(argument) << 20;
+        break;
     case opt_slow_limit:
         options.slow_limit = read_number<std::uint64_t>(argument);
         break;
@@ -161,6 +167,8 @@ int main(int argc, char** argv) {
             return 2;
         }
         bench::print_machine_report();
+        std::printf("Memory warmed up before each run: %zu MB\n", options.warm_memory >> 20);
+        std::fflush(stdout);
         run_tables(options);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "run_benchmark: %s\n", error.what());

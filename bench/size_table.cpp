@@ -40,7 +40,7 @@ SizeResult measure_size(const Workbench& bench, const BenchmarkOptions& options,
     for (const unsigned threads : options.threads)
         size.measurements.push_back(
             bench.tool_run(tool_label(threads), installation, {.threads = threads}));
-    run_interleaved(size.measurements, options.runs);
+    run_interleaved(size.measurements, options.runs, options.warm_memory);
     Workbench::remove(installation);
     return size;
 }

@@ -16,6 +16,8 @@ struct BenchmarkOptions {
     std::vector<std::uint64_t> sizes = {250'000, 1'000'000, 4'000'000};
     std::vector<unsigned> threads = {1, 2};
     unsigned runs = 5;
+    // Bytes of memory that are warmed up before each run.
+    std::size_t warm_memory = std::size_t{2} << 30;
     // The slow competitors (sort | uniq, GoAccess) run only up to this many lines.
     std::uint64_t slow_limit = 1'000'000;
     // Lines of the logs that the table of comparisons uses.

@@ -1,14 +1,13 @@
 #pragma once
 
+#include "tests/support/temporary_directory.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <random>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <sys/wait.h>
@@ -43,36 +42,6 @@ class Choices {
 
   private:
     std::mt19937 engine_;
-};
-
-class TemporaryDirectory {
-  public:
-    TemporaryDirectory() {
-        std::string name = std::filesystem::temp_directory_path() / "zvr_unit.XXXXXX";
-        path_ = mkdtemp(name.data());
-    }
-    ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-    // The directory itself ends with "/".
-    std::string path(const std::string& name = "") const { return path_ / name; }
-
-    // Returns the file's path.
-    std::string write(const std::string& name, std::string_view text) const {
-        std::filesystem::create_directories((path_ / name).parent_path());
-        std::ofstream(path_ / name, std::ios::binary) << text;
-        return path(name);
-    }
-
-    std::string read(const std::string& name) const {
-        std::ostringstream text;
-        text << std::ifstream(path_ / name, std::ios::binary).rdbuf();
-        return text.str();
-    }
-
-  private:
-    std::filesystem::path path_;
 };
 
 // Runs checks in a process of their own, for code that fills global tables once, goes by settings,

@@ -8,6 +8,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -21,9 +22,6 @@ constexpr const char* checker = "bin/zvr_al_gen_url_list_check";
 constexpr const char* main_pattern = "active|main|POST|1|Order|na|d|body.txt|/order\n";
 constexpr const char* results[] = {"complete_url.list", "hosts.list", "url.list", "query_url.list"};
 
-using Words = std::vector<std::string>;
-using Environment = std::map<std::string, std::string>;
-
 std::string backup_path(pid_t pid) {
     return "/tmp/zvr_al_gen_url_list.backup." + std::to_string(pid);
 }
@@ -35,8 +33,8 @@ class Checker : public testing::Test {
         write_logs();
         installation_.add_settings("IGNORE_URL_QUERY_PARAM 1\nINLINE_OBJECT_MODE skip\n");
         installation_.write_patterns(main_pattern);
-        write_profile_file("body.txt", "order=1");
-        fs::remove_all(cache_directory());
+        installation_.write_profile("body.txt", "order=1");
+        remove(cache_path(""));
     }
 
     void write_logs() const {
@@ -45,12 +43,12 @@ class Checker : public testing::Test {
     }
 
     // Makes a run and returns what the checker answered it, -1 when it did not.
-    int answer(const Words& words = {}, const Environment& environment = {}) const {
+    int answer(const Lines& words = {}, const Environment& environment = {}) const {
         return answer_to([&] { last_run_ = installation_.run(words, environment); });
     }
 
     int answer_to(const std::function<void()>& run) const {
-        fs::remove(cache_directory() / "cache_answer.txt");
+        remove(cache_path("cache_answer.txt"));
         run();
         EXPECT_EQ(last_run_.status, 0) << last_run_.output;
         const std::string text = installation_.read(cache_path("cache_answer.txt"));
@@ -70,19 +68,35 @@ class Checker : public testing::Test {
         return answer();
     }
 
-    fs::path cache_directory() const { return installation_.root() / cache_path(""); }
-
     static std::string cache_path(const std::string& name) {
-        return fs::path(TestInstallation::config_directory()).parent_path().string() + "/.tmp/" +
-               name;
+        return project_directory + "/ReplayAccessLogs/web/.tmp/" + name;
     }
 
     static std::string result_path(const std::string& name) {
-        return TestInstallation::config_directory() + "/" + name;
+        return config_directory + "/" + name;
     }
 
-    void write_profile_file(const std::string& name, const std::string& text) const {
-        installation_.write(TestInstallation::profile_directory() + "/" + name, text);
+    bool has_manifest() const { return installation_.exists(cache_path("cache_manifest.txt")); }
+
+    void remove(const std::string& path) const { fs::remove_all(installation_.path(path)); }
+
+    // Expects each change to the cache or the results to prevent their reuse.
+    void expect_read_again(const std::vector<std::function<void()>>& changes) const {
+        for (size_t i = 0; i < changes.size(); ++i) {
+            EXPECT_EQ(answer_after(changes[i]), 1) << i;
+            remove(cache_path(""));
+        }
+    }
+
+    static std::string in_other_workspace(const std::string& path) {
+        return "workspace/w" + path.substr(std::string("workspace/admin").size());
+    }
+
+    // Copies the scenario to a workspace of its own, and returns the words for a run there.
+    Lines copy_to_other_workspace() const {
+        fs::copy(installation_.path("workspace/admin"), installation_.path("workspace/w"),
+                 fs::copy_options::recursive);
+        return {"-s", "w/default/default/default/web"};
     }
 
     void append(const std::string& path, const std::string& text) const {
@@ -94,23 +108,17 @@ class Checker : public testing::Test {
         fs::resize_file(file, fs::file_size(file) - count);
     }
 
-    void set_modified(const std::string& path, timespec time) const {
-        const timespec times[] = {time, time};
-        utimensat(AT_FDCWD, (installation_.root() / path).c_str(), times, 0);
-    }
-
-    timespec modified(const std::string& path) const {
+    // Makes a change that leaves a file its time of modification, but for some nanoseconds.
+    void keep_time(const std::string& path, long nanoseconds,
+                   const std::function<void()>& change) const {
+        const std::string file = installation_.path(path);
         struct stat status = {};
-        stat((installation_.root() / path).c_str(), &status);
-        return status.st_mtim;
-    }
-
-    std::vector<std::string> read_results() const {
-        std::vector<std::string> texts;
-        for (const char* name : results) {
-            texts.push_back(installation_.result(name));
-        }
-        return texts;
+        stat(file.c_str(), &status);
+        change();
+        timespec time = status.st_mtim;
+        time.tv_nsec += time.tv_nsec == 999'999'999 ? -nanoseconds : nanoseconds;
+        const timespec times[] = {time, time};
+        utimensat(AT_FDCWD, file.c_str(), times, 0);
     }
 
     TestInstallation installation_;
@@ -120,22 +128,11 @@ class Checker : public testing::Test {
 // A run that waits for what a pipe in place of its second log will bring, until it is killed.
 class WaitingRun {
   public:
-    explicit WaitingRun(const TestInstallation& installation, const Environment& environment = {})
-        : pipe_(installation.root() / "logs/access_1") {
+    explicit WaitingRun(const TestInstallation& installation)
+        : pipe_(installation.path("logs/access_1")) {
         fs::remove(pipe_);
         mkfifo(pipe_.c_str(), 0666);
-        pid_ = fork();
-        if (pid_ == 0) {
-            setenv("ZV_WDIR", installation.root().c_str(), 1);
-            setenv("PATH", (installation.root() / "bin").c_str(), 1);
-            for (const auto& [name, value] : environment) {
-                setenv(name.c_str(), value.c_str(), 1);
-            }
-            if (chdir(installation.root().c_str()) == 0) {
-                execl(ZVR_TOOL_PATH, ZVR_TOOL_PATH, "--scen=web", nullptr);
-            }
-            _exit(126);
-        }
+        pid_ = installation.start({"--scen=web"});
         while ((pipe_end_ = open(pipe_.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) == -1 &&
                waitpid(pid_, nullptr, WNOHANG) == 0) {
             usleep(1000);
@@ -167,27 +164,28 @@ class WaitingRun {
 TEST_F(Checker, TheFirstRunPreparesTheCacheOfTheSecond) {
     EXPECT_EQ(answer(), 1);
     const std::string summary = last_run_.output;
-    const std::vector<std::string> first_results = read_results();
+    const auto first_results = installation_.files_of(config_directory);
     EXPECT_EQ(answer(), 0);
     EXPECT_EQ(last_run_.output, lines_of(installation_.result("url.list"))[0] + "\n");
-    EXPECT_EQ(last_run_.output.substr(0, summary.size() - 1),
-              summary.substr(0, summary.size() - 1));
+    EXPECT_TRUE(last_run_.output.starts_with(summary.substr(0, summary.size() - 1)));
     EXPECT_EQ(answer(), 0);
-    EXPECT_EQ(read_results(), first_results);
+    EXPECT_EQ(installation_.files_of(config_directory), first_results);
 }
 
 TEST_F(Checker, EveryChangeOfAnInputHasItsAnswer) {
-    const std::string settings = TestInstallation::profile_directory() + "/replay_settings.dat";
-    const std::string scenario = TestInstallation::scenario_directory() + "/web.conf";
+    const std::string settings = profile_directory + "/replay_settings.dat";
+    const std::string scenario = scenario_directory + "/web.conf";
     const std::string defaults = "sys/replay_settings.default";
     const std::string log = "logs/access_0";
-    const struct {
-        const char* what;
-        int answer;
-        std::function<void()> change;
-    } cases[] = {
-        {"scenario", 1, [&] { append(scenario, "REPLAY_PERIOD START 01/01/1999 00:00:00\n"); }},
-        {"comment in scenario", 1, [&] { append(scenario, "# more\n"); }},
+    const auto change_in_place = [&] {
+        installation_.write(log, combined_line({.url = "/b?x=1"}) + combined_line({.url = "/a?y"}));
+    };
+    const auto replace_by_copy = [&] {
+        fs::copy_file(installation_.path(log), installation_.path("copy"));
+        fs::rename(installation_.path("copy"), installation_.path(log));
+    };
+    const std::tuple<const char*, int, std::function<void()>> cases[] = {
+        {"scenario", 1, [&] { append(scenario, "# more\n"); }},
         {"scenario written again", 0, [&] { append(scenario, ""); }},
         {"setting of loading", 1, [&] { append(settings, "AUTO_REDIRECT 0\n"); }},
         {"thread count", 1, [&] { append(settings, "NUM_THREAD 2\n"); }},
@@ -197,54 +195,36 @@ TEST_F(Checker, EveryChangeOfAnInputHasItsAnswer) {
         {"default host", 2, [&] { append(settings, "DEFAULT_HOST h\n"); }},
         {"new user time", 2, [&] { append(settings, "NEW_USER_TIME 01:00:00\n"); }},
         {"comment in settings", 2, [&] { append(settings, "# more\n"); }},
-        {"settings written again", 0, [&] { append(settings, ""); }},
         {"patterns", 2, [&] { installation_.write_patterns(""); }},
         {"filters", 2, [&] { installation_.write_filters("active|na|1|na|/a*\n"); }},
-        {"post-data file", 2, [&] { write_profile_file("body.txt", "order=2"); }},
+        {"post-data file", 2, [&] { installation_.write_profile("body.txt", "order=2"); }},
         {"log grown", 1, [&] { append(log, "\n"); }},
-        {"log changed in place", 1,
-         [&] {
-             const timespec time = modified(log);
-             installation_.write(log,
-                                 combined_line({.url = "/b?x=1"}) + combined_line({.url = "/a?y"}));
-             set_modified(log, time);
-         }},
-        {"log modified a nanosecond later", 1,
-         [&] {
-             timespec time = modified(log);
-             time.tv_nsec += time.tv_nsec == 999'999'999 ? -1 : 1;
-             set_modified(log, time);
-         }},
-        {"log replaced by a copy", 1,
-         [&] {
-             const timespec time = modified(log);
-             fs::copy_file(installation_.root() / log, installation_.root() / "logs/copy");
-             fs::rename(installation_.root() / "logs/copy", installation_.root() / log);
-             set_modified(log, time);
-         }},
+        {"log changed in place", 1, [&] { keep_time(log, 0, change_in_place); }},
+        {"log modified a nanosecond later", 1, [&] { keep_time(log, 1, [] {}); }},
+        {"log replaced by a copy", 1, [&] { keep_time(log, 0, replace_by_copy); }},
         {"default zone", 1, [&] { installation_.write(defaults, "GMT_OFFSET +0100\n"); }},
         {"other default", 0, [&] { append(defaults, "OTHER 1\n"); }},
-        {"defaults missing", 1, [&] { fs::remove(installation_.root() / defaults); }},
+        {"defaults missing", 1, [&] { remove(defaults); }},
     };
     const std::string original_settings = installation_.read(settings);
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.what);
-        EXPECT_EQ(answer_after(one.change), one.answer);
-        if (one.answer != 1) {
+    for (const auto& [what, expected, change] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(answer_after(change), expected);
+        if (expected != 1) {
             EXPECT_EQ(answer(), 0) << "after the change was taken up";
         }
         installation_.write(settings, original_settings);
         installation_.write(defaults, "GMT_OFFSET +0000\n");
         installation_.write_patterns(main_pattern);
         write_logs();
-        fs::remove_all(cache_directory());
+        remove(cache_path(""));
     }
 }
 
 TEST_F(Checker, OptionsThatChangeResultsPreventReuse) {
     run_in_full();
-    for (const Words& words :
-         {Words{"-t", "2"}, {"--num_thread=3"}, {"-q", "0"}, {"-q1", "-a"}, {"--dump=0"}}) {
+    for (const Lines& words :
+         {Lines{"-t", "2"}, {"--num_thread=3"}, {"-q", "0"}, {"-q1", "-a"}, {"--dump=0"}}) {
         SCOPED_TRACE(words[0]);
         EXPECT_EQ(answer(words), 1);
         EXPECT_EQ(answer(words), 0);
@@ -256,16 +236,16 @@ TEST_F(Checker, OptionsThatChangeResultsPreventReuse) {
 
 TEST_F(Checker, OneScenarioIsKnownUnderAllItsNames) {
     run_in_full();
-    for (const Words& words :
-         {Words{"-sweb.conf"},
+    for (const Lines& words :
+         {Lines{"-sweb.conf"},
           {"--scen", "web"},
           {"-d2", "-m", "gui", "-cs", "web", "-q7"},
           {"word", "-s", "other", "--scenario=/admin//default/default/default/web/more", "-t0"}}) {
         SCOPED_TRACE(words[0]);
         EXPECT_EQ(answer_to([&] { last_run_ = installation_.run_words(words); }), 0);
     }
-    fs::create_directory_symlink(installation_.root(), installation_.root() / "again");
-    const std::string again = installation_.root() / "again";
+    const std::string again = installation_.path("again");
+    fs::create_directory_symlink(installation_.root(), again);
     for (const std::string& name : {again, again + "/"}) {
         EXPECT_EQ(answer({}, {{"ZV_WDIR", name}}), 2) << "paths of post-data files begin otherwise";
     }
@@ -273,9 +253,9 @@ TEST_F(Checker, OneScenarioIsKnownUnderAllItsNames) {
 
 TEST_F(Checker, AProfileOfTheSameContentIsOnlyClassifiedAgain) {
     run_in_full();
-    fs::create_directories(installation_.root() / "replay_profiles/default/default");
-    fs::copy(installation_.root() / TestInstallation::profile_directory(),
-             installation_.root() / "replay_profiles/default/default/other");
+    fs::create_directories(installation_.path("replay_profiles/default/default"));
+    fs::copy(installation_.path(profile_directory),
+             installation_.path("replay_profiles/default/default/other"));
     EXPECT_EQ(answer({"-r", "other"}), 2);
     EXPECT_NE(installation_.result("url.list").find("/default/default/other/body.txt"),
               std::string::npos);
@@ -284,31 +264,20 @@ TEST_F(Checker, AProfileOfTheSameContentIsOnlyClassifiedAgain) {
 
 TEST_F(Checker, ScenariosOfOneNameInTwoWorkspacesAreApart) {
     run_in_full();
-    const fs::path workspaces = installation_.root() / "workspace";
-    fs::copy(workspaces / "admin", workspaces / "w", fs::copy_options::recursive);
-    const Words words = {"-s", "w/default/default/default/web"};
+    const Lines words = copy_to_other_workspace();
     EXPECT_EQ(installation_.run_words(words).status, 0);
     EXPECT_EQ(answer(), 0);
-    EXPECT_EQ(installation_
-                  .read("workspace/w/default/quarvel/default/default/ReplayAccessLogs/web/"
-                        ".tmp/cache_answer.txt")
-                  .substr(0, 2),
-              "1:");
+    const std::string other_answer = in_other_workspace(cache_path("cache_answer.txt"));
+    EXPECT_EQ(installation_.read(other_answer).substr(0, 2), "1:");
 }
 
 TEST_F(Checker, ResultsThatAreNotWholePreventReuse) {
     for (const std::string name : results) {
         const std::string path = result_path(name);
-        const std::function<void()> damages[] = {
-            [&] { fs::remove(installation_.root() / path); },
-            [&] { fs::resize_file(installation_.root() / path, 0); }, [&] { cut_end(path, 1); },
-            [&] { append(path, ""); }, // rewritten by somebody
-        };
-        for (const auto& damage : damages) {
-            SCOPED_TRACE(name);
-            EXPECT_EQ(answer_after(damage), 1);
-            fs::remove_all(cache_directory());
-        }
+        SCOPED_TRACE(name);
+        expect_read_again({[&] { remove(path); }, [&] { installation_.write(path, ""); },
+                           [&] { cut_end(path, 1); },
+                           [&] { append(path, ""); }}); // rewritten by somebody
     }
 }
 
@@ -321,14 +290,14 @@ TEST_F(Checker, DamageIsFoundWhateverTheTimesSay) {
         cut_end(result_path(name), text.size() - text.rfind('\n', text.size() - 2) - 1);
         append(cache_path("cache_manifest.txt"), "");
         EXPECT_EQ(answer(), 1);
-        fs::remove_all(cache_directory());
+        remove(cache_path(""));
     }
 }
 
 TEST_F(Checker, AnIncompleteCachePreventsReuse) {
-    const std::function<void()> damages[] = {
-        [&] { fs::remove_all(cache_directory()); },
-        [&] { fs::remove(cache_directory() / "cache_manifest.txt"); },
+    expect_read_again({
+        [&] { remove(cache_path("")); },
+        [&] { remove(cache_path("cache_manifest.txt")); },
         [&] { cut_end(cache_path("cache_manifest.txt"), 2); },
         [&] { append(cache_path("web.conf"), "\n"); },
         [&] { append(cache_path("replay_url_patterns.dat"), "\n"); },
@@ -336,11 +305,7 @@ TEST_F(Checker, AnIncompleteCachePreventsReuse) {
             append(cache_path("web.conf"), "\n");
             installation_.write_filters("active|na|1|na|/a*\n");
         },
-    };
-    for (const auto& damage : damages) {
-        EXPECT_EQ(answer_after(damage), 1);
-        fs::remove_all(cache_directory());
-    }
+    });
 }
 
 TEST_F(Checker, LevelTwoGivesTheBytesOfAFullRun) {
@@ -349,12 +314,12 @@ TEST_F(Checker, LevelTwoGivesTheBytesOfAFullRun) {
                                  "active|main|na|1|T|na|d|body.txt|/order\n");
     EXPECT_EQ(answer(), 2);
     const std::string summary = last_run_.output;
-    const std::vector<std::string> level_two = read_results();
+    const auto level_two = installation_.files_of(config_directory);
     EXPECT_EQ(answer(), 0);
     append("logs/access_0", "");
     EXPECT_EQ(answer(), 1);
     EXPECT_EQ(last_run_.output, summary);
-    EXPECT_EQ(read_results(), level_two);
+    EXPECT_EQ(installation_.files_of(config_directory), level_two);
 }
 
 TEST_F(Checker, ResultsOfALevelTwoRunRestOnTheListThatItKept) {
@@ -366,7 +331,6 @@ TEST_F(Checker, ResultsOfALevelTwoRunRestOnTheListThatItKept) {
 }
 
 TEST_F(Checker, ALogThatChangesDuringARunIsReadAgain) {
-    fs::remove(installation_.root() / checker);
     installation_.write_checker_script(std::string(ZVR_CHECKER_PATH) +
                                        " \"$@\"; code=$?; "
                                        "echo >>logs/access_0; exit $code\n");
@@ -375,10 +339,8 @@ TEST_F(Checker, ALogThatChangesDuringARunIsReadAgain) {
 }
 
 TEST_F(Checker, InputsThatChangeDuringARunAreNotRemembered) {
-    fs::remove(installation_.root() / checker);
     installation_.write_checker_script("while [ ! -e go ]; do read line </proc/uptime; done; " +
-                                       std::string("echo '# more' >>") +
-                                       TestInstallation::profile_directory() +
+                                       std::string("echo '# more' >>") + profile_directory +
                                        "/replay_settings.dat; " + ZVR_CHECKER_PATH + " \"$@\"\n");
     installation_.prepare_process([&] { // long enough for the change to come after the start
         if (fork() == 0) {
@@ -388,20 +350,20 @@ TEST_F(Checker, InputsThatChangeDuringARunAreNotRemembered) {
         }
     });
     EXPECT_EQ(answer(), 1);
-    EXPECT_FALSE(fs::exists(cache_directory() / "cache_manifest.txt"));
+    EXPECT_FALSE(has_manifest());
 }
 
 TEST_F(Checker, ARunThatFailsLeavesNothingToReuse) {
     run_in_full();
     const std::string url_list = installation_.result("url.list");
-    const fs::path path = installation_.root() / result_path("url.list");
+    const std::string path = result_path("url.list");
     installation_.write_filters("active|na|1|na|/a*\n");
-    fs::remove(path);
-    fs::create_directories(path / "in the way");
+    remove(path);
+    fs::create_directories(installation_.path(path + "/in the way"));
     expect_some_failure(installation_.run());
-    EXPECT_FALSE(fs::exists(cache_directory() / "cache_manifest.txt"));
-    fs::remove_all(path);
-    installation_.write(result_path("url.list"), url_list);
+    EXPECT_FALSE(has_manifest());
+    remove(path);
+    installation_.write(path, url_list);
     EXPECT_EQ(answer(), 1);
 }
 
@@ -411,13 +373,9 @@ TEST_F(Checker, ASecondLiveRunIsRefused) {
     ASSERT_TRUE(fs::exists(backup_path(waiting.pid())));
     expect_failure(installation_.run(),
                    "Url list processing Tool is already running, first close that and run again");
-    const std::string elsewhere = "workspace/w/default/quarvel/default/default";
-    fs::create_directories((installation_.root() / elsewhere).parent_path());
-    fs::copy(installation_.root() / "workspace/admin/default/quarvel/default/default",
-             installation_.root() / elsewhere, fs::copy_options::recursive);
-    installation_.write(elsewhere + "/scenarios/web.conf", "");
-    EXPECT_EQ(installation_.run_words({"-s", "w/default/default/default/web"}).status, 0)
-        << "another scenario of the same name";
+    const Lines words = copy_to_other_workspace();
+    installation_.write(in_other_workspace(scenario_directory) + "/web.conf", "");
+    EXPECT_EQ(installation_.run_words(words).status, 0) << "another scenario of the same name";
 
     waiting.end();
     ASSERT_TRUE(fs::exists(backup_path(waiting.pid())));
@@ -428,7 +386,7 @@ TEST_F(Checker, ASecondLiveRunIsRefused) {
 
 TEST_F(Checker, ABackupWhoseNumberBelongsToAnotherProgramDoesNotCount) {
     run_in_full();
-    fs::copy(cache_directory(), backup_path(getpid()));
+    fs::copy(installation_.path(cache_path("")), backup_path(getpid()));
     EXPECT_EQ(answer(), 0);
     fs::remove_all(backup_path(getpid()));
 }

@@ -67,16 +67,6 @@ std::string random_bytes(Choices& choices, size_t usual_length, size_t total) {
     return bytes;
 }
 
-// Names only the first line that differs; they are long.
-void expect_same(const Lines& lines, const Lines& expected, size_t line_size) {
-    const auto [line, other] =
-        std::mismatch(lines.begin(), lines.end(), expected.begin(), expected.end());
-    EXPECT_TRUE(line == lines.end() && other == expected.end())
-        << "limit " << line_size << ", line " << line - lines.begin() << " of " << lines.size()
-        << ", not " << expected.size() << " lines"
-        << (line == lines.end() ? "" : " begins '" + line->substr(0, 30) + "'");
-}
-
 } // namespace
 
 TEST(LineReader, GivesTheLinesOfALineByLineReader) {
@@ -84,8 +74,6 @@ TEST(LineReader, GivesTheLinesOfALineByLineReader) {
     const size_t rows[][3] = {
         // limit, usual length of a line, bytes
         {2, 2, 3000},
-        {3, 3, 3000},
-        {10, 10, 20'000},
         {4096, 4096, 600'000},
         {102400, 102400, 1'500'000},
         {unlimited, 50, 20'000},
@@ -101,8 +89,9 @@ TEST(LineReader, GivesTheLinesOfALineByLineReader) {
             std::rewind(file);
             const Lines expected = plain_lines(file, line_size);
             std::fclose(file);
-            expect_same(lines, expected, line_size);
-            expect_same(read_through_pipe(bytes, line_size, choices), expected, line_size);
+            EXPECT_TRUE(lines == expected) << "limit " << line_size;
+            EXPECT_TRUE(read_through_pipe(bytes, line_size, choices) == expected)
+                << "limit " << line_size;
         }
     }
 }

@@ -122,18 +122,6 @@ void expect_time(time_t converted, const PlainTime& expected, const std::string&
 
 } // namespace
 
-TEST(Timestamps, ConvertOneInstantFromAllForms) {
-    in_zone("IST-5:30", [] {
-        const time_t instant = 971211336; // 20:55:36 UTC on the day
-        EXPECT_EQ(convert("10/Oct/2000:13:55:36 -0700"), instant);
-        EXPECT_EQ(convert("9/Oct/2000:44:55:36 +0000 and more"), instant);
-        EXPECT_EQ(convert_iis("2000-10-10", "20:55:36"), instant);
-        EXPECT_EQ(convert_iis("2000-9-40", "20:54:96"), instant);
-        EXPECT_EQ(convert("10/Oct/2000:13:55:36"), -1);
-        EXPECT_EQ(convert_iis("2000-10-10", "20:55"), -1);
-    });
-}
-
 TEST(Timestamps, AgreeWithTheLibraryInEveryZone) {
     for (const char* zone : zones) {
         in_zone(zone, [] {

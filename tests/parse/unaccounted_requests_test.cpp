@@ -39,10 +39,6 @@ class PlainArray {
     std::vector<int64_t> entries_;
 };
 
-void set_value(alInfo& record, const std::string& value) {
-    record.akaau_id[value.copy(record.akaau_id, sizeof record.akaau_id - 1)] = '\0';
-}
-
 } // namespace
 
 TEST(UnaccountedRequests, KeepTheSlotsOfAPlainArray) {
@@ -56,26 +52,11 @@ TEST(UnaccountedRequests, KeepTheSlotsOfAPlainArray) {
             if (choices.one_in(2 + value_count / 10)) {
                 ASSERT_EQ(waiting.take(value), expected.take(value)) << value << " at " << next;
             } else {
-                set_value(records[static_cast<size_t>(next)], value);
+                value.copy(records[static_cast<size_t>(next)].akaau_id, value.size());
                 waiting.add(next);
                 expected.add(next++);
             }
             ASSERT_EQ(waiting.end_index(), expected.end_index()) << value << " at " << next;
         }
     }
-}
-
-TEST(UnaccountedRequests, AreFullByTheEndIndexEvenWithFreeSlots) {
-    std::vector<alInfo> records(max_unaccounted_requests);
-    UnaccountedRequests waiting(records.data());
-    const int last = max_unaccounted_requests - 1;
-    for (int i = 0; i <= last; ++i) {
-        ASSERT_FALSE(waiting.is_full()) << i;
-        set_value(records[static_cast<size_t>(i)], i < 10 ? "=low" : i == last ? "=top" : "=k");
-        waiting.add(i);
-    }
-    EXPECT_EQ(waiting.take("=low").size(), 10U);
-    EXPECT_TRUE(waiting.is_full());
-    EXPECT_EQ(waiting.take("=top"), std::vector<int64_t>{last});
-    EXPECT_FALSE(waiting.is_full());
 }

@@ -1,22 +1,18 @@
 #include "tools/patterns/text_sort.h"
 
+#include "tests/unit_helpers.h"
+
 #include <algorithm>
-#include <cstring>
-#include <gtest/gtest.h>
-#include <random>
-#include <string>
 #include <vector>
 
 // Texts that share long beginnings, hold bytes above 127 and end where others go on.
 TEST(TextSort, GivesTheOrderOfAPlainSort) {
-    std::mt19937 random(7);
+    Choices choices(7);
     for (int round = 0; round < 200; ++round) {
-        std::vector<std::string> texts(random() % 400);
+        std::vector<std::string> texts(choices.below(400));
         for (std::string& text : texts) {
-            text = random() % 3 == 0 ? "/a/long/common/beginning/of/many/" : "/";
-            for (size_t length = random() % 20; length != 0; --length) {
-                text += "ab\xe4\x01"[random() % 4];
-            }
+            text = choices.one_in(3) ? "/a/long/common/beginning/of/many/" : "/";
+            text += choices.text("ab\xe4\x01", 19);
         }
         std::vector<SortableText> sortable;
         for (uint32_t i = 0; i < texts.size(); ++i) {
@@ -28,10 +24,7 @@ TEST(TextSort, GivesTheOrderOfAPlainSort) {
             EXPECT_STREQ(text.text, texts[text.number].c_str());
             sorted.emplace_back(text.text);
         }
-        std::stable_sort(texts.begin(), texts.end(),
-                         [](const std::string& a, const std::string& b) {
-                             return std::strcmp(a.c_str(), b.c_str()) < 0;
-                         });
+        std::sort(texts.begin(), texts.end()); // by unsigned characters, as strcmp does
         ASSERT_EQ(sorted, texts) << "round " << round;
     }
 }

@@ -8,6 +8,7 @@
 #include "tools/patterns/session_order.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <deque>
 #include <tuple>
@@ -26,11 +27,7 @@ struct Request {
 };
 
 // What comes out: the table, a line an entry, the query lines and the counters, one text each.
-struct Outcome {
-    std::string table;
-    std::string queries;
-    std::string counters;
-};
+using Outcome = std::array<std::string, 3>;
 
 struct CountedRequest {
     std::string cut_url;
@@ -112,10 +109,9 @@ Outcome plain_unique_urls(std::vector<Request> requests) {
                                is_cut ? request.url : "", &request});
         }
     }
-    Outcome outcome;
-    outcome.table = plain_collapse(std::move(counted), outcome.queries);
-    outcome.counters = counters(redirected, non_session, with_secondary_cookie);
-    return outcome;
+    std::string queries;
+    const std::string table = plain_collapse(std::move(counted), queries);
+    return {table, queries, counters(redirected, non_session, with_secondary_cookie)};
 }
 
 Outcome make_unique_urls(const std::vector<Request>& requests) {
@@ -154,15 +150,14 @@ Outcome make_unique_urls(const std::vector<Request>& requests) {
     EXPECT_EQ(std::filesystem::exists(directory.path("query_url.list")),
               dump_query_flag != 0 && ignore_query_flag != 0);
 
-    Outcome outcome = {"", directory.read("query_url.list"),
-                       counters(g_redirected_req, g_total_non_session_req,
-                                g_total_non_session_with_secondary_cookie)};
+    std::string table;
     for (int i = 0; i < url_pattern_count; ++i) {
         const UrlInfo& entry = url_pattern[i];
-        outcome.table +=
-            row(entry.method, entry.host_hdr, entry.count, entry.url, entry.query_url_offset);
+        table += row(entry.method, entry.host_hdr, entry.count, entry.url, entry.query_url_offset);
     }
-    return outcome;
+    return {table, directory.read("query_url.list"),
+            counters(g_redirected_req, g_total_non_session_req,
+                     g_total_non_session_with_secondary_cookie)};
 }
 
 std::vector<Request> random_requests(Choices& choices, size_t count, std::string_view letters,
@@ -187,14 +182,6 @@ std::vector<Request> random_requests(Choices& choices, size_t count, std::string
     return requests;
 }
 
-void expect_plain_outcome(const std::vector<Request>& requests) {
-    const Outcome expected = plain_unique_urls(requests);
-    const Outcome outcome = make_unique_urls(requests);
-    EXPECT_EQ(outcome.table, expected.table);
-    EXPECT_EQ(outcome.queries, expected.queries);
-    EXPECT_EQ(outcome.counters, expected.counters);
-}
-
 } // namespace
 
 TEST(UniqueUrls, AgreeWithThePlainFormInAllSettings) {
@@ -208,7 +195,7 @@ TEST(UniqueUrls, AgreeWithThePlainFormInAllSettings) {
             dump_query_flag = settings >> 2 & 1;
             auto_redirect_flag = settings >> 3 & 1;
             ignore_non_session_urls = settings >> 4 & 1;
-            expect_plain_outcome(requests);
+            EXPECT_EQ(make_unique_urls(requests), plain_unique_urls(requests));
         });
     }
 }
@@ -218,6 +205,6 @@ TEST(UniqueUrls, AgreeWithThePlainFormBeyondTheFirstTable) {
     const auto requests = random_requests(choices, 30'000, "0123456789;", 5);
     run_in_child([&] {
         ignore_query_flag = 1;
-        expect_plain_outcome(requests);
+        EXPECT_EQ(make_unique_urls(requests), plain_unique_urls(requests));
     });
 }

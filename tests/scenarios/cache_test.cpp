@@ -5,7 +5,6 @@
 #include <map>
 #include <string>
 #include <unistd.h>
-#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -20,28 +19,15 @@ class Cache : public testing::Test {
   protected:
     Cache() { installation_.write_logs({combined_line()}); }
 
-    void write_result(const std::string& name, const std::string& text) const {
-        installation_.write(TestInstallation::config_directory() + "/" + name, text);
-    }
-
-    std::map<std::string, std::string> files_of(const std::string& directory) const {
-        std::map<std::string, std::string> files;
-        for (const auto& entry : fs::directory_iterator(installation_.root() / directory)) {
-            const std::string name = entry.path().filename();
-            files[name] = installation_.read(directory + "/" + name);
-        }
-        return files;
-    }
-
     std::string config_path(const std::string& name) const {
-        return (installation_.root() / TestInstallation::config_directory()).string() + "//" + name;
+        return installation_.path(config_directory) + "//" + name;
     }
 
     TestInstallation installation_;
 };
 
 TEST_F(Cache, AnswersOtherThanTheKnownOnesRunFromTheStart) {
-    write_result("url.list", "an old summary\n");
+    installation_.write_result("url.list", "an old summary\n");
     for (const char* script : {"exit 1", "exit 3", "exit 254", "kill -9 $$", "kill -15 $$"}) {
         SCOPED_TRACE(script);
         installation_.write_checker_script(script);
@@ -71,33 +57,30 @@ TEST_F(Cache, ShowsTheCheckerTheInputsOfThisRun) {
     const std::string process = run.backup_directory.substr(run.backup_directory.rfind('.') + 1);
     EXPECT_EQ(installation_.read("arguments"), "/default/default/web.conf\n" + process + "\n");
 
-    const std::string profile = TestInstallation::profile_directory();
     const std::map<std::string, std::string> inputs = {
-        {"web.conf", installation_.read(TestInstallation::scenario_directory() + "/web.conf")},
-        {"replay_settings.dat", installation_.read(profile + "/replay_settings.dat")},
+        {"web.conf", installation_.read(scenario_directory + "/web.conf")},
+        {"replay_settings.dat", installation_.read(profile_directory + "/replay_settings.dat")},
         {"replay_url_patterns.dat", "#patterns\n"},
         {"replay_url_filter_patterns.dat", ""}};
-    EXPECT_EQ(files_of("seen"), inputs);
-    EXPECT_EQ(files_of(TestInstallation::config_directory() + "/../.tmp"), inputs);
+    EXPECT_EQ(installation_.files_of("seen"), inputs);
+    EXPECT_EQ(installation_.files_of(config_directory + "/../.tmp"), inputs);
 }
 
 TEST_F(Cache, NamesAreOnlyNames) {
-    const std::string directory = TestInstallation::scenario_directory() + "/../";
-    for (const char* name : {"a b", "x;touch hit", "$(touch hit)", "`touch hit`", "*", "'\"&"}) {
+    for (const std::string name :
+         {"a b", "x;touch hit", "$(touch hit)", "`touch hit`", "*", "'\"&"}) {
         SCOPED_TRACE(name);
-        const fs::path project = installation_.root() / directory;
-        fs::copy(project / "scenarios/web.conf",
-                 project / "scenarios" / (name + std::string(".conf")));
+        const fs::path project = installation_.root() / project_directory;
+        fs::copy(project / "scenarios/web.conf", project / ("scenarios/" + name + ".conf"));
         fs::copy(project / "replay_profiles/web", project / "replay_profiles" / name);
-        const std::string results = directory + "ReplayAccessLogs/" + name;
-        fs::create_directories(installation_.root() / (results + "/.tmp"));
+        const std::string cache = project_directory + "/ReplayAccessLogs/" + name + "/.tmp";
+        fs::create_directories(installation_.path(cache));
         installation_.write_checker_script("printf '%s\\n' \"$1\" > arguments; exit 1\n");
 
         const RunResult run = installation_.run_words({"-s", name});
         EXPECT_EQ(run.output, summary_line({.total = 1, .url_patterns = 1}));
-        EXPECT_EQ(installation_.read("arguments"),
-                  "/default/default/" + std::string(name) + ".conf\n");
-        EXPECT_EQ(files_of(results + "/.tmp").size(), 4U);
+        EXPECT_EQ(installation_.read("arguments"), "/default/default/" + name + ".conf\n");
+        EXPECT_EQ(installation_.files_of(cache).size(), 4U);
         EXPECT_FALSE(run.left_backup_directory);
     }
     EXPECT_FALSE(installation_.exists("hit"));
@@ -106,24 +89,25 @@ TEST_F(Cache, NamesAreOnlyNames) {
 TEST_F(Cache, LevelOnePrintsTheOldFirstLineAndTouchesNothing) {
     installation_.write_checker(0);
     expect_failure(installation_.run(), "Failed to open url.list file");
-    write_result("url.list", "");
+    installation_.write_result("url.list", "");
     EXPECT_EQ(installation_.run().output, summary_line({.total = 1, .url_patterns = 1}));
-    write_result("url.list", "Total=7;TotalUrlPattern=3   \nthe rest\n");
-    const auto results = files_of(TestInstallation::config_directory());
+    installation_.write_result("url.list", "Total=7;TotalUrlPattern=3   \nthe rest\n");
+    const auto results = installation_.files_of(config_directory);
     const RunResult run = installation_.run({"-d", "2"});
     EXPECT_EQ(run.output, "Total=7;TotalUrlPattern=3   \n");
     EXPECT_EQ(run.status, 0);
     EXPECT_TRUE(run.left_backup_directory);
-    EXPECT_EQ(files_of(TestInstallation::config_directory()), results);
+    EXPECT_EQ(installation_.files_of(config_directory), results);
     EXPECT_EQ(installation_.debug_lines().back(), "main|Output will be given from cache.");
 }
 
 TEST_F(Cache, LevelTwoReadsTheOldListInsteadOfTheLogs) {
     const std::string method(17, 'M');
-    write_result("complete_url.list", counter_lines + std::string("GET|h2|2|-1|/a|b||c\n\n") +
-                                          method + "|NA|0x10|45|/d?*\nget|h1|3|0|/e|\n");
-    write_result("query_url.list", "old queries\n");
-    write_result("akaau.trace", "old trace\n");
+    installation_.write_result("complete_url.list",
+                               counter_lines + std::string("GET|h2|2|-1|/a|b||c\n\n") + method +
+                                   "|NA|0x10|45|/d?*\nget|h1|3|0|/e|\n");
+    installation_.write_result("query_url.list", "old queries\n");
+    installation_.write_result("akaau.trace", "old trace\n");
     installation_.write_scenario("REPLAY_LOG_FILE logs/nosuch x 0 HTTP\n");
     installation_.write_checker(2);
     const RunResult run = installation_.run({"-a"});
@@ -131,9 +115,9 @@ TEST_F(Cache, LevelTwoReadsTheOldListInsteadOfTheLogs) {
                           "NonSessionRequest=4;NonSessionRequestWithSecondaryCookie=2;"
                           "InlineFilteredRequest=0;TotalUrlPattern=3\n");
     EXPECT_EQ(installation_.url_rows(),
-              (std::vector<std::string>{"NO|MAIN|GET|/a&#124;b&#124;&#124;c|2|NA|h2|-1|NA|NA",
-                                        "NO|MAIN|" + method.substr(1) + "|/d?*|16|NA|NA|45|NA|NA",
-                                        "NO|MAIN|get|/e&#124;|3|NA|h1|0|NA|NA"}));
+              (Lines{"NO|MAIN|GET|/a&#124;b&#124;&#124;c|2|NA|h2|-1|NA|NA",
+                     "NO|MAIN|" + method.substr(1) + "|/d?*|16|NA|NA|45|NA|NA",
+                     "NO|MAIN|get|/e&#124;|3|NA|h1|0|NA|NA"}));
     EXPECT_EQ(installation_.result("hosts.list"), "NA\nh1\nh2\n");
     EXPECT_EQ(installation_.result("query_url.list"), "old queries\n");
     EXPECT_EQ(installation_.result("akaau.trace"), "old trace\n");
@@ -144,11 +128,11 @@ TEST_F(Cache, LevelTwoRefusesADamagedList) {
     installation_.write_checker(2);
     expect_failure(installation_.run(),
                    "Failed to open cache file " + config_path("complete_url.list"));
-    write_result("complete_url.list", "");
+    installation_.write_result("complete_url.list", "");
     expect_failure(installation_.run(),
                    "Failed to count number of lines from file " + config_path("complete_url.list"));
-    for (const char* row : {"GET|h|1\n", "GET|h|1|-1\n", "GET||1|-1|/a\n", "nothing\n"}) {
-        write_result("complete_url.list", counter_lines + std::string(row));
+    for (const char* row : {"GET|h|1\n", "GET|h|1|-1\n", "GET|||-1|/a\n", "nothing\n"}) {
+        installation_.write_result("complete_url.list", counter_lines + std::string(row));
         const RunResult run = installation_.run();
         expect_failure(run, "Invalid line in complete_url.list, remove cache, and try again");
         EXPECT_FALSE(installation_.has_result("url.list"));

@@ -9,33 +9,26 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* default_project = "workspace/admin/default/quarvel/default/default";
-
 class Paths : public testing::Test {
   protected:
     Paths() { installation_.write_logs({combined_line()}); }
 
     void move(const std::string& from, const std::string& to) const {
-        fs::create_directories(path(to).parent_path());
+        fs::create_directories(fs::path(path(to)).parent_path());
         fs::rename(path(from), path(to));
     }
 
-    fs::path path(const std::string& name) const { return installation_.root() / name; }
-    std::string text(const std::string& name) const { return path(name).string(); }
+    std::string path(const std::string& name) const { return installation_.path(name); }
 
     RunResult run_scenario(const std::string& name) const {
         return installation_.run_words({"-s", name});
-    }
-
-    fs::perms permissions(const std::string& name) const {
-        return fs::status(path(name)).permissions();
     }
 
     TestInstallation installation_;
 };
 
 TEST_F(Paths, TakesAScenarioWithWorkspaceProfileAndProject) {
-    move(default_project, "workspace/w1/p1/quarvel/proj/sub");
+    move(project_directory, "workspace/w1/p1/quarvel/proj/sub");
     for (const char* name :
          {"w1/p1/proj/sub/web", "/w1//p1/proj/sub/web.conf", "w1/p1/proj/sub/web.config/more"}) {
         fs::remove_all(path("workspace/w1/p1/quarvel/proj/sub/ReplayAccessLogs/web/config"));
@@ -52,30 +45,29 @@ TEST_F(Paths, RefusesAScenarioWithFewerThanFiveParts) {
 }
 
 TEST_F(Paths, NamesTheFileThatIsMissing) {
-    const std::string profile = TestInstallation::profile_directory();
-    fs::remove(path(profile + "/replay_url_patterns.dat"));
+    const std::string profile = path(profile_directory);
+    fs::remove(profile + "/replay_url_patterns.dat");
     const RunResult run = run_scenario("web");
-    expect_failure(run, "Failed to run command 'cp " + text(profile) + "/replay_settings.dat " +
-                            text(profile) + "/replay_url_patterns.dat " + text(profile) +
+    expect_failure(run, "Failed to run command 'cp " + profile + "/replay_settings.dat " + profile +
+                            "/replay_url_patterns.dat " + profile +
                             "/replay_url_filter_patterns.dat " + run.backup_directory + "'");
     EXPECT_TRUE(run.left_backup_directory);
-    expect_failure(run_scenario("nosuch"), "Scenario file " +
-                                               text(TestInstallation::scenario_directory()) +
-                                               "/nosuch.conf does not exist.");
-    fs::remove(path(profile + "/replay_settings.dat"));
+    expect_failure(run_scenario("nosuch"),
+                   "Scenario file " + path(scenario_directory) + "/nosuch.conf does not exist.");
+    fs::remove(profile + "/replay_settings.dat");
     expect_failure(run_scenario("web"), "'replay_settings.dat' file not found in replay profile "
                                         "'default/default/web'");
-    fs::remove_all(path(profile));
+    fs::remove_all(profile);
     expect_failure(run_scenario("web"),
-                   "Replay profile not found for scenario - 'default/default/web' at '" +
-                       text(profile) + "'");
+                   "Replay profile not found for scenario - 'default/default/web' at '" + profile +
+                       "'");
 }
 
 TEST_F(Paths, FindsANamedReplayProfileBelowTheWorkDirectory) {
     expect_failure(installation_.run({"-r", "p/s/other"}),
                    "Replay profile - 'p/s/other' not found at '" +
-                       text("replay_profiles/p/s/other") + "'");
-    move(TestInstallation::profile_directory(), "replay_profiles/default/default/other");
+                       path("replay_profiles/p/s/other") + "'");
+    move(profile_directory, "replay_profiles/default/default/other");
     EXPECT_EQ(installation_.run({"-r", "other"}).status, 0);
     move("replay_profiles/default/default/other", "replay_profiles/p/s/other");
     EXPECT_EQ(installation_.run({"--replay_profile=p/s/other"}).status, 0);
@@ -83,8 +75,7 @@ TEST_F(Paths, FindsANamedReplayProfileBelowTheWorkDirectory) {
 
 TEST_F(Paths, RefusesNamesThatDoNotFit) {
     const std::string scenario(511, 's');
-    expect_failure(run_scenario(scenario), "Scenario file " +
-                                               text(TestInstallation::scenario_directory()) + "/" +
+    expect_failure(run_scenario(scenario), "Scenario file " + path(scenario_directory) + "/" +
                                                scenario + ".conf does not exist.");
     const std::string workspace(256, 'w');
     for (const std::string& name :
@@ -96,7 +87,7 @@ TEST_F(Paths, RefusesNamesThatDoNotFit) {
 }
 
 TEST_F(Paths, MakesWritableDirectoriesAndPrivateFilesUnderAStrictMask) {
-    const std::string logs = std::string(default_project) + "/ReplayAccessLogs";
+    const std::string logs = project_directory + "/ReplayAccessLogs";
     fs::remove_all(path(logs));
     installation_.prepare_process([] { umask(077); });
     const RunResult run = installation_.run();
@@ -105,9 +96,9 @@ TEST_F(Paths, MakesWritableDirectoriesAndPrivateFilesUnderAStrictMask) {
     EXPECT_EQ(run.status, 0);
     EXPECT_FALSE(run.left_backup_directory);
     for (const std::string& directory : {logs, logs + "/web", logs + "/web/config"}) {
-        EXPECT_EQ(permissions(directory), fs::perms::all) << directory;
+        EXPECT_EQ(fs::status(path(directory)).permissions(), fs::perms::all) << directory;
     }
-    EXPECT_EQ(permissions(logs + "/web/config/url.list"),
+    EXPECT_EQ(fs::status(path(logs + "/web/config/url.list")).permissions(),
               fs::perms::owner_read | fs::perms::owner_write);
 }
 

@@ -4,32 +4,8 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/resource.h>
-#include <vector>
 
 namespace {
-
-using Rows = std::vector<std::string>;
-
-TEST(Results, KeepTheirFormsToTheByte) {
-    TestInstallation installation;
-    installation.write_logs({combined_line({.url = "/a|b||"}) + combined_line({.url = "/c"})});
-    const std::string summary = summary_line({.total = 2, .url_patterns = 2});
-    std::string traced = summary;
-    traced.insert(traced.find("Inline"), "NonSessionRequestWithSecondaryCookie=0;");
-    EXPECT_EQ(installation.run().output, summary);
-    EXPECT_EQ(installation.run({"-a"}).output, traced);
-    EXPECT_EQ(installation.result("url.list"),
-              summary.substr(0, summary.size() - 1) + std::string(512 - summary.size(), ' ') +
-                  "\nFilter|Type|Method|URL|Count|Txn-Name|Host|Query_File_Offset|POST-DATA_FILE|"
-                  "URL-Pattern\n"
-                  "NO|MAIN|GET|/a&#124;b&#124;&#124;|1|NA|NA|-1|NA|NA\n"
-                  "NO|MAIN|GET|/c|1|NA|NA|-1|NA|NA\n");
-    EXPECT_EQ(installation.result("complete_url.list"),
-              "#TOTAL_URLS=2\n#REDIRECTED_URLS=0\n#TIME_FILTERED_URLS=0\n#BAD_URLS=0\n"
-              "#NON_SESSION_URLS=0\n#NON_SESSION_URLS_WITH_SECONDARY_COOKIE=0\n"
-              "#Method|Host|Count|Query_Offset|Url\nGET|NA|1|-1|/a|b||\nGET|NA|1|-1|/c\n");
-    EXPECT_EQ(installation.result("hosts.list"), "NA\n");
-}
 
 // The host column takes the pattern's host, then the URL's own.
 TEST(Results, ShowTheHostThatApplies) {
@@ -44,9 +20,9 @@ TEST(Results, ShowTheHostThatApplies) {
                              combined_line({.url = "/two", .more = "-"})});
     installation.run();
     EXPECT_EQ(installation.url_rows(),
-              (Rows{"NO|MAIN|GET|/any|1|T|h1|-1|NA|/any", "NO|MAIN|GET|/any|1|T|NA|-1|NA|/any",
-                    "NO|MAIN|GET|/one|1|T|h1|-1|NA|/one", "NO|MAIN|GET|/two|1|NA|NA|-1|NA|NA",
-                    "NO|MAIN|GET|/two|1|NA|na|-1|NA|NA"}));
+              (Lines{"NO|MAIN|GET|/any|1|T|h1|-1|NA|/any", "NO|MAIN|GET|/any|1|T|NA|-1|NA|/any",
+                     "NO|MAIN|GET|/one|1|T|h1|-1|NA|/one", "NO|MAIN|GET|/two|1|NA|NA|-1|NA|NA",
+                     "NO|MAIN|GET|/two|1|NA|na|-1|NA|NA"}));
     EXPECT_EQ(installation.result("hosts.list"), "NA\nh1\nna\n");
 }
 
@@ -70,7 +46,7 @@ class FullDisk : public testing::Test {
         installation_.write_logs({log});
     }
 
-    void expect_no_room(rlim_t size, const std::vector<std::string>& words = {}) {
+    void expect_no_room(rlim_t size, const Lines& words = {}) {
         EXPECT_EQ(installation_.run(words).status, 0);
         installation_.prepare_process([size] { limit_file_size(size); });
         expect_some_failure(installation_.run(words));
@@ -103,7 +79,7 @@ TEST_F(FullDisk, StopsAtTheHosts) {
     for (int i = 100; i < 140; ++i) {
         list += "GET|" + std::to_string(i) + std::string(50, 'h') + "|1|-1|/a\n";
     }
-    installation_.write(TestInstallation::config_directory() + "/complete_url.list", list);
+    installation_.write(config_directory + "/complete_url.list", list);
     installation_.write_checker(2);
     expect_no_room(1500);
     EXPECT_EQ(installation_.result("hosts.list").size(), 1500U);

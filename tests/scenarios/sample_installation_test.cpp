@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -12,7 +11,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* project_directory = "workspace/admin/default/quarvel/default/default";
 constexpr const char* result_names[] = {"complete_url.list", "hosts.list", "url.list",
                                         "query_url.list"};
 
@@ -23,28 +21,27 @@ class SampleInstallation : public testing::TestWithParam<std::string> {
                  fs::copy_options::recursive | fs::copy_options::overwrite_existing);
     }
 
-    RunResult run(const std::vector<std::string>& further_words) const {
-        std::vector<std::string> words = {"-s", GetParam()};
-        words.insert(words.end(), further_words.begin(), further_words.end());
+    RunResult run(Lines words = {}) const {
+        words.insert(words.begin(), {"-s", GetParam()});
         return installation_.run_words(words);
     }
 
     std::string result_path(const std::string& name) const {
-        return std::string(project_directory) + "/ReplayAccessLogs/" + GetParam() + "/config/" +
-               name;
+        return project_directory + "/ReplayAccessLogs/" + GetParam() + "/config/" + name;
     }
 
     // Expected files name the installation's place by a placeholder.
     std::string expected(const std::string& path) const {
         const std::string placeholder = "@ZV_WDIR@";
-        std::string text = read_source_file("examples/" + path);
+        std::string text = installation_.read(source_path("examples/" + path));
         for (size_t at; (at = text.find(placeholder)) != std::string::npos;) {
             text.replace(at, placeholder.size(), installation_.root().string());
         }
         return text;
     }
 
-    void expect_results() const {
+    void expect_results(const RunResult& run) const {
+        EXPECT_EQ(run.output, expected("expected/" + GetParam() + "/stdout"));
         const std::string directory = "expected/" + GetParam() + "/";
         for (const std::string name : result_names) {
             const bool is_expected = fs::exists(source_path("examples/" + directory + name));
@@ -65,34 +62,29 @@ TEST_P(SampleInstallation, GivesTheExpectedResultsAtEveryThreadCount) {
     for (const char* thread_count : {"1", "2", "4"}) {
         const RunResult run_result = run({"-t", thread_count});
         EXPECT_EQ(run_result.status, 0);
-        EXPECT_EQ(run_result.output, expected("expected/" + GetParam() + "/stdout"));
-        expect_results();
+        expect_results(run_result);
     }
 }
 
 TEST_P(SampleInstallation, DebuggingChangesNoResult) {
-    const RunResult run_result = run({"-d", "4", "-t", "2"});
-    EXPECT_EQ(run_result.output, expected("expected/" + GetParam() + "/stdout"));
-    expect_results();
+    expect_results(run({"-d", "4", "-t", "2"}));
 }
 
 TEST_P(SampleInstallation, CacheLevelOnePrintsTheOldSummary) {
-    run({});
+    const RunResult first = run();
     installation_.write_checker(0);
-    const RunResult again = run({});
+    const RunResult again = run();
     EXPECT_EQ(again.status, 0);
     const std::string url_list = installation_.read(result_path("url.list"));
     EXPECT_EQ(again.output, url_list.substr(0, url_list.find('\n') + 1));
-    expect_results();
+    expect_results(first);
 }
 
 TEST_P(SampleInstallation, CacheLevelTwoGivesTheSameResultsWithoutTheLogs) {
-    run({});
+    run();
     fs::remove_all(installation_.root() / "logs");
     installation_.write_checker(2);
-    const RunResult again = run({});
-    EXPECT_EQ(again.output, expected("expected/" + GetParam() + "/stdout"));
-    expect_results();
+    expect_results(run());
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, SampleInstallation,
@@ -102,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(Scenarios, SampleInstallation,
 using ChangedPatterns = SampleInstallation;
 
 TEST_P(ChangedPatterns, AreAppliedAtCacheLevelTwo) {
-    run({});
+    run();
     const fs::path profile =
         installation_.root() / project_directory / "replay_profiles" / GetParam();
     for (const char* name : {"replay_url_patterns.dat", "replay_url_filter_patterns.dat"}) {
@@ -110,7 +102,7 @@ TEST_P(ChangedPatterns, AreAppliedAtCacheLevelTwo) {
                  fs::copy_options::overwrite_existing);
     }
     installation_.write_checker(2);
-    const RunResult again = run({});
+    const RunResult again = run();
     EXPECT_EQ(again.output, expected("level2/stdout"));
     EXPECT_EQ(installation_.read(result_path("url.list")), expected("level2/url.list"));
     EXPECT_EQ(installation_.read(result_path("complete_url.list")),

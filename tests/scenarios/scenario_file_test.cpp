@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -22,8 +23,7 @@ class ScenarioFile : public testing::Test {
 };
 
 TEST_F(ScenarioFile, NamesTheLinesThatItCannotRead) {
-    const std::string path =
-        (installation_.root() / TestInstallation::scenario_directory()).string() + "/web.conf";
+    const std::string path = installation_.path(scenario_directory + "/web.conf");
     const auto invalid_entry = [&path](int line) {
         return "Invalid entry in scenario file '" + path + "' at line " + std::to_string(line);
     };
@@ -31,50 +31,43 @@ TEST_F(ScenarioFile, NamesTheLinesThatItCannotRead) {
         return "Invalid format of date in REPLAY_PERIOD keyword in scenario file - '" + path +
                "' at line - " + std::to_string(line);
     };
-    const struct {
-        std::string text;
-        std::string message;
-    } rows[] = {
+    const std::pair<std::string, std::string> rows[] = {
+        // text, message
         {"REPLAY_LOG_FILE", invalid_entry(1)},
         {"# comment\n\nOTHER x\nreplay_log_file logs/access_0 x 0\n", invalid_entry(4)},
         {"\nREPLAY_PERIOD START 2000-10-10 10:00:00\n", invalid_date(2)},
         {"REPLAY_PERIOD  start \t \n", invalid_date(1)},
         {"#" + std::string(2046, 'c') + "REPLAY_LOG_FILE\n", invalid_entry(2)},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.text);
-        expect_failure(run(row.text), row.message);
+    for (const auto& [text, message] : rows) {
+        SCOPED_TRACE(text);
+        expect_failure(run(text), message);
     }
 }
 
 TEST_F(ScenarioFile, SetsThePeriodThatTheLastLinesGive) {
     const std::string eleven = "10/10/2000 11:00:00\n";
-    const struct {
-        std::string period;
-        long time_filtered;
-    } rows[] = {
+    const std::pair<std::string, long> rows[] = {
+        // period, time_filtered
         {" REPLAY_PERIOD START x\nREPLAY_PERIOD x\n", 0},
         {"replay_period= \t END " + eleven, 1},
         {"REPLAY_PERIOD START " + eleven + "REPLAY_PERIOD END " + eleven, 2},
         {"REPLAY_PERIOD START 10/10/2000 12:00:01\nREPLAY_PERIOD START " + eleven, 1},
         {"REPLAY_PERIOD START 10/10/2000 12:00:01\nREPLAY_PERIOD START NA\n", 3},
     };
-    for (const auto& row : rows) {
-        const RunResult result = run(row.period + "REPLAY_LOG_FILE logs/access_0 x 0 HTTP more\n");
-        EXPECT_EQ(result.counter("TimeBasedFiltered"), row.time_filtered) << row.period;
+    for (const auto& [period, time_filtered] : rows) {
+        const RunResult result = run(period + "REPLAY_LOG_FILE logs/access_0 x 0 HTTP more\n");
+        EXPECT_EQ(result.counter("TimeBasedFiltered"), time_filtered) << period;
     }
 }
 
 TEST_F(ScenarioFile, TakesAsManyLinesAsItSaysFromAllButPostFiles) {
-    const struct {
-        std::string budget_and_type;
-        long total;
-    } rows[] = {{"0 HTTP", 3},   {"2 x", 2},      {"99 x", 3},   {"0x2 x", 2},   {"01 HTTPS", 1},
-                {"all post", 3}, {"0 POSTED", 3}, {"2 POST", 0}, {"2 POST\r", 0}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(run("REPLAY_LOG_FILE logs/access_0 x " + row.budget_and_type).counter("Total"),
-                  row.total)
-            << row.budget_and_type;
+    const std::pair<std::string, long> rows[] = {// budget and type, total
+                                                 {"0 HTTP", 3},   {"2 x", 2},      {"99 x", 3},
+                                                 {"0x2 x", 2},    {"01 HTTPS", 1}, {"all post", 3},
+                                                 {"0 POSTED", 3}, {"2 POST", 0},   {"2 POST\r", 0}};
+    for (const auto& [text, total] : rows) {
+        EXPECT_EQ(run("REPLAY_LOG_FILE logs/access_0 x " + text).counter("Total"), total) << text;
     }
 }
 

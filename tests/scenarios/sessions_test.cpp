@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
+#include <tuple>
 
 namespace {
 
@@ -19,8 +19,7 @@ class Sessions : public testing::Test {
   protected:
     Sessions() { installation_.add_settings(cookie_layout); }
 
-    RunResult run(const std::vector<std::string>& logs,
-                  const std::vector<std::string>& words = {"-t", "1"}) const {
+    RunResult run(const Lines& logs, const Lines& words = {"-t", "1"}) const {
         installation_.write_logs(logs);
         return installation_.run(words);
     }
@@ -32,33 +31,31 @@ class Sessions : public testing::Test {
 
 TEST_F(Sessions, TakeTheirIdsFromCookieAndSetCookie) {
     const std::string long_value(63, 'v');
-    const struct {
-        std::string cookie;
-        std::string set_cookie;
-        std::string secondary_id;
-        std::string session_id;
-    } rows[] = {
+    const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
+        // cookie, set_cookie, secondary_id, session_id
         {"akaau=K1; JSESSIONID=S1", "JSESSIONID=S2", "=K1", "S2"},
         {"akaau=K1", "XJSESSIONID=S3; Path=/; JSESSIONID=S4", "=K1", "S3"},
         {"akaau=K1", "akaau=K2; JSESSIONID=S1; Path=/", "=K2", "S1"},
         {"Xakaau:K1;akaau=K2", "JSESSIONID S1;", ":K1", "S1"},
         {"akaau=K1", "JSESSIONID", "=K1", ""},
+        {"akaau=K1", "a=1; JSESSIONID=A B=C ; JSESSIONID=D", "=K1", "A B=C "},
+        {"akaau=K1", "JSESSIONID;x=1", "=K1", "x=1"},
         {"akaau=K1", "JSESSIONID=" + long_value + "v", "=K1", long_value},
+        {"akaau=K1", "JSESSIONID=" + std::string(90'000, 'v') + ";x", "=K1", long_value},
         {"akaau=" + long_value, "JSESSIONID=S1", "=" + long_value.substr(1), "S1"},
     };
-    for (const auto& row : rows) {
-        run({cookie_line("/a", row.cookie, row.set_cookie)}, {"-a"});
-        EXPECT_EQ(trace(), "Akaau='" + row.secondary_id + "' matched with JSESSIONID='" +
-                               row.session_id +
+    for (const auto& [cookie, set_cookie, secondary_id, session_id] : rows) {
+        run({cookie_line("/a", cookie, set_cookie)}, {"-a"});
+        EXPECT_EQ(trace(), "Akaau='" + secondary_id + "' matched with JSESSIONID='" + session_id +
                                "' [thread[0], file name-logs/access_0, line_number-1]\n")
-            << row.cookie << " | " << row.set_cookie;
+            << cookie << " | " << set_cookie;
     }
 }
 
 TEST_F(Sessions, RequestsWithoutOneAreCountedAndLeftOut) {
-    const std::vector<std::string> logs = {
-        cookie_line("/a", "JSESSIONID=S1") + cookie_line("/b", "JSESSIONID=") +
-        cookie_line("/c", "-") + cookie_line("/d", "akaau=K1") + cookie_line("/e", "", "akaau=K1")};
+    const Lines logs = {cookie_line("/a", "JSESSIONID=S1") + cookie_line("/b", "JSESSIONID=") +
+                        cookie_line("/c", "jsessionid=S1") + cookie_line("/d", "akaau=K1") +
+                        cookie_line("/e", "", "akaau=K1")};
     EXPECT_EQ(run(logs).output, summary_line({.total = 5, .non_session = 4, .url_patterns = 1}));
     EXPECT_EQ(run(logs, {"-a"}).output,
               "Total=5;Redirected=0;TimeBasedFiltered=0;BadRequest=0;NonSessionRequest=4;"
@@ -90,14 +87,13 @@ TEST_F(Sessions, ALaterSessionFillsEarlierRequestsOfItsSecondaryCookie) {
     EXPECT_EQ(filled.counter("NonSessionRequest"), 2);
     EXPECT_EQ(filled.counter("NonSessionRequestWithSecondaryCookie"), 2);
     EXPECT_EQ(installation_.complete_url_rows(),
-              (std::vector<std::string>{"GET|NA|1|-1|/a", "GET|NA|1|-1|/c", "GET|NA|1|-1|/d"}));
+              (Lines{"GET|NA|1|-1|/a", "GET|NA|1|-1|/c", "GET|NA|1|-1|/d"}));
 }
 
 TEST_F(Sessions, AreNotMatchedAcrossThreads) {
     installation_.write("logs/one/log", cookie_line("/a", "akaau=K1"));
     installation_.write("logs/two/log", cookie_line("/b", "akaau=K1", "JSESSIONID=S1"));
-    installation_.write_scenario("REPLAY_LOG_FILE logs/two/log x 0 HTTP\n"
-                                 "REPLAY_LOG_FILE logs/one/log x 0 HTTP\n");
+    installation_.name_logs({"logs/two/log", "logs/one/log"});
     EXPECT_EQ(installation_.run({"-t", "1"}).counter("NonSessionRequest"), 0);
     EXPECT_EQ(installation_.run({"-t", "2"}).counter("NonSessionRequest"), 1);
 }
@@ -114,13 +110,12 @@ TEST_F(Sessions, AThreadKeepsAQuarterMillionRequestsWithoutASession) {
         run({log, cookie_line("/next", "JSESSIONID=S1")}, {"-t", "1", "-d", "1", "-a"});
     EXPECT_EQ(full.counter("Total"), 250'002);
     EXPECT_EQ(full.counter("NonSessionRequestWithSecondaryCookie"), 250'000);
-    EXPECT_EQ(installation_.complete_url_rows(), std::vector<std::string>{"GET|NA|1|-1|/with"});
+    EXPECT_EQ(installation_.complete_url_rows(), Lines{"GET|NA|1|-1|/with"});
     EXPECT_EQ(
         installation_.debug_lines(),
-        (std::vector<std::string>{
-            "load_url_info|Max unaccounted URL limit reached. No new request will be processed.",
-            "process_url_files_t|Max unaccounted urls reached, No more new files will be "
-            "processed"}));
+        (Lines{"load_url_info|Max unaccounted URL limit reached. No new request will be processed.",
+               "process_url_files_t|Max unaccounted urls reached, No more new files will be "
+               "processed"}));
     EXPECT_EQ(lines_of(trace()).back(), "Maximum unaccounted url limit(250000) reached, no new "
                                         "request will be processed");
 }

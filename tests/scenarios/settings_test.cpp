@@ -2,75 +2,62 @@
 
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
-
-namespace {
-
-using Lines = std::vector<std::string>;
+#include <tuple>
+#include <utility>
 
 TEST(Settings, AreRefusedWhenTheyCannotBeUsed) {
     const std::string no_cookie = "Cookie name not given in replay setting file";
     const std::string bad_time = "Invalid new user time in replay_setting.dat";
-    const struct {
-        std::string text;
-        std::string message;
-    } rows[] = {
+    const std::pair<std::string, std::string> rows[] = {
+        // text, message
         {"", no_cookie},
         {"#USER_SESSION_KEY client_ip\n USER_SESSION_KEY client_ip\n", no_cookie},
         {"USER_SESSION_KEY client_ip\nUSER_SESSION_KEY\n", no_cookie},
         {"NEW_USER_TIME 00:30\n", bad_time},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.text);
+    for (const auto& [text, message] : rows) {
+        SCOPED_TRACE(text);
         TestInstallation installation;
-        installation.write_settings(row.text);
-        expect_failure(installation.run(), row.message);
+        installation.write_settings(text);
+        expect_failure(installation.run(), message);
     }
 }
 
 TEST(Settings, ReportTheValuesTheyTook) {
-    const struct {
-        std::string text;
-        Lines messages;
-    } rows[] = {
+    const std::pair<std::string, Lines> rows[] = {
+        // text, messages
         {"DEFAULT_HOST  h.example more\n", {"Default host = 'h.example'"}},
         {"AUTO_REDIRECT_COUNT 5\n", {"AUTO_REDIRECT = 0"}},
         {"AUTO_REDIRECT 5\nauto_redirect\n", {"AUTO_REDIRECT = 1", "AUTO_REDIRECT = 0"}},
         {"SECONDARY_COOKIE 1 \t trk more\n", {"Secondary cookie enabled, name = trk"}},
         {"SECONDARY_COOKIE 1\nSECONDARY_COOKIE 0 trk\nSECONDARY_COOKIE x trk\n", {}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.text);
+    for (const auto& [text, messages] : rows) {
+        SCOPED_TRACE(text);
         TestInstallation installation;
-        installation.add_settings(row.text);
+        installation.add_settings(text);
         installation.run({"-d", "4"});
-        EXPECT_EQ(installation.debug_lines_with("read_replay_prof_setting|"), row.messages);
+        EXPECT_EQ(installation.debug_lines_with("read_replay_prof_setting|"), messages);
     }
 }
 
 // One request, at 13:55:36 UTC, accepted only when the period is read on the scale of the replay
 // zone.
 TEST(Settings, TheReplayZoneComesFromTheDefaultsFileOrTheProcess) {
-    const struct {
-        std::string defaults;
-        std::string process_zone;
-        std::string moment;
-    } rows[] = {
+    const std::tuple<std::string, std::string, std::string> rows[] = {
+        // defaults, process_zone, moment
         {"GMT_OFFSET +0530\n", "UTC", "19:25:36"},    {"GMT_OFFSET +0530\n", "EST5", "19:25:36"},
         {"gmt_offset\t-0800\n", "JST-9", "05:55:36"}, {"GMT_OFFSET - 08 15\n", "UTC", "05:40:36"},
         {" GMT_OFFSET +0530\n", "EST5", "08:55:36"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.defaults + row.process_zone);
+    for (const auto& [defaults, process_zone, moment] : rows) {
+        SCOPED_TRACE(defaults + process_zone);
         TestInstallation installation;
-        installation.write("sys/replay_settings.default", row.defaults);
+        installation.write("sys/replay_settings.default", defaults);
         installation.write_logs({combined_line()});
-        const std::string scenario =
-            installation.read(TestInstallation::scenario_directory() + "/web.conf");
-        installation.write_scenario(scenario + "REPLAY_PERIOD START 10/10/2000 " + row.moment +
-                                    "\nREPLAY_PERIOD END 10/10/2000 " + row.moment + "\n");
-        EXPECT_EQ(installation.run({}, {{"TZ", row.process_zone}}).counter("TotalUrlPattern"), 1);
+        const std::string scenario = installation.read(scenario_directory + "/web.conf");
+        installation.write_scenario(scenario + "REPLAY_PERIOD START 10/10/2000 " + moment +
+                                    "\nREPLAY_PERIOD END 10/10/2000 " + moment + "\n");
+        EXPECT_EQ(installation.run({}, {{"TZ", process_zone}}).counter("TotalUrlPattern"), 1);
     }
 }
-
-} // namespace

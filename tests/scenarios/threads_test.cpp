@@ -4,20 +4,17 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 // Each log in its directory holds one line.
 void write_instances(const TestInstallation& installation, const Lines& paths) {
-    std::string scenario;
     for (const std::string& path : paths) {
         installation.write(path, combined_line());
-        scenario += "REPLAY_LOG_FILE " + path + " x 0 HTTP\n";
     }
-    installation.write_scenario(scenario);
+    installation.name_logs(paths);
 }
 
 Lines separate_directories(int count) {
@@ -29,27 +26,21 @@ Lines separate_directories(int count) {
 }
 
 TEST(Threads, ShareInstancesInOrder) {
-    const struct {
-        Lines paths;
-        std::string threads;
-        std::vector<std::array<int, 2>> files; // of each thread: the first one and their number
-    } rows[] = {
+    const std::tuple<Lines, std::string, std::vector<std::array<int, 2>>> rows[] = {
+        // paths, threads, of each thread the first file and their number
         {separate_directories(10), "4", {{0, 3}, {3, 3}, {6, 3}, {9, 1}}},
         {separate_directories(5), "4", {{0, 2}, {2, 2}, {4, 1}}},
-        {separate_directories(2), "8", {{0, 1}, {1, 1}}},
-        {{}, "8", {}},
+        {Lines{}, "8", {}},
         {{"l/b_2", "l/a_2", "l/b_1", "l/a_1", "l/a.1_0"}, "8", {{0, 1}, {1, 2}, {3, 2}}},
-        {{"l/access_3", "l/access_1", "l/access_2/x_1"}, "8", {{0, 1}, {1, 1}, {2, 1}}},
-        {{"l/x.log", "l/y.log", "m/x.log", "l/z_"}, "8", {{0, 2}, {2, 1}, {3, 1}}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::PrintToString(row.paths));
+    for (const auto& [paths, threads, files] : rows) {
+        SCOPED_TRACE(testing::PrintToString(paths));
         TestInstallation installation;
-        write_instances(installation, row.paths);
-        const RunResult run = installation.run({"-t", row.threads, "-d", "3"});
-        EXPECT_EQ(run.counter("Total"), static_cast<long>(row.paths.size()));
+        write_instances(installation, paths);
+        const RunResult run = installation.run({"-t", threads, "-d", "3"});
+        EXPECT_EQ(run.counter("Total"), static_cast<long>(paths.size()));
         Lines lines;
-        for (const auto& [first, count] : row.files) {
+        for (const auto& [first, count] : files) {
             lines.push_back("Thread[" + std::to_string(lines.size()) +
                             "] created, seq_file_start_idx = " + std::to_string(first) +
                             ", num seq file = " + std::to_string(count) +
@@ -105,12 +96,10 @@ TEST(Threads, AFatalErrorEndsTheBusyOnes) {
     for (int i = 0; i < 20'000; ++i) {
         log += combined_line();
     }
-    std::string scenario = "REPLAY_LOG_FILE gone/log x 5 HTTP\n";
     for (const char* path : {"a/log", "b/log", "c/log"}) {
         installation.write(path, log);
-        scenario += "REPLAY_LOG_FILE " + std::string(path) + " x 0 HTTP\n";
     }
-    installation.write_scenario(scenario);
+    installation.name_logs({"gone/log", "a/log", "b/log", "c/log"}, "99999");
     const RunResult run = installation.run({"-t", "4", "-d", "4"});
     expect_failure(run, "Unable to open url file gone/log");
     EXPECT_FALSE(installation.has_result("complete_url.list"));
@@ -118,11 +107,7 @@ TEST(Threads, AFatalErrorEndsTheBusyOnes) {
 
 TEST(Threads, FailingTogetherReportOnce) {
     TestInstallation installation;
-    std::string scenario;
-    for (const std::string& path : separate_directories(8)) {
-        scenario += "REPLAY_LOG_FILE " + path + " x 5 HTTP\n";
-    }
-    installation.write_scenario(scenario);
+    installation.name_logs(separate_directories(8), "5");
     for (int attempt = 0; attempt < 25; ++attempt) {
         const RunResult run = installation.run({"-t", "8"});
         expect_some_failure(run);

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <sys/wait.h>
@@ -14,49 +13,16 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* project_directory = "workspace/admin/default/quarvel/default/default";
-
-std::string read_file(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 void redirect(int descriptor, const fs::path& path) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
     dup2(file, descriptor);
     close(file);
 }
 
-[[noreturn]] void become_program(const fs::path& root, const std::vector<std::string>& words,
-                                 const std::map<std::string, std::string>& environment,
-                                 const std::function<void()>& preparation) {
-    setenv("ZV_WDIR", root.c_str(), 1);
-    setenv("TZ", "UTC", 1);
-    setenv("PATH", (root / "bin").c_str(), 1);
-    for (const auto& [name, value] : environment) {
-        setenv(name.c_str(), value.c_str(), 1);
-    }
-    redirect(STDOUT_FILENO, root / "run.output");
-    redirect(STDERR_FILENO, root / "run.errors");
-    std::vector<char*> arguments = {const_cast<char*>(ZVR_TOOL_PATH)};
-    for (const std::string& word : words) {
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    }
-    arguments.push_back(nullptr);
-    preparation();
-    if (chdir(root.c_str()) == 0) {
-        execv(ZVR_TOOL_PATH, arguments.data());
-    }
-    _exit(126);
-}
-
-std::vector<std::string> rows_after(size_t heading_lines, const std::string& text) {
-    std::vector<std::string> lines = lines_of(text);
+Lines rows_after(size_t heading_lines, const std::string& text) {
+    const Lines lines = lines_of(text);
     const size_t count = std::min(heading_lines, lines.size());
-    lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(count));
-    return lines;
+    return {lines.begin() + static_cast<std::ptrdiff_t>(count), lines.end()};
 }
 
 } // namespace
@@ -98,67 +64,36 @@ std::string combined_line(const LoggedRequest& request) {
 }
 
 TestInstallation::TestInstallation() {
-    std::string name = fs::temp_directory_path() / "zvr_test.XXXXXX";
-    root_ = mkdtemp(name.data());
     write("sys/replay_settings.default", "GMT_OFFSET +0000\n");
-    fs::create_directories(root_ / "webapps/zivrano/logs");
-    fs::create_directories(root_ / "bin");
-    fs::create_directories(root_ / config_directory() / "../.tmp");
+    for (const std::string& name :
+         {std::string("webapps/zivrano/logs"), std::string("bin"), config_directory + "/../.tmp"}) {
+        fs::create_directories(root() / name);
+    }
     write_scenario("");
     add_settings("");
     write_patterns("");
     write_filters("");
 }
 
-TestInstallation::~TestInstallation() {
-    std::error_code ignored;
-    fs::remove_all(root_, ignored);
-}
-
-void TestInstallation::write(const std::string& path, const std::string& text) const {
-    fs::create_directories((root_ / path).parent_path());
-    std::ofstream(root_ / path, std::ios::binary) << text;
-}
-
-std::string TestInstallation::read(const std::string& path) const {
-    return read_file(root_ / path);
-}
-
-bool TestInstallation::exists(const std::string& path) const {
-    return fs::exists(root_ / path);
-}
-
-void TestInstallation::write_scenario(const std::string& text) const {
-    write(scenario_directory() + "/web.conf", text);
-}
-
-void TestInstallation::write_settings(const std::string& text) const {
-    write(profile_directory() + "/replay_settings.dat", text);
-}
-
 void TestInstallation::add_settings(const std::string& lines) const {
-    write_settings("USER_SESSION_KEY client_ip\n"
-                   "AL_FIELD CLIENT_IP 1\n"
-                   "AL_FIELD DATE_AND_TIME 4\n"
-                   "AL_FIELD REQUEST_LINE 5\n"
-                   "AL_FIELD STATUS_CODE 6\n" +
+    write_settings("USER_SESSION_KEY client_ip\nAL_FIELD CLIENT_IP 1\nAL_FIELD DATE_AND_TIME 4\n"
+                   "AL_FIELD REQUEST_LINE 5\nAL_FIELD STATUS_CODE 6\n" +
                    lines);
 }
 
-void TestInstallation::write_patterns(const std::string& text) const {
-    write(profile_directory() + "/replay_url_patterns.dat", text);
+void TestInstallation::write_logs(const Lines& texts) const {
+    Lines paths;
+    for (const std::string& text : texts) {
+        paths.push_back("logs/access_" + std::to_string(paths.size()));
+        write(paths.back(), text);
+    }
+    name_logs(paths);
 }
 
-void TestInstallation::write_filters(const std::string& text) const {
-    write(profile_directory() + "/replay_url_filter_patterns.dat", text);
-}
-
-void TestInstallation::write_logs(const std::vector<std::string>& texts) const {
+void TestInstallation::name_logs(const Lines& paths, const std::string& budget) const {
     std::string scenario;
-    for (size_t i = 0; i < texts.size(); ++i) {
-        const std::string path = "logs/access_" + std::to_string(i);
-        write(path, texts[i]);
-        scenario += "REPLAY_LOG_FILE " + path + " x 0 HTTP\n";
+    for (const std::string& path : paths) {
+        scenario += "REPLAY_LOG_FILE " + path + " x " + budget + " HTTP\n";
     }
     write_scenario(scenario);
 }
@@ -168,29 +103,39 @@ void TestInstallation::write_checker(int exit_code) const {
 }
 
 void TestInstallation::write_checker_script(const std::string& script) const {
-    const std::string path = "bin/zvr_al_gen_url_list_check";
-    write(path, "#!/bin/sh\n" + script);
-    fs::permissions(root_ / path, fs::perms::all);
+    const std::string name = "bin/zvr_al_gen_url_list_check";
+    fs::remove(root() / name); // it may be a link to the real one
+    fs::permissions(write(name, "#!/bin/sh\n" + script), fs::perms::all);
 }
 
-std::string TestInstallation::result(const std::string& name) const {
-    return read(config_directory() + "/" + name);
-}
-
-bool TestInstallation::has_result(const std::string& name) const {
-    return exists(config_directory() + "/" + name);
-}
-
-std::vector<std::string> TestInstallation::url_rows() const {
+Lines TestInstallation::url_rows() const {
     return rows_after(2, result("url.list"));
 }
 
-std::vector<std::string> TestInstallation::complete_url_rows() const {
+Lines TestInstallation::complete_url_rows() const {
     return rows_after(7, result("complete_url.list"));
 }
 
-std::vector<std::string> TestInstallation::debug_lines_with(const std::string& text) const {
-    std::vector<std::string> messages;
+std::map<std::string, std::string> TestInstallation::files_of(const std::string& directory) const {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::directory_iterator(root() / directory)) {
+        const std::string name = entry.path().filename();
+        files[name] = read(directory + "/" + name);
+    }
+    return files;
+}
+
+Lines TestInstallation::debug_lines() const {
+    Lines lines = lines_of(read("webapps/zivrano/logs/zivrano_replay_debug.log"));
+    for (std::string& line : lines) {
+        const size_t tool = line.find('|');
+        line.erase(0, line.find('|', tool + 1) + 1);
+    }
+    return lines;
+}
+
+Lines TestInstallation::debug_lines_with(const std::string& text) const {
+    Lines messages;
     for (const std::string& line : debug_lines()) {
         if (line.find(text) != std::string::npos) {
             messages.push_back(line.substr(line.find('|') + 1));
@@ -199,29 +144,8 @@ std::vector<std::string> TestInstallation::debug_lines_with(const std::string& t
     return messages;
 }
 
-std::vector<std::string> TestInstallation::debug_lines() const {
-    std::vector<std::string> lines =
-        lines_of(read("webapps/zivrano/logs/zivrano_replay_debug.log"));
-    for (std::string& line : lines) {
-        const size_t tool = line.find('|');
-        line.erase(0, line.find('|', tool + 1) + 1);
-    }
-    return lines;
-}
-
-RunResult TestInstallation::run(const std::vector<std::string>& words,
-                                const std::map<std::string, std::string>& environment) const {
-    std::vector<std::string> all_words = {"-s", "web"};
-    all_words.insert(all_words.end(), words.begin(), words.end());
-    return run_words(all_words, environment);
-}
-
-RunResult TestInstallation::run_words(const std::vector<std::string>& words,
-                                      const std::map<std::string, std::string>& environment) const {
-    const pid_t child = fork();
-    if (child == 0) {
-        become_program(root_, words, environment, preparation_);
-    }
+RunResult TestInstallation::run_words(const Lines& words, const Environment& environment) const {
+    const pid_t child = start(words, environment);
     int status = 0;
     waitpid(child, &status, 0);
     const std::string backup = "/tmp/zvr_al_gen_url_list.backup." + std::to_string(child);
@@ -230,24 +154,36 @@ RunResult TestInstallation::run_words(const std::vector<std::string>& words,
             read("run.errors"), backup, left_backup};
 }
 
+pid_t TestInstallation::start(const Lines& words, const Environment& environment) const {
+    const pid_t child = fork();
+    if (child != 0) {
+        return child;
+    }
+    Environment all = environment;
+    all.insert({{"ZV_WDIR", root()}, {"TZ", "UTC"}, {"PATH", path("bin")}});
+    for (const auto& [name, value] : all) {
+        setenv(name.c_str(), value.c_str(), 1);
+    }
+    redirect(STDOUT_FILENO, path("run.output"));
+    redirect(STDERR_FILENO, path("run.errors"));
+    std::vector<char*> arguments = {const_cast<char*>(ZVR_TOOL_PATH)};
+    for (const std::string& word : words) {
+        arguments.push_back(const_cast<char*>(word.c_str()));
+    }
+    arguments.push_back(nullptr);
+    preparation_();
+    if (chdir(root().c_str()) == 0) {
+        execv(ZVR_TOOL_PATH, arguments.data());
+    }
+    _exit(126);
+}
+
 std::string TestInstallation::program_name() {
     return ZVR_TOOL_PATH;
 }
 
-std::string TestInstallation::scenario_directory() {
-    return std::string(project_directory) + "/scenarios";
-}
-
-std::string TestInstallation::profile_directory() {
-    return std::string(project_directory) + "/replay_profiles/web";
-}
-
-std::string TestInstallation::config_directory() {
-    return std::string(project_directory) + "/ReplayAccessLogs/web/config";
-}
-
-std::vector<std::string> lines_of(const std::string& text) {
-    std::vector<std::string> lines;
+Lines lines_of(const std::string& text) {
+    Lines lines;
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) {
         lines.push_back(line);
@@ -257,8 +193,4 @@ std::vector<std::string> lines_of(const std::string& text) {
 
 fs::path source_path(const std::string& path) {
     return fs::path(ZVR_SOURCE_DIR) / path;
-}
-
-std::string read_source_file(const std::string& path) {
-    return read_file(source_path(path));
 }

@@ -1,10 +1,23 @@
 #pragma once
 
+#include "tests/support/temporary_directory.h"
+
 #include <filesystem>
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
+#include <sys/types.h>
 #include <vector>
+
+// Lines of a file or words of a command.
+using Lines = std::vector<std::string>;
+using Environment = std::map<std::string, std::string>;
+
+Lines lines_of(const std::string& text); // without their line feeds
+
+// The absolute path of a file of the source tree.
+std::filesystem::path source_path(const std::string& path);
 
 // What a run of the program has given.
 struct RunResult {
@@ -50,35 +63,43 @@ struct LoggedRequest {
 
 std::string combined_line(const LoggedRequest& request = {});
 
+// The scenario's directories, relative to its installation.
+inline const std::string project_directory = "workspace/admin/default/quarvel/default/default";
+inline const std::string scenario_directory = project_directory + "/scenarios";
+inline const std::string profile_directory = project_directory + "/replay_profiles/web";
+inline const std::string config_directory = project_directory + "/ReplayAccessLogs/web/config";
+
 // A throw-away installation with one scenario, `web`, in the default workspace. It begins with a
 // client-address session mode and the field layout of the combined log format, no patterns, and no
 // log; each test writes what it is about. Runs are made with the installation as working directory,
 // TZ=UTC and GMT_OFFSET +0000.
-class TestInstallation {
+class TestInstallation : public TemporaryDirectory {
   public:
     TestInstallation();
-    ~TestInstallation();
-    TestInstallation(const TestInstallation&) = delete;
-    TestInstallation& operator=(const TestInstallation&) = delete;
-
-    const std::filesystem::path& root() const { return root_; }
-
-    // Files, by path relative to the installation; write makes their directories.
-    void write(const std::string& path, const std::string& text) const;
-    std::string read(const std::string& path) const;
-    bool exists(const std::string& path) const;
 
     // The scenario's own files.
-    void write_scenario(const std::string& text) const;
-    void write_settings(const std::string& text) const;
-    void write_patterns(const std::string& text) const;
-    void write_filters(const std::string& text) const;
-
-    // Writes `logs/access_<number>` for each text and a scenario that names them all.
-    void write_logs(const std::vector<std::string>& texts) const;
+    void write_scenario(std::string_view text) const {
+        write(scenario_directory + "/web.conf", text);
+    }
+    void write_profile(const std::string& name, std::string_view text) const {
+        write(profile_directory + "/" + name, text);
+    }
+    void write_settings(std::string_view text) const { write_profile("replay_settings.dat", text); }
+    void write_patterns(std::string_view text) const {
+        write_profile("replay_url_patterns.dat", text);
+    }
+    void write_filters(std::string_view text) const {
+        write_profile("replay_url_filter_patterns.dat", text);
+    }
 
     // Adds lines to the settings that the installation begins with.
     void add_settings(const std::string& lines) const;
+
+    // Writes `logs/access_<number>` for each text and a scenario that names them all.
+    void write_logs(const Lines& texts) const;
+
+    // Writes a scenario that names these logs, with a line budget.
+    void name_logs(const Lines& paths, const std::string& budget = "0") const;
 
     // Lets the checker command answer with this exit code, or run this shell script in the
     // installation's directory; before that, no checker is found.
@@ -89,38 +110,38 @@ class TestInstallation {
     // environment.
     void prepare_process(std::function<void()> step) { preparation_ = std::move(step); }
 
-    // Results and debug lines.
-    std::string result(const std::string& name) const; // a file of the configuration directory
-    bool has_result(const std::string& name) const;
-    std::vector<std::string> url_rows() const;          // rows of url.list
-    std::vector<std::string> complete_url_rows() const; // rows of complete_url.list
-    std::vector<std::string> debug_lines() const;       // without date and tool: "function|message"
-    std::vector<std::string> debug_lines_with(const std::string& text) const; // messages with it
+    // Results, files of the configuration directory.
+    std::string result(const std::string& name) const {
+        return read(config_directory + "/" + name);
+    }
+    bool has_result(const std::string& name) const { return exists(config_directory + "/" + name); }
+    void write_result(const std::string& name, std::string_view text) const {
+        write(config_directory + "/" + name, text);
+    }
+    Lines url_rows() const;          // rows of url.list
+    Lines complete_url_rows() const; // rows of complete_url.list
+
+    // The files of a directory, by name.
+    std::map<std::string, std::string> files_of(const std::string& directory) const;
+
+    Lines debug_lines() const; // without date and tool: "function|message"
+    Lines debug_lines_with(const std::string& text) const; // messages with it
 
     // Runs the program for the scenario with further words and environment variables.
-    RunResult run(const std::vector<std::string>& words = {},
-                  const std::map<std::string, std::string>& environment = {}) const;
+    RunResult run(Lines words = {}, const Environment& environment = {}) const {
+        words.insert(words.begin(), {"-s", "web"});
+        return run_words(words, environment);
+    }
 
     // Runs the program with exactly these words.
-    RunResult run_words(const std::vector<std::string>& words,
-                        const std::map<std::string, std::string>& environment = {}) const;
+    RunResult run_words(const Lines& words, const Environment& environment = {}) const;
+
+    // Only begins such a run, and returns its process.
+    pid_t start(const Lines& words, const Environment& environment = {}) const;
 
     // The program's name as its first command-line word.
     static std::string program_name();
 
-    // Paths of the scenario's directories, relative to the installation.
-    static std::string scenario_directory();
-    static std::string profile_directory();
-    static std::string config_directory();
-
   private:
-    std::filesystem::path root_;
     std::function<void()> preparation_ = [] {};
 };
-
-// Lines of a text, without their line feeds.
-std::vector<std::string> lines_of(const std::string& text);
-
-// A file of the source tree.
-std::string read_source_file(const std::string& path);
-std::filesystem::path source_path(const std::string& path);

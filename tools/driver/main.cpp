@@ -32,7 +32,7 @@ namespace {
 constexpr const char* fname = "main";
 
 [[noreturn]] void report_no_memory() {
-    fatal_error(fname, "Out of Memory: working memory");
+    fatal_error(fname, "Out of Memory: %s (size = %d) for index %d", "working memory", 0, -1);
 }
 
 void set_replay_timezone() {

@@ -21,6 +21,7 @@ int zvr_get_num_cpu() {
     while (lines.next(line)) {
         count += std::strncmp(line.text, keyword, std::strlen(keyword)) == 0;
     }
+    lines.require_whole("zvr_get_num_cpu", "/proc/cpuinfo");
     std::fclose(file);
     return count;
 }

@@ -10,6 +10,9 @@
 // Loads one access log on a worker thread: parses its lines, up to the line budget of the file, and
 // appends the accepted requests with their sessions to the thread's records.
 //
+// A request's record is complete but for what later phases decide: the part of its URL that counts
+// is known, and the cookie headers are gone. `thread` counts the lines and numbers the requests.
+//
 // `seq_file_idx`: the file's index in seq_file_path. `al_file_fp`: the file, open, read to its end
 // or budget; stays the caller's. `*seq_no`: number of the thread's records so far, advanced for
 // each accepted request. `unaccounted_url_t`: the thread's requests that wait for a session.

@@ -10,7 +10,14 @@
 namespace {
 
 constexpr uint32_t max_url_number = 0x7fffffff; // the bits that a number has for it
-constexpr size_t max_requests = max_url_number;
+constexpr size_t max_requests = max_url_number; // each may have a URL of its own
+
+void refuse_beyond_limit(size_t request_count) {
+    if (request_count > max_requests) {
+        fatal_error("process_url_files", "More than %zu requests can not be processed",
+                    max_requests);
+    }
+}
 
 char lower_case(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
@@ -56,9 +63,7 @@ void RequestNumbers::finish() {
 }
 
 void RequestNumbers::number_oldest() {
-    if (numbers_.size() == max_requests) {
-        fatal_error("load_url_info", "More than %zu requests can not be processed", max_requests);
-    }
+    refuse_beyond_limit(numbers_.size() + 1);
     const NotedRequest& oldest = noted_[numbers_.size() % max_noted];
     const uint32_t session =
         number_session(oldest.session_text, oldest.session_hash,
@@ -80,6 +85,7 @@ void RequestNumbers::append(RequestNumbers&& other) {
         *this = std::move(other);
         return;
     }
+    refuse_beyond_limit(numbers_.size() + other.numbers_.size());
     std::vector<uint32_t> sessions;
     sessions.reserve(other.session_count());
     for (uint32_t session = 0; session < other.session_count(); ++session) {

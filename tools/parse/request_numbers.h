@@ -36,10 +36,12 @@ class RequestNumbers {
     // Looks up the numbers of the last records noted. To be called before numbers are read.
     void finish();
 
-    // Numbers the session of a record anew after it got one.
+    // Numbers the session of a record that was noted before, after it got one. Looks up all that is
+    // noted first. A session may be left without requests by this.
     void change_session(uint32_t index, const alInfo& request);
 
-    // Takes over the numbers of records that came to stand behind the records of this table.
+    // Takes over the numbers of records that came to stand behind the records of this table. Both
+    // must be finished. Ends the run beyond 2,147,483,647 requests, as add and finish do.
     void append(RequestNumbers&& other);
 
     uint32_t count() const { return static_cast<uint32_t>(numbers_.size()); }
@@ -52,7 +54,8 @@ class RequestNumbers {
     // number first.
     std::string_view session_text(uint32_t session) const { return session_texts_.text(session); }
 
-    // Whether the session's requests are known to stand in the table in time order.
+    // Whether the session's requests are known to stand in the table in time order; false also when
+    // nobody has kept track of it.
     bool is_in_time_order(uint32_t session) const { return spans_[session].is_in_order; }
 
   private:
@@ -74,7 +77,7 @@ class RequestNumbers {
         uint64_t time_stamp;
         bool is_redirect;
     };
-    static constexpr size_t max_noted = 3;
+    static constexpr size_t max_noted = 3; // one for each step: slot, text, number
 
     static void describe_session(const alInfo& request, std::string& text);
     static void describe_url(const alInfo& request, std::string& text);

@@ -3,14 +3,25 @@
 #include <cstddef>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 // Hands out pieces of large blocks, of exactly the size asked for, for the texts of one thread's
 // requests: they live to the end of the run, so none is ever freed by itself and no bookkeeping is
 // kept for it.
 class TextArena {
   public:
-    // Room for `size` characters of an item called `name`, owned by the arena's blocks, which
-    // outlive the arena itself. Ends the run when memory is out; the error line names the item.
+    TextArena() = default;
+    TextArena(TextArena&& other) noexcept { *this = std::move(other); }
+    TextArena& operator=(TextArena&& other) noexcept {
+        block_ = std::exchange(other.block_, nullptr);
+        next_ = std::exchange(other.next_, nullptr);
+        end_ = std::exchange(other.end_, nullptr);
+        return *this;
+    }
+
+    // Room for `size` characters, aligned as what was allocated before leaves it, of an item called
+    // `name`, owned by the arena's blocks, which outlive the arena itself. Ends the run when memory
+    // is out; the error line names the item.
     char* allocate(const char* name, size_t size) {
         if (static_cast<size_t>(end_ - next_) < size) {
             start_block(name, size);
@@ -37,4 +48,5 @@ class TextArena {
     char* block_ = nullptr;
     char* next_ = nullptr;
     char* end_ = nullptr;
+    size_t next_block_size_ = size_t{64} << 10; // grows with what is asked for
 };

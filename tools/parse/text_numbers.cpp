@@ -16,6 +16,14 @@ uint32_t TextNumbers::number_of(std::string_view text, uint64_t hash) {
     return slot.text->number;
 }
 
+uint32_t TextNumbers::find(std::string_view text, uint64_t hash) {
+    if (slots_.empty()) {
+        return unknown;
+    }
+    const Text* known = find_slot(hash, text).text;
+    return known == nullptr ? unknown : known->number;
+}
+
 // The slot that holds the text, or the free one that it belongs into.
 TextNumbers::Slot& TextNumbers::find_slot(uint64_t hash, std::string_view text) {
     const size_t mask = slots_.size() - 1;

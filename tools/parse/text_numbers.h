@@ -14,6 +14,11 @@ class TextNumbers {
     // The number of the text, whose hash_text is given; a new one gets the next number.
     uint32_t number_of(std::string_view text, uint64_t hash);
 
+    static constexpr uint32_t unknown = UINT32_MAX;
+
+    // The number of the text, whose hash_text is given, or `unknown`.
+    uint32_t find(std::string_view text, uint64_t hash);
+
     // Fetches into the processor's cache what number_of will look at for a text with this hash: the
     // place in the table first, the known text when that has arrived.
     void fetch_slot(uint64_t hash) const {

@@ -79,6 +79,9 @@ time_t convert_by_library(const CalendarTime& calendar) {
     fields.tm_sec = calendar.seconds;
     fields.tm_isdst = -1; // as the zone has it
     const time_t converted = mktime(&fields);
+    if (converted == -1) {
+        return -1;
+    }
     for (time_t earlier = step; earlier <= longest; earlier += step) {
         if (shows_same_clock(converted - earlier, fields)) {
             return converted - earlier;

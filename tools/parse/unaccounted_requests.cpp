@@ -4,48 +4,62 @@
 #include "tools/driver/logs.h"
 #include "tools/load/input_files.h"
 #include "tools/parse/secondary_cookie_trace.h"
+#include "tools/parse/text_hash.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace {
 
-constexpr int64_t free_entry = -1;
+constexpr int no_slot = -1;
 
 } // namespace
 
 UnaccountedRequests::UnaccountedRequests(const alInfo* al_info_array_t)
-    : al_info_array_t_(al_info_array_t) {
-    log_allocation("process_url_files_t", "unaccounted array",
-                   max_unaccounted_requests * sizeof(int64_t));
-    unaccounted_url_t_.assign(max_unaccounted_requests, free_entry);
+    : al_info_array_t_(al_info_array_t),
+      unaccounted_url_t_(static_cast<int64_t*>(allocate_zeroed(
+          "process_url_files_t", "unaccounted array", max_unaccounted_requests, sizeof(int64_t)))) {
+}
+
+UnaccountedRequests::~UnaccountedRequests() {
+    std::free(unaccounted_url_t_);
 }
 
 void UnaccountedRequests::add(int64_t record_index) {
     const int slot = take_slot();
-    unaccounted_url_t_[static_cast<size_t>(slot)] = record_index;
-    slots_of_value_[al_info_array_t_[record_index].akaau_id].push_back(slot);
+    unaccounted_url_t_[slot] = record_index;
+    const std::string_view value = al_info_array_t_[record_index].akaau_id;
+    const uint32_t number = values_.number_of(value, hash_text(value));
+    if (number == last_slot_of_value_.size()) {
+        last_slot_of_value_.push_back(no_slot);
+    }
+    slot_before_[static_cast<size_t>(slot)] = std::exchange(last_slot_of_value_[number], slot);
 }
 
-std::vector<int64_t> UnaccountedRequests::take(std::string_view akaau_id) {
-    const auto found = slots_of_value_.find(akaau_id);
-    if (found == slots_of_value_.end()) {
-        return {};
+const std::vector<int64_t>& UnaccountedRequests::take(std::string_view akaau_id) {
+    taken_.clear();
+    const uint32_t number = values_.find(akaau_id, hash_text(akaau_id));
+    if (number == TextNumbers::unknown) {
+        return taken_;
     }
-    std::vector<int> slots = std::move(found->second);
-    slots_of_value_.erase(found);
-    std::sort(slots.begin(), slots.end());
-    std::vector<int64_t> records;
-    records.reserve(slots.size());
-    for (const int slot : slots) {
-        records.push_back(unaccounted_url_t_[static_cast<size_t>(slot)]);
+    slots_of_taken_.clear();
+    for (int slot = std::exchange(last_slot_of_value_[number], no_slot); slot != no_slot;
+         slot = slot_before_[static_cast<size_t>(slot)]) {
+        slots_of_taken_.push_back(slot);
+    }
+    std::sort(slots_of_taken_.begin(), slots_of_taken_.end());
+    for (const int slot : slots_of_taken_) {
+        taken_.push_back(unaccounted_url_t_[slot]);
         free_slot(slot);
     }
-    return records;
+    return taken_;
 }
 
 int UnaccountedRequests::take_slot() {
     if (free_slots_.empty()) {
+        slot_before_.resize(static_cast<size_t>(ua_end_index_t_) + 1);
         return ua_end_index_t_++;
     }
     const int slot = free_slots_.top();
@@ -54,7 +68,6 @@ int UnaccountedRequests::take_slot() {
 }
 
 void UnaccountedRequests::free_slot(int slot) {
-    unaccounted_url_t_[static_cast<size_t>(slot)] = free_entry;
     if (slot == ua_end_index_t_ - 1) {
         --ua_end_index_t_;
     } else {

@@ -2,12 +2,12 @@
 
 #include "tools/parse/parsing_thread.h"
 #include "tools/parse/request_record.h"
+#include "tools/parse/text_numbers.h"
 
 #include <cstdint>
 #include <functional>
 #include <queue>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 constexpr int max_unaccounted_requests = 250000;
@@ -18,12 +18,16 @@ constexpr int max_unaccounted_requests = 250000;
 // becomes free. When the end index reaches the array's end, the thread is full, even while slots
 // below it are free.
 //
-// The slots of each cookie value and the free slots are kept in order beside the array, so that
-// neither adding nor back-filling has to search it.
+// The slots of each cookie value are chained and the free slots kept in order beside the array, so
+// that neither adding nor back-filling has to search it.
 class UnaccountedRequests {
   public:
-    // `al_info_array_t`: the thread's records, to which the slots refer; they must not move.
+    // `al_info_array_t`: the thread's records, to which the slots refer. Ends the run when memory
+    // is out.
     explicit UnaccountedRequests(const alInfo* al_info_array_t);
+    ~UnaccountedRequests();
+    UnaccountedRequests(const UnaccountedRequests&) = delete;
+    UnaccountedRequests& operator=(const UnaccountedRequests&) = delete;
 
     bool is_full() const { return ua_end_index_t_ == max_unaccounted_requests; }
     int end_index() const { return ua_end_index_t_; }
@@ -32,19 +36,23 @@ class UnaccountedRequests {
     void add(int64_t record_index);
 
     // Frees the slots of all requests whose secondary cookie has this value and gives the indices
-    // of their records in the order of the slots.
-    std::vector<int64_t> take(std::string_view akaau_id);
+    // of their records in the order of the slots, until the next call.
+    const std::vector<int64_t>& take(std::string_view akaau_id);
 
   private:
     int take_slot();
     void free_slot(int slot);
 
     const alInfo* al_info_array_t_;
-    std::vector<int64_t> unaccounted_url_t_; // record indices; -1: free
-    int ua_end_index_t_ = 0;                 // one past the highest slot used and not given back
-    std::unordered_map<std::string_view, std::vector<int>> slots_of_value_;
+    int64_t* unaccounted_url_t_;          // the slots: record indices
+    int ua_end_index_t_ = 0;              // one past the highest slot used and not given back
+    TextNumbers values_;                  // cookie values that requests have waited with
+    std::vector<int> last_slot_of_value_; // the slot used last, by number of the value; -1: none
+    std::vector<int> slot_before_; // by slot: the one that the same value used before it; -1: none
     std::priority_queue<int, std::vector<int>, std::greater<int>>
         free_slots_; // below the end index
+    std::vector<int> slots_of_taken_;
+    std::vector<int64_t> taken_;
 };
 
 // Gives the requests that wait with the secondary-cookie value `akaau_id` the session

@@ -48,25 +48,23 @@ bool follow_redirects(alInfo& request, bool is_redirected, RedirectLocations& lo
 
 std::vector<uint32_t> select_requests(const SessionOrder& session_order,
                                       const RequestNumbers& numbers) {
-    const std::vector<uint32_t>& requests = session_order.requests;
     std::vector<uint32_t> selected;
-    selected.reserve(requests.size());
+    selected.reserve(session_order.requests.size());
     RedirectLocations locations;
-    size_t place = 0;
+    auto place = session_order.requests.begin();
     for (const uint32_t session_end : session_order.session_ends) {
         locations.clear();
-        // Requests without a session come before all others.
-        const bool is_session = place != 0 || has_session(al_info_array[requests[place]]);
-        for (; place < session_end; ++place) {
-            const uint32_t index = requests[place];
-            alInfo& request = al_info_array[index];
-            const bool is_redirected = numbers[index].is_redirect != 0;
-            const bool counts = !is_session ? count_non_session(request)
-                                : auto_redirect_flag != 0
-                                    ? follow_redirects(request, is_redirected, locations)
-                                    : true;
+        const bool is_session = has_session(al_info_array[*place]);
+        for (; place != session_order.requests.begin() + session_end; ++place) {
+            alInfo& request = al_info_array[*place];
+            bool counts = true;
+            if (!is_session) {
+                counts = count_non_session(request);
+            } else if (auto_redirect_flag != 0) {
+                counts = follow_redirects(request, numbers[*place].is_redirect != 0, locations);
+            }
             if (counts) {
-                selected.push_back(index);
+                selected.push_back(*place);
             }
         }
     }

@@ -11,6 +11,5 @@ struct SortableText {
 };
 
 // Sorts texts byte-wise, as strcmp has them; equal ones stand together in any order. Looks at eight
-// characters at a time and at none twice, so that what all of them begin with costs next to
-// nothing.
+// characters at a time, so that what many of them begin with costs little.
 void sort_texts(std::vector<SortableText>& texts);

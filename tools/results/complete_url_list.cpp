@@ -105,14 +105,21 @@ void read_row(LineText line, TextArena& texts) {
     if (column_end == line_end) {
         refuse_row(); // no separator, no URL
     }
+    char* count_end;
+    char* offset_end;
+    const uint64_t count = std::strtoul(columns[2], &count_end, 0);
+    const int64_t offset = std::strtol(columns[3], &offset_end, 10);
+    if (*count_end != '\0' || *offset_end != '\0') {
+        refuse_row(); // for instance of a host that holds a separator
+    }
     const char* url = column_end + 1;
     const int index = create_url_pattern(); // may move the table
     UrlInfo& entry = url_pattern[index];
     entry = {};
     std::snprintf(entry.method, sizeof entry.method, "%s", columns[0]);
     entry.host_hdr = texts.copy("host_hdr", columns[1]);
-    entry.count = std::strtoul(columns[2], nullptr, 0);
-    entry.query_url_offset = std::strtol(columns[3], nullptr, 10);
+    entry.count = count;
+    entry.query_url_offset = offset;
     entry.url = texts.copy("url", {url, static_cast<size_t>(line_end - url)});
 }
 

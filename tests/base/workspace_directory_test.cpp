@@ -5,8 +5,8 @@
 
 TEST(WorkspaceDirectory, IsNamedByInstallationWorkspaceAndProfile) {
     EXPECT_EQ(zvlb_set_ta_dir_ex1("/opt/zv", "w1", "p1"), 31);
-    const char* incomplete[][3] = {{nullptr, "w", "p"}, {"/d", nullptr, "p"}, {"/d", "w", nullptr},
-                                   {"", "w", "p"},      {"/d", "", "p"},      {"/d", "w", ""}};
+    const char* incomplete[][3] = {
+        {nullptr, "w", "p"}, {"/d", nullptr, "p"}, {"/d", "", "p"}, {"/d", "w", ""}};
     for (const auto& [work_dir, workspace, profile] : incomplete) {
         EXPECT_EQ(zvlb_set_ta_dir_ex1(work_dir, workspace, profile), -1);
     }
