@@ -72,10 +72,10 @@ class RequestNumbers {
     struct NotedRequest {
         std::string session_text;
         std::string url_text;
-        uint64_t session_hash;
-        uint64_t url_hash;
-        uint64_t time_stamp;
-        bool is_redirect;
+        uint64_t session_hash = 0;
+        uint64_t url_hash = 0;
+        uint64_t time_stamp = 0;
+        bool is_redirect = false;
     };
     static constexpr size_t max_noted = 3; // one for each step: slot, text, number
 
