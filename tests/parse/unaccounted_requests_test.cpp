@@ -43,7 +43,7 @@ class PlainArray {
 
 TEST(UnaccountedRequests, KeepTheSlotsOfAPlainArray) {
     Choices choices(6);
-    for (const size_t value_count : {2, 10, 200}) {
+    for (const size_t value_count : {2U, 10U, 200U}) {
         std::vector<alInfo> records(4000);
         UnaccountedRequests waiting(records.data());
         PlainArray expected(records);
