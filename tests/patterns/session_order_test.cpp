@@ -43,7 +43,7 @@ void expect_stable_order(char mode) {
                                record.time_stamp);
     };
     Choices choices(9);
-    for (const size_t count : {0, 1, 2, 3, 10, 50, 3000, 3001}) {
+    for (const size_t count : {0U, 1U, 2U, 3U, 10U, 50U, 3000U, 3001U}) {
         for (size_t round = 0; round < 3000 / (count + 10) + 5; ++round) {
             std::vector<alInfo> records = random_records(choices, count);
             const RequestNumbers numbers = number_requests(records, choices);
