@@ -5,9 +5,9 @@
 #include <string_view>
 #include <utility>
 
-// Hands out pieces of large blocks, of exactly the size asked for, for the texts of one thread's
-// requests: they live to the end of the run, so none is ever freed by itself and no bookkeeping is
-// kept for it.
+// Hands out pieces of large blocks, of exactly the size asked for, for texts that one thread makes
+// and that live to the end of the run: none is ever freed by itself, and no bookkeeping is kept for
+// it.
 class TextArena {
   public:
     TextArena() = default;

@@ -29,7 +29,7 @@ class UnaccountedRequests {
     UnaccountedRequests(const UnaccountedRequests&) = delete;
     UnaccountedRequests& operator=(const UnaccountedRequests&) = delete;
 
-    bool is_full() const { return ua_end_index_t_ == max_unaccounted_requests; }
+    bool is_full() const { return end_index() == max_unaccounted_requests; }
     int end_index() const { return ua_end_index_t_; }
 
     // Puts the record with the given index into a slot. Not to be called when full.

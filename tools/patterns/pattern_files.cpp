@@ -49,6 +49,18 @@ class PatternLines {
     int line_num_ = 0;
 };
 
+// Hands every line of the open file `path` to `add_line`, with its number, and closes the file.
+void read_patterns(FILE* file, const char* fname, const char* path,
+                   void (*add_line)(char* line, int line_num)) {
+    PatternLines lines(file);
+    LineText line;
+    while (lines.next(line)) {
+        add_line(line.text, lines.line_num());
+    }
+    lines.require_whole(fname, path);
+    std::fclose(file);
+}
+
 // A table that patterns are added to, under the name that its growth is reported with.
 struct GrowingTable {
     const char* name;
@@ -230,13 +242,7 @@ void save_url_pattern(const char* url_pattern_file) {
         fatal_error(url_fname, "Failed to open 'replay_url_patterns.dat' for profile '%s'",
                     replay_profile);
     }
-    PatternLines lines(file);
-    LineText line;
-    while (lines.next(line)) {
-        add_url_pattern_line(line.text, lines.line_num());
-    }
-    lines.require_whole(url_fname, url_pattern_file);
-    std::fclose(file);
+    read_patterns(file, url_fname, url_pattern_file, add_url_pattern_line);
     DEBUG_LOG(3, url_fname, "'replay_url_patterns.dat' successfully processed for profile '%s'",
               replay_profile);
     DEBUG_LOG(3, url_fname, "Total inline url pattern = %d added", total_inline_url_pattern);
@@ -254,12 +260,6 @@ void save_filter_url_pattern(const char* filter_file) {
                     "Failed to open 'replay_url_filter_patterns.dat' for profile '%s'",
                     replay_profile);
     }
-    PatternLines lines(file);
-    LineText line;
-    while (lines.next(line)) {
-        add_filter_pattern_line(line.text, lines.line_num());
-    }
-    lines.require_whole(filter_fname, filter_file);
-    std::fclose(file);
+    read_patterns(file, filter_fname, filter_file, add_filter_pattern_line);
     DEBUG_LOG(3, filter_fname, "total '%d' filter url pattern found.", total_filter_url_pattern);
 }
