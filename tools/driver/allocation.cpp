@@ -69,3 +69,7 @@ void* reserve_pages(size_t size) {
     madvise(pages, size, MADV_HUGEPAGE);
     return pages;
 }
+
+void release_pages(void* pages, size_t size) {
+    munmap(pages, size);
+}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
 #include <string_view>
 
 // How the program takes memory: every block has a name, is announced in the debug log (level 2)
@@ -32,3 +33,33 @@ char* allocate_text(const char* fname, const char* name, std::string_view text);
 // `size` bytes of zeroed address space that take no memory until they are touched, in huge pages
 // where the system has them; null when the system refuses.
 void* reserve_pages(size_t size);
+
+// Gives back what reserve_pages gave for the same size.
+void release_pages(void* pages, size_t size);
+
+// Allocator of the library's containers that takes large blocks by reserve_pages.
+template <typename Element> struct PageAllocator {
+    using value_type = Element;
+    static constexpr size_t min_size = size_t{2} << 20; // bytes, a huge page
+
+    PageAllocator() = default;
+    template <typename Other> explicit PageAllocator(const PageAllocator<Other>&) {}
+
+    Element* allocate(size_t count) {
+        const size_t size = count * sizeof(Element);
+        void* block = size < min_size ? ::operator new(size) : reserve_pages(size);
+        if (block == nullptr) {
+            out_of_memory("PageAllocator", "working memory", size);
+        }
+        return static_cast<Element*>(block);
+    }
+    void deallocate(Element* block, size_t count) {
+        const size_t size = count * sizeof(Element);
+        if (size < min_size) {
+            ::operator delete(block);
+        } else {
+            release_pages(block, size);
+        }
+    }
+    bool operator==(const PageAllocator&) const = default;
+};

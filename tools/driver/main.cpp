@@ -26,6 +26,7 @@
 #include <new>
 #include <string>
 #include <sys/stat.h>
+#include <utility>
 
 namespace {
 
@@ -103,12 +104,12 @@ SessionOrder order_requests() {
     return session_order;
 }
 
-void make_unique_urls(const SessionOrder& session_order, const std::string& config_dir) {
+void make_unique_urls(SessionOrder session_order, const std::string& config_dir) {
     QueryList query_list(config_dir);
     const PhaseProgress progress(
         "Start creating unique pattern of urls at %s\n",
         "End creating unique pattern of urls at %s\n Total time taken: %ld(sec) \n");
-    make_url_pattern_list(session_order, request_numbers, query_list);
+    make_url_pattern_list(std::move(session_order), request_numbers.url_count(), query_list);
     progress.finish();
     DEBUG_LOG(4, fname, "Total url pattern - %d", url_pattern_count);
 }

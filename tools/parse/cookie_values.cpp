@@ -4,9 +4,21 @@
 
 #include <cstring>
 
-bool get_cookie_value(const char* header, const char* name, size_t skip,
+namespace {
+
+// Most headers are a "-": nothing to search in.
+bool is_one_character(const char* header) {
+    return header[0] != '\0' && header[1] == '\0';
+}
+
+} // namespace
+
+bool get_cookie_value(const char* header, std::string_view name, size_t skip,
                       char (&value)[max_cookie_length]) {
-    const char* found = std::strstr(header, name);
+    if (is_one_character(header) && name.size() > 1) {
+        return false;
+    }
+    const char* found = std::strstr(header, name.data());
     if (found == nullptr) {
         return false;
     }

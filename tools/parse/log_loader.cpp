@@ -9,6 +9,7 @@
 #include "tools/parse/secondary_cookie_trace.h"
 
 #include <cstring>
+#include <string_view>
 
 namespace {
 
@@ -17,12 +18,14 @@ constexpr size_t line_size = 102400; // of the line buffer whose limit lines are
 
 enum class AfterRequest { go_on, stop_loading };
 
-// What identifying a request's session needs to know of the file and the thread.
+// What identifying a request's session needs to know of the file, the thread and the settings.
 struct LoadingFile {
     ParsingThread& thread;
     alInfo* al_info_array_t;
     UnaccountedRequests& unaccounted_url_t;
     const char* file_name;
+    std::string_view session_cookie = cookie_name;
+    std::string_view other_cookie = secondary_cookie;
 };
 
 LineParser* parser_of_log_type() {
@@ -38,25 +41,25 @@ LineParser* parser_of_log_type() {
 
 // The value keeps the character after the name, the equals sign: it stays so in every value, so
 // that they compare equal to one another.
-bool get_secondary_cookie(const char* header, alInfo& record) {
+bool get_secondary_cookie(const LoadingFile& file, const char* header, alInfo& record) {
     return secondary_cookie_enable != 0 &&
-           get_cookie_value(header, secondary_cookie, std::strlen(secondary_cookie),
-                            record.akaau_id);
+           get_cookie_value(header, file.other_cookie, file.other_cookie.size(), record.akaau_id);
 }
 
-bool get_session_cookie(const char* header, alInfo& record) {
-    return get_cookie_value(header, cookie_name, std::strlen(cookie_name) + 1, record.jsession_id);
+bool get_session_cookie(const LoadingFile& file, const char* header, alInfo& record) {
+    return get_cookie_value(header, file.session_cookie, file.session_cookie.size() + 1,
+                            record.jsession_id);
 }
 
 // Returns whether a session cookie is missing from the header.
-bool read_cookie_header(alInfo& record) {
+bool read_cookie_header(const LoadingFile& file, alInfo& record) {
     DEBUG_LOG(4, fname, "Going to get secondary cookie(akaau) format and jsession id from Cookie");
-    if (get_secondary_cookie(record.cookies, record)) {
+    if (get_secondary_cookie(file, record.cookies, record)) {
         DEBUG_LOG(4, fname,
                   "secondary cookie(akaau) found in Cookie. al_info_array_t[*seq_no].akaau_id = %s",
                   record.akaau_id);
     }
-    if (!get_session_cookie(record.cookies, record)) {
+    if (!get_session_cookie(file, record.cookies, record)) {
         return true;
     }
     DEBUG_LOG(4, fname, "Session Cookie found in Cookie. al_info_array_t[*seq_no].jsession_id = %s",
@@ -66,12 +69,12 @@ bool read_cookie_header(alInfo& record) {
 
 // Returns whether the header sets the session cookie; the requests that waited for it then have it.
 bool read_set_cookie_header(LoadingFile& file, alInfo& record) {
-    if (get_secondary_cookie(record.set_cookies, record)) {
+    if (get_secondary_cookie(file, record.set_cookies, record)) {
         DEBUG_LOG(4, fname,
                   "akaau cookie found in Set-Cookie. al_info_array_t[*seq_no].akaau_id = %s",
                   record.akaau_id);
     }
-    if (!get_session_cookie(record.set_cookies, record)) {
+    if (!get_session_cookie(file, record.set_cookies, record)) {
         return false;
     }
     DEBUG_LOG(4, fname, "Jsessionid found in Cookie. al_info_array_t[*seq_no].jsession_id = %s",
@@ -101,7 +104,7 @@ AfterRequest wait_for_session(LoadingFile& file, const alInfo& record) {
 AfterRequest identify_session(LoadingFile& file, alInfo& record) {
     bool jid_missing_flag = false;
     if (record.cookies != nullptr) {
-        jid_missing_flag = read_cookie_header(record);
+        jid_missing_flag = read_cookie_header(file, record);
     }
     if (record.set_cookies != nullptr && read_set_cookie_header(file, record)) {
         jid_missing_flag = false;
@@ -112,11 +115,10 @@ AfterRequest identify_session(LoadingFile& file, alInfo& record) {
     return AfterRequest::go_on;
 }
 
-// The headers are needed no more once the ids are cut out of them.
-void release_header_texts(ParsingThread& thread, alInfo& record) {
+// They point into the line, which is about to go.
+void forget_headers(alInfo& record) {
     record.cookies = nullptr;
     record.set_cookies = nullptr;
-    thread.header_texts.reuse_block();
 }
 
 // With queries ignored, a URL counts up to its first query separator.
@@ -146,7 +148,10 @@ void remove_carriage_return(LineText& line) {
 int load_url_info(ParsingThread& thread, alInfo* al_info_array_t, int seq_file_idx,
                   FILE* al_file_fp, uint64_t* seq_no, UnaccountedRequests& unaccounted_url_t) {
     const InputFileInfo& input = seq_file_path[seq_file_idx];
-    LoadingFile file = {thread, al_info_array_t, unaccounted_url_t, input.input_file};
+    LoadingFile file = {.thread = thread,
+                        .al_info_array_t = al_info_array_t,
+                        .unaccounted_url_t = unaccounted_url_t,
+                        .file_name = input.input_file};
     DEBUG_LOG(2, fname, "Method called, access log file = %s", file.file_name);
     LineParser* const parse_line = parser_of_log_type();
     LineReader lines(fileno(al_file_fp), line_size);
@@ -170,7 +175,7 @@ int load_url_info(ParsingThread& thread, alInfo* al_info_array_t, int seq_file_i
             identify_session(file, record) == AfterRequest::stop_loading) {
             return 1;
         }
-        release_header_texts(thread, record);
+        forget_headers(record);
         find_counted_url(record);
         thread.numbers.add(record);
         ++*seq_no;

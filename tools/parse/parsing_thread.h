@@ -21,7 +21,6 @@ struct ParsingThread {
     RequestNumbers numbers = {}; // of its records
     threadCounter counters = {};
     TextArena record_texts = {};        // URLs, hosts and locations of the accepted requests
-    TextArena header_texts = {};        // cookie headers of the current line
     std::string joined_url = {};        // URL and query string of the current line
     std::string resolved_location = {}; // of the current line
 };

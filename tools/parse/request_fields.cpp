@@ -172,6 +172,6 @@ void store_request(ParsingThread& thread, const RequestFields& request, const ch
         request.host.text == nullptr
             ? na_string
             : thread.record_texts.copy("Allocate host IP", {request.host.text, request.host.size});
-    store_text(thread.header_texts, "Cookies", request.cookies, 0, record.cookies);
-    store_text(thread.header_texts, "Set Cookies", request.set_cookies, 0, record.set_cookies);
+    record.cookies = request.cookies.text;
+    record.set_cookies = request.set_cookies.text;
 }

@@ -4,6 +4,8 @@
 #include "tools/driver/logs.h"
 #include "tools/parse/text_hash.h"
 
+#include <algorithm>
+#include <cstring>
 #include <endian.h>
 #include <utility>
 
@@ -24,11 +26,6 @@ char lower_case(char c) {
 }
 
 } // namespace
-
-bool has_session(const alInfo& request) {
-    return session_mode == SESSION_MODE_COOKIE ? request.jsession_id[0] != '\0'
-                                               : request.client_ip != 0;
-}
 
 bool is_redirect(const alInfo& request) {
     const int code = request.response_code;
@@ -135,15 +132,12 @@ void RequestNumbers::describe_session(const alInfo& request, std::string& text) 
     text.assign(reinterpret_cast<const char*>(&address), sizeof address);
 }
 
-// What makes a URL unique, as one text: method in lower case, host, and the counted part of the
-// URL.
+// What makes a URL unique, as one text: method in lower case, filled up with zeros, host, and the
+// counted part of the URL.
 void RequestNumbers::describe_url(const alInfo& request, std::string& text) {
-    text.clear();
-    for (const char* c = request.method; *c != '\0'; ++c) {
-        text += lower_case(*c);
-    }
-    text += '\0';
-    text += request.host_ip;
-    text += '\0';
+    char method[max_method_length];
+    std::transform(request.method, request.method + max_method_length, method, lower_case);
+    text.assign(method, sizeof method);
+    text.append(request.host_ip, std::strlen(request.host_ip) + 1);
     text.append(request.url, static_cast<size_t>(request.url_len));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/driver/allocation.h"
 #include "tools/parse/request_record.h"
 #include "tools/parse/text_numbers.h"
 
@@ -19,9 +20,6 @@ struct RequestNumber {
     uint32_t url : 31;
     uint32_t is_redirect : 1; // its response sends the browser to another location
 };
-
-// Whether a request has a session: a cookie value or a client address, as session_mode has it.
-bool has_session(const alInfo& request);
 
 // Whether the response redirects the browser to a location that is worth remembering.
 bool is_redirect(const alInfo& request);
@@ -86,7 +84,7 @@ class RequestNumbers {
 
     std::array<NotedRequest, max_noted> noted_;
     size_t noted_count_ = 0; // records noted so far, numbered or not
-    std::vector<RequestNumber> numbers_;
+    std::vector<RequestNumber, PageAllocator<RequestNumber>> numbers_;
     TextNumbers session_texts_;
     std::vector<SessionSpan> spans_; // by session
     TextNumbers url_texts_;

@@ -13,10 +13,11 @@ constexpr int max_method_length = 16; // characters kept of a method
 // One accepted request. The texts are terminated and live to the end of the run.
 struct accessLogInfo {
     uint64_t time_stamp;                 // seconds, on the scale of tools/parse/timestamps.h
-    char method[max_method_length + 1];  // HTTP method
+    char method[max_method_length + 1];  // HTTP method, zeros behind it
     char jsession_id[max_cookie_length]; // value of the session cookie; empty: none
     char akaau_id[max_cookie_length];    // value of the secondary cookie; empty: none
-    char* cookies;     // Cookie header until the ids are cut out of it; null when not in the layout
+    char* cookies;     // Cookie header, in the log line, until the ids are cut out of it; null when
+                       // not in the layout
     char* set_cookies; // Set-Cookie header, likewise
     uint64_t seq;      // own index: in the thread's records, after the merge in the request table
     char* redirect_url; // Location header, made absolute against the URL; null: none

@@ -13,7 +13,6 @@ class TextArena {
     TextArena() = default;
     TextArena(TextArena&& other) noexcept { *this = std::move(other); }
     TextArena& operator=(TextArena&& other) noexcept {
-        block_ = std::exchange(other.block_, nullptr);
         next_ = std::exchange(other.next_, nullptr);
         end_ = std::exchange(other.end_, nullptr);
         return *this;
@@ -39,13 +38,9 @@ class TextArena {
         return piece;
     }
 
-    // Forgets all texts of the current block, for texts that are needed only until the next line.
-    void reuse_block() { next_ = block_; }
-
   private:
     void start_block(const char* name, size_t size);
 
-    char* block_ = nullptr;
     char* next_ = nullptr;
     char* end_ = nullptr;
     size_t next_block_size_ = size_t{64} << 10; // grows with what is asked for

@@ -6,36 +6,54 @@
 
 namespace {
 
+constexpr uint64_t odd_multiplier = 0x9e3779b97f4a7c15;
 __extension__ using uint128 = unsigned __int128;
 
-uint64_t choose_seed() {
-    uint64_t seed;
+struct Seed {
+    uint64_t first;
+    uint64_t second;
+};
+
+Seed choose_seed() {
+    Seed seed;
     if (getentropy(&seed, sizeof seed) != 0) {
-        seed = static_cast<uint64_t>(time(nullptr)) << 32 ^ static_cast<uint64_t>(getpid());
+        seed = {static_cast<uint64_t>(time(nullptr)), static_cast<uint64_t>(getpid())};
     }
     return seed;
 }
 
-const uint64_t seed = choose_seed();
+const Seed seed = choose_seed();
 
-uint64_t mix(uint64_t a) {
-    constexpr uint64_t multiplier = 0x9e3779b97f4a7c15;
-    const uint128 product = static_cast<uint128>(a) * multiplier;
+uint64_t mix(uint64_t a, uint64_t b) {
+    const uint128 product = static_cast<uint128>(a) * b;
     return static_cast<uint64_t>(product) ^ static_cast<uint64_t>(product >> 64);
+}
+
+uint64_t word_at(const char* position) {
+    uint64_t word;
+    std::memcpy(&word, position, sizeof word);
+    return word;
 }
 
 } // namespace
 
 uint64_t hash_text(std::string_view text) {
-    uint64_t hash = seed ^ text.size();
-    const char* position = text.data();
-    size_t left = text.size();
-    for (; left >= sizeof(uint64_t); left -= sizeof(uint64_t), position += sizeof(uint64_t)) {
-        uint64_t word;
-        std::memcpy(&word, position, sizeof word);
-        hash = mix(hash ^ word);
+    constexpr size_t step = 2 * sizeof(uint64_t);
+    uint64_t hash = seed.first ^ text.size();
+    const auto add_step = [&](const char* position) {
+        hash = mix(hash ^ word_at(position), seed.second ^ word_at(position + sizeof(uint64_t)));
+    };
+    const char* const end = text.data() + text.size();
+    if (text.size() < step) {
+        char padded[step] = {};
+        text.copy(padded, text.size());
+        add_step(padded);
+        return mix(hash, odd_multiplier);
     }
-    uint64_t word = 0;
-    std::memcpy(&word, position, left);
-    return mix(hash ^ word);
+    for (const char* position = text.data(); end - position > static_cast<long>(step);
+         position += step) {
+        add_step(position);
+    }
+    add_step(end - step); // overlaps the one before rather than being pieced together
+    return mix(hash, odd_multiplier);
 }

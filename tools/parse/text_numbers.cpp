@@ -10,10 +10,12 @@ uint32_t TextNumbers::number_of(std::string_view text, uint64_t hash) {
         grow();
     }
     Slot& slot = find_slot(hash, text);
-    if (slot.text == nullptr) {
-        slot = {hash, add(text)};
+    if (slot.text != nullptr) {
+        return slot.text->number;
     }
-    return slot.text->number;
+    Text* const added = add(text);
+    slot = {hash, added};
+    return added->number;
 }
 
 uint32_t TextNumbers::find(std::string_view text, uint64_t hash) {
@@ -37,8 +39,7 @@ TextNumbers::Slot& TextNumbers::find_slot(uint64_t hash, std::string_view text) 
 
 void TextNumbers::grow() {
     constexpr size_t first_size = 1024;
-    const std::vector<Slot> old =
-        std::exchange(slots_, std::vector<Slot>(std::max(first_size, slots_.size() * 2)));
+    const Slots old = std::exchange(slots_, Slots(std::max(first_size, slots_.size() * 2)));
     for (const Slot& slot : old) {
         if (slot.text != nullptr) {
             find_slot(slot.hash, slot.text->view()) = slot;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/driver/allocation.h"
 #include "tools/parse/text_arena.h"
 
 #include <cstddef>
@@ -61,7 +62,9 @@ class TextNumbers {
     void grow();
     Text* add(std::string_view text);
 
-    std::vector<Slot> slots_; // a power of two of them, at most half of them used
+    using Slots = std::vector<Slot, PageAllocator<Slot>>;
+
+    Slots slots_; // a power of two of them, at most half of them used
     std::vector<Text*> texts_;
     TextArena arena_;
 };

@@ -87,7 +87,7 @@ void update_unaccounted_array(ParsingThread& thread, alInfo* al_info_array_t, co
         if (record.jsession_id[0] != '\0') {
             continue;
         }
-        std::strcpy(record.jsession_id, jsession_id);
+        std::memcpy(record.jsession_id, jsession_id, std::strlen(jsession_id) + 1);
         thread.numbers.change_session(static_cast<uint32_t>(index), record);
         DEBUG_LOG(3, fname, "Settign jsessionid for url %s", record.url);
         trace_updated(

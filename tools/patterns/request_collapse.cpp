@@ -15,21 +15,19 @@ void cut_url(alInfo& request) {
     request.query_last_char = std::exchange(request.url[request.url_len], '\0');
 }
 
-std::vector<CollapsedUrl> count_requests(const std::vector<uint32_t>& requests,
-                                         const RequestNumbers& numbers) {
-    std::vector<CollapsedUrl> urls(numbers.url_count());
-    for (const uint32_t index : requests) {
-        CollapsedUrl& url = urls[numbers[index].url];
+std::vector<CollapsedUrl> count_requests(const OrderedRequests& requests, uint32_t url_count) {
+    std::vector<CollapsedUrl> urls(url_count);
+    for (const OrderedRequest& request : requests) {
+        CollapsedUrl& url = urls[request.url];
         if (url.count++ == 0) {
-            url.first_request = index;
+            url.first_request = request.record;
         }
     }
     return urls;
 }
 
 // Groups the requests whose URL is cut by unique URL, and lets each URL know where its group ends.
-std::vector<uint32_t> group_queried(const std::vector<uint32_t>& requests,
-                                    const RequestNumbers& numbers,
+std::vector<uint32_t> group_queried(const OrderedRequests& requests,
                                     std::vector<CollapsedUrl>& urls) {
     uint32_t start = 0;
     for (CollapsedUrl& url : urls) {
@@ -38,9 +36,9 @@ std::vector<uint32_t> group_queried(const std::vector<uint32_t>& requests,
         start += is_cut ? url.count : 0;
     }
     std::vector<uint32_t> queried(start);
-    for (const uint32_t index : requests) {
-        if (al_info_array[index].ignore_query_flag != 0) {
-            queried[urls[numbers[index].url].queries_end++] = index;
+    for (const OrderedRequest& request : requests) {
+        if (al_info_array[request.record].ignore_query_flag != 0) {
+            queried[urls[request.url].queries_end++] = request.record;
         }
     }
     return queried;
@@ -84,12 +82,12 @@ int sort_al_by_url_method_host(const alInfo& a, const alInfo& b) {
     return std::strcmp(a.host_ip, b.host_ip);
 }
 
-CollapsedRequests collapse_requests(const std::vector<uint32_t>& requests,
-                                    const RequestNumbers& numbers, bool keep_queried) {
+CollapsedRequests collapse_requests(const OrderedRequests& requests, uint32_t url_count,
+                                    bool keep_queried) {
     CollapsedRequests collapsed;
-    collapsed.urls = count_requests(requests, numbers);
+    collapsed.urls = count_requests(requests, url_count);
     if (keep_queried) {
-        collapsed.queried = group_queried(requests, numbers, collapsed.urls);
+        collapsed.queried = group_queried(requests, collapsed.urls);
     }
     std::erase_if(collapsed.urls, [](const CollapsedUrl& url) { return url.count == 0; });
     for (const CollapsedUrl& url : collapsed.urls) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tools/parse/request_numbers.h"
 #include "tools/parse/request_record.h"
+#include "tools/patterns/session_order.h"
 
 #include <cstdint>
 #include <vector>
@@ -25,11 +25,11 @@ struct CollapsedRequests {
                                     // together, each by session and time
 };
 
-// Collapses the requests with the given indices, which are in the order of session and time, by the
-// numbers of their URLs. The text of each unique URL's first request is cut where its counted part
+// Collapses requests that are in the order of session and time by the numbers of their URLs, which
+// are below `url_count`. The text of each unique URL's first request is cut where its counted part
 // ends (query_last_char). Fills `queried` only when `keep_queried`.
-CollapsedRequests collapse_requests(const std::vector<uint32_t>& requests,
-                                    const RequestNumbers& numbers, bool keep_queried);
+CollapsedRequests collapse_requests(const OrderedRequests& requests, uint32_t url_count,
+                                    bool keep_queried);
 
 // Undoes the cut of a request's URL.
 void restore_url(alInfo& request);

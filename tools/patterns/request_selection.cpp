@@ -3,8 +3,9 @@
 #include "tools/config/replay_settings.h"
 #include "tools/driver/logs.h"
 #include "tools/load/request_table.h"
-#include "tools/parse/request_numbers.h"
 #include "tools/patterns/redirect_followups.h"
+
+#include <utility>
 
 uint64_t g_redirected_req = 0;
 uint64_t g_total_non_session_req = 0;
@@ -46,27 +47,26 @@ bool follow_redirects(alInfo& request, bool is_redirected, RedirectLocations& lo
 
 } // namespace
 
-std::vector<uint32_t> select_requests(const SessionOrder& session_order,
-                                      const RequestNumbers& numbers) {
-    std::vector<uint32_t> selected;
-    selected.reserve(session_order.requests.size());
+OrderedRequests select_requests(SessionOrder session_order) {
+    OrderedRequests& requests = session_order.requests;
+    auto selected_end = requests.begin();
     RedirectLocations locations;
-    auto place = session_order.requests.begin();
-    for (const uint32_t session_end : session_order.session_ends) {
+    auto place = requests.cbegin();
+    for (const OrderedSession& session : session_order.sessions) {
         locations.clear();
-        const bool is_session = has_session(al_info_array[*place]);
-        for (; place != session_order.requests.begin() + session_end; ++place) {
-            alInfo& request = al_info_array[*place];
+        for (; place != requests.cbegin() + session.end; ++place) {
+            alInfo& request = al_info_array[place->record];
             bool counts = true;
-            if (!is_session) {
+            if (!session.has_session) {
                 counts = count_non_session(request);
             } else if (auto_redirect_flag != 0) {
-                counts = follow_redirects(request, numbers[*place].is_redirect != 0, locations);
+                counts = follow_redirects(request, place->is_redirect != 0, locations);
             }
             if (counts) {
-                selected.push_back(*place);
+                *selected_end++ = *place;
             }
         }
     }
-    return selected;
+    requests.erase(selected_end, requests.end());
+    return std::move(requests);
 }

@@ -1,10 +1,8 @@
 #pragma once
 
-#include "tools/parse/request_record.h"
 #include "tools/patterns/session_order.h"
 
 #include <cstdint>
-#include <vector>
 
 // Which requests count: not those without a session, if so set, nor those that a browser made by
 // itself when it followed a redirect.
@@ -17,6 +15,5 @@ extern uint64_t
     g_total_non_session_with_secondary_cookie; // of these, with a secondary-cookie value
 
 // Goes through the request table session by session, sets ignore_flag in the requests that do not
-// count, and returns the indices of those that do, in that order.
-std::vector<uint32_t> select_requests(const SessionOrder& session_order,
-                                      const RequestNumbers& numbers);
+// count, and returns those that do, in that order.
+OrderedRequests select_requests(SessionOrder session_order);

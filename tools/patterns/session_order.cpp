@@ -44,11 +44,12 @@ std::vector<SessionKey> sort_sessions(const RequestNumbers& numbers) {
 
 // Puts the requests of each session together, in table order. `place_of_session` tells where each
 // session's first request goes, by session number; afterwards, where its last one ends.
-std::vector<uint32_t> place_requests(const RequestNumbers& numbers,
-                                     std::vector<uint32_t>& place_of_session) {
-    std::vector<uint32_t> requests(numbers.count());
+OrderedRequests place_requests(const RequestNumbers& numbers,
+                               std::vector<uint32_t>& place_of_session) {
+    OrderedRequests requests(numbers.count());
     for (uint32_t i = 0; i < numbers.count(); ++i) {
-        requests[place_of_session[numbers[i].session]++] = i;
+        const RequestNumber& number = numbers[i];
+        requests[place_of_session[number.session]++] = {i, number.url, number.is_redirect};
     }
     return requests;
 }
@@ -93,11 +94,13 @@ SessionOrder order_by_session(const alInfo* records, const RequestNumbers& numbe
             continue;
         }
         if (!numbers.is_in_time_order(key.session)) {
-            std::stable_sort(session_start, session_end, [&](uint32_t a, uint32_t b) {
-                return compare(records[a], records[b]) < 0;
-            });
+            std::stable_sort(session_start, session_end,
+                             [&](const OrderedRequest& a, const OrderedRequest& b) {
+                                 return compare(records[a.record], records[b.record]) < 0;
+                             });
         }
-        order.session_ends.push_back(places[key.session]);
+        const bool has_session = key.prefix != 0; // an empty cookie value, or address 0
+        order.sessions.push_back({places[key.session], has_session});
         session_start = session_end;
     }
     return order;

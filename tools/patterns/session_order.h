@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/driver/allocation.h"
 #include "tools/parse/request_numbers.h"
 #include "tools/parse/request_record.h"
 
@@ -16,9 +17,22 @@ int sort_al_info_using_cip_time(const alInfo& a, const alInfo& b);
 // The order of a table of records by the comparator that fits session_mode; requests of one session
 // and one second keep the order of the table. The records stay where they are: moving their 256
 // bytes about would cost more than all else.
+struct OrderedRequest {
+    uint32_t record; // index of its record
+    uint32_t url : 31;
+    uint32_t is_redirect : 1; // as in its RequestNumber
+};
+
+struct OrderedSession {
+    uint32_t end;     // one past the place of its last request
+    bool has_session; // false for the requests that belong to no session
+};
+
+using OrderedRequests = std::vector<OrderedRequest, PageAllocator<OrderedRequest>>;
+
 struct SessionOrder {
-    std::vector<uint32_t> requests;     // indices of the records
-    std::vector<uint32_t> session_ends; // for each session, one past its last place in `requests`
+    OrderedRequests requests;
+    std::vector<OrderedSession> sessions;
 };
 
 // Orders the records that have the given numbers.

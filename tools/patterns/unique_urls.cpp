@@ -7,6 +7,7 @@
 #include "tools/patterns/request_selection.h"
 
 #include <cstring>
+#include <utility>
 
 UrlInfo* url_pattern = nullptr;
 int url_pattern_count = 0;
@@ -70,11 +71,10 @@ int create_url_pattern() {
     return url_pattern_count++;
 }
 
-void make_url_pattern_list(const SessionOrder& session_order, const RequestNumbers& numbers,
-                           QueryList& query_list) {
+void make_url_pattern_list(SessionOrder session_order, uint32_t url_count, QueryList& query_list) {
     DEBUG_LOG(2, fname, "Method called");
-    const CollapsedRequests collapsed =
-        collapse_requests(select_requests(session_order, numbers), numbers, query_list.is_open());
+    const CollapsedRequests collapsed = collapse_requests(select_requests(std::move(session_order)),
+                                                          url_count, query_list.is_open());
     for (const CollapsedUrl& url : collapsed.urls) {
         alInfo& request = al_info_array[url.first_request];
         UrlInfo& entry = add_entry(request, url.count);

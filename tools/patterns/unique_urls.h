@@ -34,8 +34,7 @@ extern int max_url_pattern;   // entries allocated
 // caller fills it.
 int create_url_pattern();
 
-// Makes the table from the request table, given the order and the numbers of its records: selects
-// the requests that count, and writes the full URLs of those whose URL is cut to `query_list` when
-// it is open. Ends the run when that cannot be written.
-void make_url_pattern_list(const SessionOrder& session_order, const RequestNumbers& numbers,
-                           QueryList& query_list);
+// Makes the table from the request table, given the order of its records, whose URLs have numbers
+// below `url_count`: selects the requests that count, and writes the full URLs of those whose URL
+// is cut to `query_list` when it is open. Ends the run when that cannot be written.
+void make_url_pattern_list(SessionOrder session_order, uint32_t url_count, QueryList& query_list);
