@@ -55,6 +55,14 @@ class FullDisk : public testing::Test {
     TestInstallation installation_;
 };
 
+TEST_F(FullDisk, StopsAtTheBackup) {
+    installation_.write_scenario(std::string(2000, '#'));
+    installation_.prepare_process([] { limit_file_size(1000); });
+    const RunResult run = installation_.run();
+    expect_failure(run, "Failed to run command 'cp " + installation_.path(scenario_directory) +
+                            "/web.conf " + run.backup_directory + "'");
+}
+
 TEST_F(FullDisk, StopsAtTheQueries) {
     installation_.add_settings("IGNORE_URL_QUERY_PARAM 1\n");
     write_lines("/a?q=" + std::string(50, 'q'), "");

@@ -1,11 +1,21 @@
+#include "tests/support/held_stream.h"
 #include "tests/support/test_installation.h"
 
 #include <array>
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <map>
 #include <random>
 #include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <tuple>
+#include <unistd.h>
 #include <vector>
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -90,28 +100,66 @@ TEST(Threads, OfAnyNumberGiveTheSameResults) {
     }
 }
 
-TEST(Threads, AFatalErrorEndsTheBusyOnes) {
-    TestInstallation installation;
-    std::string log;
-    for (int i = 0; i < 20'000; ++i) {
-        log += combined_line();
-    }
-    for (const char* path : {"a/log", "b/log", "c/log"}) {
-        installation.write(path, log);
-    }
-    installation.name_logs({"gone/log", "a/log", "b/log", "c/log"}, "99999");
-    const RunResult run = installation.run({"-t", "4", "-d", "4"});
-    expect_failure(run, "Unable to open url file gone/log");
-    EXPECT_FALSE(installation.has_result("complete_url.list"));
-}
-
+// All but the first thread, which is busy with a log that only comes to be, fail. The one that
+// reports waits for its reader, so that the others come to the same point, and then for the first
+// thread, which keeps it from ending the process as long as nobody takes its line of progress.
 TEST(Threads, FailingTogetherReportOnce) {
     TestInstallation installation;
-    installation.name_logs(separate_directories(8), "5");
-    for (int attempt = 0; attempt < 25; ++attempt) {
-        const RunResult run = installation.run({"-t", "8"});
-        expect_some_failure(run);
-        EXPECT_TRUE(run.output.starts_with("ZVR_GUI_ERROR:Unable to open url file d"));
+    const Lines paths = separate_directories(8);
+    installation.name_logs(paths, "5");
+    const std::string first_log = installation.write(paths[0], "");
+    fs::remove(first_log);
+    ASSERT_EQ(mkfifo(first_log.c_str(), 0666), 0);
+    HeldStream output;
+    HeldStream errors;
+    installation.prepare_process([&] {
+        output.replace(STDOUT_FILENO);
+        errors.replace(STDERR_FILENO);
+    });
+    const pid_t run = installation.start({"-s", "web", "-t", "8", "-c"});
+    constexpr size_t lines_before_threads = 4;
+    errors.take(lines_before_threads + paths.size());
+    wait_until_idle(run);
+    close(open(first_log.c_str(), O_WRONLY));
+    wait_until_idle(run);
+    EXPECT_EQ(output.take(2).find("\nZVR_GUI_ERROR:Unable to open url file d"), 0U);
+    wait_until_idle(run);
+    EXPECT_FALSE(output.has_line());
+    output.stop_reading();
+    errors.stop_reading();
+    EXPECT_EQ(installation.finish(run).status, 255);
+}
+
+TEST(ConcurrentRuns, OfEightScenariosGiveWhatEachGivesAlone) {
+    TestInstallation installation;
+    installation.use_checker();
+    const std::string logs_directory = project_directory + "/ReplayAccessLogs/";
+    const auto outcome = [&](const std::string& name, const RunResult& run) {
+        auto files = installation.files_of(logs_directory + name + "/config");
+        files["output"] = run.output;
+        return files;
+    };
+    std::map<std::string, std::map<std::string, std::string>> alone;
+    for (const std::string name : {"s0", "s1", "s2", "s3", "s4", "s5", "s6", "s7"}) {
+        installation.write(name + "/log", random_log(static_cast<unsigned>(name[1])));
+        installation.write(scenario_directory + "/" + name + ".conf",
+                           "REPLAY_LOG_FILE " + name + "/log x 0 HTTP\n");
+        fs::copy(installation.path(profile_directory),
+                 installation.path(profile_directory + "/../" + name));
+        alone[name] = outcome(name, installation.run_words({"-s", name}));
+        fs::remove_all(installation.path(logs_directory + name));
+    }
+    installation.prepare_process([] { raise(SIGSTOP); }); // until all have come so far
+    std::map<std::string, pid_t> runs;
+    for (const auto& [name, files] : alone) {
+        runs[name] = installation.start({"-s", name});
+        waitpid(runs[name], nullptr, WUNTRACED);
+    }
+    for (const auto& [name, run] : runs) {
+        kill(run, SIGCONT);
+    }
+    for (const auto& [name, run] : runs) {
+        EXPECT_EQ(outcome(name, installation.finish(run)), alone[name]) << name;
     }
 }
 

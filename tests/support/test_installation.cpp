@@ -108,6 +108,12 @@ void TestInstallation::write_checker_script(const std::string& script) const {
     fs::permissions(write(name, "#!/bin/sh\n" + script), fs::perms::all);
 }
 
+void TestInstallation::use_checker() const {
+    const std::string name = "zvr_al_gen_url_list_check";
+    fs::create_symlink(fs::path(program_name()).parent_path() / "checker" / name,
+                       root() / "bin" / name);
+}
+
 Lines TestInstallation::url_rows() const {
     return rows_after(2, result("url.list"));
 }
@@ -145,13 +151,17 @@ Lines TestInstallation::debug_lines_with(const std::string& text) const {
 }
 
 RunResult TestInstallation::run_words(const Lines& words, const Environment& environment) const {
-    const pid_t child = start(words, environment);
+    return finish(start(words, environment));
+}
+
+RunResult TestInstallation::finish(pid_t run) const {
     int status = 0;
-    waitpid(child, &status, 0);
-    const std::string backup = "/tmp/zvr_al_gen_url_list.backup." + std::to_string(child);
+    waitpid(run, &status, 0);
+    const std::string number = std::to_string(run);
+    const std::string backup = "/tmp/zvr_al_gen_url_list.backup." + number;
     const bool left_backup = fs::remove_all(backup) > 0;
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), read("run.output"),
-            read("run.errors"), backup, left_backup};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
+            read("output." + number), read("errors." + number), backup, left_backup};
 }
 
 pid_t TestInstallation::start(const Lines& words, const Environment& environment) const {
@@ -164,8 +174,9 @@ pid_t TestInstallation::start(const Lines& words, const Environment& environment
     for (const auto& [name, value] : all) {
         setenv(name.c_str(), value.c_str(), 1);
     }
-    redirect(STDOUT_FILENO, path("run.output"));
-    redirect(STDERR_FILENO, path("run.errors"));
+    const std::string number = std::to_string(getpid());
+    redirect(STDOUT_FILENO, path("output." + number));
+    redirect(STDERR_FILENO, path("errors." + number));
     std::vector<char*> arguments = {const_cast<char*>(ZVR_TOOL_PATH)};
     for (const std::string& word : words) {
         arguments.push_back(const_cast<char*>(word.c_str()));

@@ -106,6 +106,9 @@ class TestInstallation : public TemporaryDirectory {
     void write_checker(int exit_code) const;
     void write_checker_script(const std::string& script) const;
 
+    // Lets the real checker answer, which stands beside the program.
+    void use_checker() const;
+
     // A step taken in every later run's process before the program begins: limits, masks,
     // environment.
     void prepare_process(std::function<void()> step) { preparation_ = std::move(step); }
@@ -136,8 +139,9 @@ class TestInstallation : public TemporaryDirectory {
     // Runs the program with exactly these words.
     RunResult run_words(const Lines& words, const Environment& environment = {}) const;
 
-    // Only begins such a run, and returns its process.
+    // The two halves of such a run: begins it and returns its process; waits for its end.
     pid_t start(const Lines& words, const Environment& environment = {}) const;
+    RunResult finish(pid_t run) const;
 
     // The program's name as its first command-line word.
     static std::string program_name();

@@ -22,10 +22,13 @@
 #include "tools/results/hosts_list.h"
 #include "tools/results/url_list.h"
 
+#include <csignal>
 #include <ctime>
+#include <fcntl.h>
 #include <new>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -34,6 +37,22 @@ constexpr const char* fname = "main";
 
 [[noreturn]] void report_no_memory() {
     fatal_error(fname, "Out of Memory: %s (size = %d) for index %d", "working memory", 0, -1);
+}
+
+// A file opened later must not get the number of a standard stream that the caller has closed, or
+// lines for that stream would go into it. What takes the stream's place cannot be written to, so
+// that a summary nobody gets still ends in failure.
+void occupy_standard_streams() {
+    int descriptor;
+    do {
+        descriptor = open("/dev/null", O_RDONLY);
+    } while (descriptor != -1 && descriptor <= STDERR_FILENO);
+    close(descriptor);
+}
+
+// The results are written whatever becomes of the lines that accompany them.
+void outlive_readers() {
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 void set_replay_timezone() {
@@ -142,6 +161,8 @@ void classify_urls() {
 
 int main(int argc, char* argv[]) {
     std::set_new_handler(report_no_memory);
+    occupy_standard_streams();
+    outlive_readers();
     read_work_directory();
     const bool scenario_named = read_command_line(argc, argv);
     set_replay_timezone();

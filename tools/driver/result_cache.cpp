@@ -4,6 +4,7 @@
 #include "tools/driver/paths.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -36,6 +37,7 @@ int run_quietly(const char* const arguments[]) {
         if (dup2(nowhere, STDOUT_FILENO) == -1 || dup2(nowhere, STDERR_FILENO) == -1) {
             _exit(answer_cannot_run);
         }
+        std::signal(SIGPIPE, SIG_DFL); // which this program ignores
         execvp(arguments[0], const_cast<char* const*>(arguments));
         _exit(errno == ENOENT ? answer_not_found : answer_cannot_run);
     }
