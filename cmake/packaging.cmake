@@ -65,7 +65,8 @@ endforeach()
 
 make_document(${CMAKE_SOURCE_DIR}/packaging/changelog.in ${CMAKE_BINARY_DIR}/packaging/changelog)
 install(FILES ${CMAKE_BINARY_DIR}/packaging/changelog.gz ${CMAKE_SOURCE_DIR}/packaging/copyright
-    ${CMAKE_SOURCE_DIR}/docs/files.md ${CMAKE_SOURCE_DIR}/docs/troubleshooting.md
+    ${CMAKE_SOURCE_DIR}/docs/files.md ${CMAKE_SOURCE_DIR}/docs/limits.md
+    ${CMAKE_SOURCE_DIR}/docs/troubleshooting.md
     DESTINATION ${doc_dir})
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/examples/installation DESTINATION ${doc_dir}/examples
     PATTERN .tmp EXCLUDE PATTERN .gitkeep EXCLUDE)

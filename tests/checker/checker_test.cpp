@@ -1,12 +1,14 @@
+#include "tests/support/held_stream.h"
 #include "tests/support/test_installation.h"
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <tuple>
 #include <unistd.h>
@@ -20,6 +22,9 @@ namespace {
 
 constexpr const char* checker = "bin/zvr_al_gen_url_list_check";
 constexpr const char* main_pattern = "active|main|POST|1|Order|na|d|body.txt|/order\n";
+const std::string cache = project_directory + "/ReplayAccessLogs/web/.tmp/";
+const std::string cache_manifest = cache + "cache_manifest.txt";
+const std::string cache_answer = cache + "cache_answer.txt";
 constexpr const char* results[] = {"complete_url.list", "hosts.list", "url.list", "query_url.list"};
 
 std::string backup_path(pid_t pid) {
@@ -34,7 +39,7 @@ class Checker : public testing::Test {
         installation_.add_settings("IGNORE_URL_QUERY_PARAM 1\nINLINE_OBJECT_MODE skip\n");
         installation_.write_patterns(main_pattern);
         installation_.write_profile("body.txt", "order=1");
-        remove(cache_path(""));
+        remove(cache);
     }
 
     void write_logs() const {
@@ -43,15 +48,11 @@ class Checker : public testing::Test {
     }
 
     // Makes a run and returns what the checker answered it, -1 when it did not.
-    int answer(const Lines& words = {}, const Environment& environment = {}) const {
-        return answer_to([&] { last_run_ = installation_.run(words, environment); });
-    }
-
-    int answer_to(const std::function<void()>& run) const {
-        remove(cache_path("cache_answer.txt"));
-        run();
+    int answer(const Lines& words = {"-s", "web"}, const Environment& environment = {}) const {
+        remove(cache_answer);
+        last_run_ = installation_.run_words(words, environment);
         EXPECT_EQ(last_run_.status, 0) << last_run_.output;
-        const std::string text = installation_.read(cache_path("cache_answer.txt"));
+        const std::string text = installation_.read(cache_answer);
         return text.empty() ? -1 : std::atoi(text.c_str());
     }
 
@@ -68,28 +69,14 @@ class Checker : public testing::Test {
         return answer();
     }
 
-    static std::string cache_path(const std::string& name) {
-        return project_directory + "/ReplayAccessLogs/web/.tmp/" + name;
-    }
-
-    static std::string result_path(const std::string& name) {
-        return config_directory + "/" + name;
-    }
-
-    bool has_manifest() const { return installation_.exists(cache_path("cache_manifest.txt")); }
-
     void remove(const std::string& path) const { fs::remove_all(installation_.path(path)); }
 
     // Expects each change to the cache or the results to prevent their reuse.
     void expect_read_again(const std::vector<std::function<void()>>& changes) const {
         for (size_t i = 0; i < changes.size(); ++i) {
             EXPECT_EQ(answer_after(changes[i]), 1) << i;
-            remove(cache_path(""));
+            remove(cache);
         }
-    }
-
-    static std::string in_other_workspace(const std::string& path) {
-        return "workspace/w" + path.substr(std::string("workspace/admin").size());
     }
 
     // Copies the scenario to a workspace of its own, and returns the words for a run there.
@@ -111,52 +98,14 @@ class Checker : public testing::Test {
     // Makes a change that leaves a file its time of modification, but for some nanoseconds.
     void keep_time(const std::string& path, long nanoseconds,
                    const std::function<void()>& change) const {
-        const std::string file = installation_.path(path);
-        struct stat status = {};
-        stat(file.c_str(), &status);
+        const fs::path file = installation_.path(path);
+        const fs::file_time_type time = fs::last_write_time(file);
         change();
-        timespec time = status.st_mtim;
-        time.tv_nsec += time.tv_nsec == 999'999'999 ? -nanoseconds : nanoseconds;
-        const timespec times[] = {time, time};
-        utimensat(AT_FDCWD, file.c_str(), times, 0);
+        fs::last_write_time(file, time + std::chrono::nanoseconds(nanoseconds));
     }
 
     TestInstallation installation_;
     mutable RunResult last_run_;
-};
-
-// A run that waits for what a pipe in place of its second log will bring, until it is killed.
-class WaitingRun {
-  public:
-    explicit WaitingRun(const TestInstallation& installation)
-        : pipe_(installation.path("logs/access_1")) {
-        fs::remove(pipe_);
-        mkfifo(pipe_.c_str(), 0666);
-        pid_ = installation.start({"--scen=web"});
-        while ((pipe_end_ = open(pipe_.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) == -1 &&
-               waitpid(pid_, nullptr, WNOHANG) == 0) {
-            usleep(1000);
-        }
-    }
-
-    ~WaitingRun() {
-        end();
-        fs::remove_all(backup_path(pid_));
-    }
-
-    void end() {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
-        close(pipe_end_);
-        fs::remove(pipe_);
-    }
-
-    pid_t pid() const { return pid_; }
-
-  private:
-    fs::path pipe_;
-    pid_t pid_;
-    int pipe_end_ = -1;
 };
 
 } // namespace
@@ -217,21 +166,24 @@ TEST_F(Checker, EveryChangeOfAnInputHasItsAnswer) {
         installation_.write(defaults, "GMT_OFFSET +0000\n");
         installation_.write_patterns(main_pattern);
         write_logs();
-        remove(cache_path(""));
+        remove(cache);
     }
 }
 
 TEST_F(Checker, OptionsThatChangeResultsPreventReuse) {
     run_in_full();
-    for (const Lines& words :
-         {Lines{"-t", "2"}, {"--num_thread=3"}, {"-q", "0"}, {"-q1", "-a"}, {"--dump=0"}}) {
-        SCOPED_TRACE(words[0]);
+    for (const Lines& words : {Lines{"-sweb", "-t2"},
+                               {"-sweb", "--num_thread=3"},
+                               {"-sweb", "-q", "0"},
+                               {"-sweb", "-q1", "-a"},
+                               {"-sweb", "--dump=0"}}) {
+        SCOPED_TRACE(words[1]);
         EXPECT_EQ(answer(words), 1);
         EXPECT_EQ(answer(words), 0);
     }
-    EXPECT_EQ(answer({}, {{"TZ", "Asia/Tokyo"}}), 1);
-    EXPECT_EQ(answer({}, {{"TZ", "Asia/Tokyo"}}), 0);
-    EXPECT_EQ(answer({}, {{"TZ", ""}}), 1);
+    EXPECT_EQ(answer({"-sweb"}, {{"TZ", "Asia/Tokyo"}}), 1);
+    EXPECT_EQ(answer({"-sweb"}, {{"TZ", "Asia/Tokyo"}}), 0);
+    EXPECT_EQ(answer({"-sweb"}, {{"TZ", ""}}), 1);
 }
 
 TEST_F(Checker, OneScenarioIsKnownUnderAllItsNames) {
@@ -242,12 +194,13 @@ TEST_F(Checker, OneScenarioIsKnownUnderAllItsNames) {
           {"-d2", "-m", "gui", "-cs", "web", "-q7"},
           {"word", "-s", "other", "--scenario=/admin//default/default/default/web/more", "-t0"}}) {
         SCOPED_TRACE(words[0]);
-        EXPECT_EQ(answer_to([&] { last_run_ = installation_.run_words(words); }), 0);
+        EXPECT_EQ(answer(words), 0);
     }
     const std::string again = installation_.path("again");
     fs::create_directory_symlink(installation_.root(), again);
     for (const std::string& name : {again, again + "/"}) {
-        EXPECT_EQ(answer({}, {{"ZV_WDIR", name}}), 2) << "paths of post-data files begin otherwise";
+        EXPECT_EQ(answer({"-sweb"}, {{"ZV_WDIR", name}}), 2)
+            << "paths of post-data files begin otherwise";
     }
 }
 
@@ -256,10 +209,10 @@ TEST_F(Checker, AProfileOfTheSameContentIsOnlyClassifiedAgain) {
     fs::create_directories(installation_.path("replay_profiles/default/default"));
     fs::copy(installation_.path(profile_directory),
              installation_.path("replay_profiles/default/default/other"));
-    EXPECT_EQ(answer({"-r", "other"}), 2);
+    EXPECT_EQ(answer({"-sweb", "-r", "other"}), 2);
     EXPECT_NE(installation_.result("url.list").find("/default/default/other/body.txt"),
               std::string::npos);
-    EXPECT_EQ(answer({"--replay_profile", "default/default/other"}), 0);
+    EXPECT_EQ(answer({"-sweb", "--replay_profile", "default/default/other"}), 0);
 }
 
 TEST_F(Checker, ScenariosOfOneNameInTwoWorkspacesAreApart) {
@@ -267,13 +220,13 @@ TEST_F(Checker, ScenariosOfOneNameInTwoWorkspacesAreApart) {
     const Lines words = copy_to_other_workspace();
     EXPECT_EQ(installation_.run_words(words).status, 0);
     EXPECT_EQ(answer(), 0);
-    const std::string other_answer = in_other_workspace(cache_path("cache_answer.txt"));
-    EXPECT_EQ(installation_.read(other_answer).substr(0, 2), "1:");
+    const std::string other = "workspace/w" + cache_answer.substr(std::strlen("workspace/admin"));
+    EXPECT_TRUE(installation_.read(other).starts_with("1:"));
 }
 
 TEST_F(Checker, ResultsThatAreNotWholePreventReuse) {
     for (const std::string name : results) {
-        const std::string path = result_path(name);
+        const std::string path = config_directory + "/" + name;
         SCOPED_TRACE(name);
         expect_read_again({[&] { remove(path); }, [&] { installation_.write(path, ""); },
                            [&] { cut_end(path, 1); },
@@ -287,22 +240,22 @@ TEST_F(Checker, DamageIsFoundWhateverTheTimesSay) {
         SCOPED_TRACE(name);
         ASSERT_EQ(answer(), 1);
         const std::string text = installation_.result(name);
-        cut_end(result_path(name), text.size() - text.rfind('\n', text.size() - 2) - 1);
-        append(cache_path("cache_manifest.txt"), "");
+        cut_end(config_directory + "/" + name, text.size() - text.rfind('\n', text.size() - 2) - 1);
+        append(cache_manifest, "");
         EXPECT_EQ(answer(), 1);
-        remove(cache_path(""));
+        remove(cache);
     }
 }
 
 TEST_F(Checker, AnIncompleteCachePreventsReuse) {
     expect_read_again({
-        [&] { remove(cache_path("")); },
-        [&] { remove(cache_path("cache_manifest.txt")); },
-        [&] { cut_end(cache_path("cache_manifest.txt"), 2); },
-        [&] { append(cache_path("web.conf"), "\n"); },
-        [&] { append(cache_path("replay_url_patterns.dat"), "\n"); },
+        [&] { remove(cache); },
+        [&] { remove(cache_manifest); },
+        [&] { cut_end(cache_manifest, 2); },
+        [&] { append(cache + "web.conf", "\n"); },
+        [&] { append(cache + "replay_url_patterns.dat", "\n"); },
         [&] {
-            append(cache_path("web.conf"), "\n");
+            append(cache + "web.conf", "\n");
             installation_.write_filters("active|na|1|na|/a*\n");
         },
     });
@@ -316,18 +269,10 @@ TEST_F(Checker, LevelTwoGivesTheBytesOfAFullRun) {
     const std::string summary = last_run_.output;
     const auto level_two = installation_.files_of(config_directory);
     EXPECT_EQ(answer(), 0);
-    append("logs/access_0", "");
+    append(config_directory + "/complete_url.list", ""); // on which these results rest
     EXPECT_EQ(answer(), 1);
     EXPECT_EQ(last_run_.output, summary);
     EXPECT_EQ(installation_.files_of(config_directory), level_two);
-}
-
-TEST_F(Checker, ResultsOfALevelTwoRunRestOnTheListThatItKept) {
-    run_in_full();
-    installation_.write_filters("active|na|1|na|/a*\n");
-    EXPECT_EQ(answer(), 2);
-    append(result_path("complete_url.list"), "");
-    EXPECT_EQ(answer(), 1);
 }
 
 TEST_F(Checker, ALogThatChangesDuringARunIsReadAgain) {
@@ -350,18 +295,18 @@ TEST_F(Checker, InputsThatChangeDuringARunAreNotRemembered) {
         }
     });
     EXPECT_EQ(answer(), 1);
-    EXPECT_FALSE(has_manifest());
+    EXPECT_FALSE(installation_.exists(cache_manifest));
 }
 
 TEST_F(Checker, ARunThatFailsLeavesNothingToReuse) {
     run_in_full();
     const std::string url_list = installation_.result("url.list");
-    const std::string path = result_path("url.list");
+    const std::string path = config_directory + "/url.list";
     installation_.write_filters("active|na|1|na|/a*\n");
     remove(path);
     fs::create_directories(installation_.path(path + "/in the way"));
     expect_some_failure(installation_.run());
-    EXPECT_FALSE(has_manifest());
+    EXPECT_FALSE(installation_.exists(cache_manifest));
     remove(path);
     installation_.write(path, url_list);
     EXPECT_EQ(answer(), 1);
@@ -369,44 +314,48 @@ TEST_F(Checker, ARunThatFailsLeavesNothingToReuse) {
 
 TEST_F(Checker, ASecondLiveRunIsRefused) {
     run_in_full();
-    WaitingRun waiting(installation_);
-    ASSERT_TRUE(fs::exists(backup_path(waiting.pid())));
+    const Lines other_scenario = copy_to_other_workspace();
+    append("logs/access_1", "\n"); // to be read again
+    HeldStream progress;
+    installation_.prepare_process([&] { progress.replace(STDERR_FILENO); });
+    const pid_t waiting = installation_.start({"--scen=web", "-c"});
+    progress.take();
+    progress.has_line(-1);
+    installation_.prepare_process([] {});
     expect_failure(installation_.run(),
                    "Url list processing Tool is already running, first close that and run again");
-    const Lines words = copy_to_other_workspace();
-    installation_.write(in_other_workspace(scenario_directory) + "/web.conf", "");
-    EXPECT_EQ(installation_.run_words(words).status, 0) << "another scenario of the same name";
+    EXPECT_EQ(installation_.run_words(other_scenario).status, 0) << "though of the same name";
 
-    waiting.end();
-    ASSERT_TRUE(fs::exists(backup_path(waiting.pid())));
-    installation_.write("logs/access_1", combined_line());
+    kill(waiting, SIGKILL);
+    waitpid(waiting, nullptr, 0);
     EXPECT_EQ(answer(), 1);
     EXPECT_EQ(answer(), 0);
+    EXPECT_GT(fs::remove_all(backup_path(waiting)), 0U);
 }
 
 TEST_F(Checker, ABackupWhoseNumberBelongsToAnotherProgramDoesNotCount) {
     run_in_full();
-    fs::copy(installation_.path(cache_path("")), backup_path(getpid()));
+    fs::copy(installation_.path(cache), backup_path(getpid()));
     EXPECT_EQ(answer(), 0);
     fs::remove_all(backup_path(getpid()));
 }
 
 TEST_F(Checker, OldBackupsOfRunsThatAreGoneAreRemoved) {
     const pid_t no_process = 2'000'000'000; // above every process id
-    const auto day = std::chrono::hours(24);
     const std::string old = backup_path(no_process);
     const std::string young = backup_path(no_process + 1);
     const std::string link = backup_path(no_process + 2);
-    for (const std::string& path : {old, young}) {
-        fs::create_directory(path);
-        fs::copy(installation_.root() / "logs", path + "/logs");
+    const auto a_day_ago = fs::file_time_type::clock::now() - std::chrono::hours(24);
+    fs::copy(installation_.path("logs"), old);
+    fs::copy(installation_.path("logs"), young);
+    fs::create_directory_symlink(installation_.path("logs"), link);
+    for (const std::string& path : {old, installation_.path("logs")}) {
+        fs::last_write_time(path, a_day_ago - std::chrono::minutes(1));
     }
-    fs::create_directory_symlink(installation_.root() / "logs", link);
-    fs::last_write_time(old, fs::file_time_type::clock::now() - day - std::chrono::minutes(1));
-    fs::last_write_time(young, fs::file_time_type::clock::now() - day + std::chrono::minutes(5));
+    fs::last_write_time(young, a_day_ago + std::chrono::minutes(5));
     EXPECT_EQ(answer(), 1);
     EXPECT_FALSE(fs::exists(old));
-    EXPECT_TRUE(fs::exists(young + "/logs/access_0"));
+    EXPECT_TRUE(fs::exists(young + "/access_0"));
     EXPECT_TRUE(fs::exists(link));
     fs::remove_all(young);
     fs::remove(link);

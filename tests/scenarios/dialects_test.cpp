@@ -31,22 +31,23 @@ TEST(Dialects, ApacheLines) {
     const std::string rest = " - - - - - h.example -";
     const std::string request = "10.0.0.1 - - " + date + " - \"GET /a?x=1 HTTP/1.1\" 200 1";
     expect_outcomes(
-        "", {
-                {" \t" + request + "\t- - - - - - - 16 17 18 19 20 21 22 23 24 25 \"more",
-                 "GET|NA|1|-1|/a?x=1"},
-                {request + " - - - - \"\" \"a host\" -", "GET|a host|1|-1|/a?x=1"},
-                {request + " - - - - - h.example", "BadRequest"},
-                {request + " \"-\"\t\"-\" - - - - -", "BadRequest"},
-                {request + " \"\\\" [\" [\\]] [x][y] - - - -", "GET|NA|1|-1|/a?x=1"},
-                {"1.2.3.4:80 - - " + date + " - \"AVERYVERYLONGMETHOD /b x y z u v\" x 1" + rest,
-                 "AVERYVERYLONGMET|h.example|1|-1|/b"},
-                {"- - - " + date + " - \"GET /a HTTP/1.1\" 200 1" + rest, "NonSessionRequest"},
-                {"300.1.1.1 - - " + date + " - \"GET /a HTTP/1.1\" 200 1" + rest, "BadRequest"},
-                {"10.0.0.1 - - " + date + " - \"GET /a\" 200 1" + rest, "BadRequest"},
-                {"10.0.0.1 - - " + date + " - \"-\" 408 1" + rest, "BadRequest"},
-                {"10.0.0.1 - - [10/Oct/2000:13:55:36] - \"GET /a HTTP/1.1\" 200 1" + rest,
-                 "BadRequest"},
-            });
+        "",
+        {
+            {" \t" + request + "\t- - - - - - - 16 17 18 19 20 21 22 23 24 25 \"more",
+             "GET|NA|1|-1|/a?x=1"},
+            {request + " - - - - \"\" \"a host\" -", "GET|a host|1|-1|/a?x=1"},
+            {request + " - - - - - h.example", "BadRequest"},
+            {"1.2.3.4:80 - - " + date + " - \"AVERYVERYLONGMETHOD /b x y z u v\" x 1" + rest,
+             "AVERYVERYLONGMET|h.example|1|-1|/b"},
+            {"- - - " + date + " - \"GET /a HTTP/1.1\" 200 1" + rest, "NonSessionRequest"},
+            {"300.1.1.1 - - " + date + " - \"GET /a HTTP/1.1\" 200 1" + rest, "BadRequest"},
+            {"10.0.0.1 - - " + date + " - \"GET /a\" 200 1" + rest, "BadRequest"},
+            {"10.0.0.1 - - [31/Dec/1969:23:59:58 +0000] - \"GET /a 1\" 200 1" + rest,
+             "GET|h.example|1|-1|/a"},
+            {"10.0.0.1 - - [31/Dec/1969:23:59:59 +0000] - \"GET /a 1\" 200 1" + rest, "BadRequest"},
+            {"10.0.0.1 - - [10/Oct/2000:13:55:36] - \"GET /a HTTP/1.1\" 200 1" + rest,
+             "BadRequest"},
+        });
 }
 
 TEST(Dialects, IisLines) {
@@ -80,9 +81,6 @@ TEST(Dialects, KeepTheBoundsOfThePeriodAfterTheResponseTime) {
     const std::tuple<std::string, std::string, long> rows[] = {
         // settings, line, accepted
         {apache, "[10/Oct/2000:13:55:38 +0000] \"GET /a 1\" - -", 1},
-        {apache, "[10/Oct/2000:06:55:38 -0700] \"GET /a 1\" - -", 1},
-        {apache, "[40/Sep/2000:19:25:38 +0530] \"GET /a 1\" - -", 1},
-        {apache, "[10/oct/2000:13:55:38 +0000] \"GET /a 1\" - -", 0},
         {apache, "[10/Oct/2000:13:55:37 +0000] \"GET /a 1\" - -", 0},
         {apache, "[10/Oct/2000:13:55:39 +0000] \"GET /a 1\" - -", 0},
         {iis, "2000-10-10 13:55:38 GET /a", 1},
@@ -108,7 +106,6 @@ TEST(Dialects, KeepTheBoundsOfThePeriodAfterTheResponseTime) {
 // Lines are read in pieces of 102,399 characters, line feed included; every piece uses up one line
 // of the file's budget.
 TEST(Dialects, LinesEndInTheirManyWaysAndLongOnesAreReadInPieces) {
-    using namespace std::string_literals;
     const std::string request = combined_line();
     const std::string bare = request.substr(0, request.size() - 1);
     const auto long_request = [&](size_t length) {
@@ -121,8 +118,6 @@ TEST(Dialects, LinesEndInTheirManyWaysAndLongOnesAreReadInPieces) {
         {request + "\n#Fields: x\n" + request, "3", {.total = 1, .url_patterns = 1}},
         {request + bare, "0", {.total = 1, .url_patterns = 1}},
         {request + bare, "2", {.total = 2, .url_patterns = 1}},
-        {bare + "\0 [unclosed\n"s + request, "0", {.total = 2, .url_patterns = 1}},
-        {"\0"s + request + request, "0", {.total = 1, .url_patterns = 1}},
         {"\r\r\n" + request, "0", {.total = 2, .bad = 1, .url_patterns = 1}},
         {long_request(102'398), "0", {.total = 2, .url_patterns = 2}},
         {long_request(102'399), "0", {.total = 1, .url_patterns = 1}},

@@ -25,6 +25,7 @@ TEST(Layout, IsAcceptedOrRefusedForItsFirstFault) {
          "CONSIDER_RESPONSE_TIME keyword is enabled but response time field is missing."},
         {"AL_FIELD STATUS_CODE 26\n", too_high},
         {"AL_FIELD STATUS_CODE -1\n", too_high},
+        {"AL_FIELD STATUS_CODE 65542\n", too_high}, // 6 in sixteen bits
         {"AL_FIELD LOCATION 3\nAL_FIELD REFERER 3\nAL_FIELD TIME 99\n",
          "Field position for REFERER and LOCATION are same in 'replay_setting.dat'"},
         {"ACCESS_LOG_TYPE\nAL_FIELD DATE 3\nAL_FIELD TIME 4\n",

@@ -73,19 +73,6 @@ TEST_F(Paths, FindsANamedReplayProfileBelowTheWorkDirectory) {
     EXPECT_EQ(installation_.run({"--replay_profile=p/s/other"}).status, 0);
 }
 
-TEST_F(Paths, RefusesNamesThatDoNotFit) {
-    const std::string scenario(511, 's');
-    expect_failure(run_scenario(scenario), "Scenario file " + path(scenario_directory) + "/" +
-                                               scenario + ".conf does not exist.");
-    const std::string workspace(256, 'w');
-    for (const std::string& name :
-         {scenario + "s", workspace + "/p/project/sub/web", "w/" + workspace + "/project/sub/web",
-          "w/p/" + scenario + "s/sub/web", "w/p/project/" + scenario + "s/web"}) {
-        expect_some_failure(run_scenario(name));
-    }
-    expect_some_failure(installation_.run({}, {{"ZV_WDIR", "/" + std::string(1023, 'd')}}));
-}
-
 TEST_F(Paths, MakesWritableDirectoriesAndPrivateFilesUnderAStrictMask) {
     const std::string logs = project_directory + "/ReplayAccessLogs";
     fs::remove_all(path(logs));

@@ -10,17 +10,26 @@ TEST(PatternFiles, AreRefusedAtTheLineThatIsWrong) {
         "in 'replay_url_patterns.dat' for profile 'default/default/web'";
     const std::string in_filters =
         "in 'replay_url_filter_patterns.dat' in profile 'default/default/web'";
+    const std::string not_compiled = "Failed to compile url pattern given at line ";
+    const std::string longest_comment(4095, '#');
+    const std::string a_2047(2047, 'a'), stars_1023(1023, '*');
     const std::tuple<std::string, std::string, std::string> rows[] = {
         // patterns, filters, message
         {start + "|/a\n" + start + "\n", "", "Invalid entry at line '2' " + in_patterns},
         {start + "|/a\nstatus|type\n", "", "Invalid entry at line '2' " + in_patterns},
-        {"ACTIVE|Inline|na|x|Tx|na|x|NA|/a(\n", "",
-         "Failed to compile url pattern given at line '1' " + in_patterns},
-        {start + "|" + std::string(2048, 'a') + "\n", "",
-         "Failed to compile url pattern given at line '1' " + in_patterns},
+        {longest_comment + "\n" + longest_comment + "active\n", "",
+         "Invalid entry at line '4' " + in_patterns},
+        {"ACTIVE|Inline|na|x|Tx|na|x|NA|/a(\n", "", not_compiled + "'1' " + in_patterns},
+        {start + "|" + a_2047 + "\n" + start + "|" + a_2047 + "a\n", "",
+         not_compiled + "'2' " + in_patterns},
+        {start + "|/" + stars_1023 + "\n" + start + "|/" + stars_1023 + "a\n", "",
+         not_compiled + "'2' " + in_patterns},
+        {start + "|/a{32768}\n", "", not_compiled + "'1' " + in_patterns},
         {"active|main|na|x|Tx|na|x|/no/such|/a\n", "",
          "Post data File '/no/such' not found for profile default/default/web"},
         {start + "|/a(\n", "active|na|x|na\n", "Invalid filter pattern at line '1' " + in_filters},
+        {"", longest_comment + "\n" + longest_comment + "active\n",
+         "Invalid filter pattern at line '4' " + in_filters},
         {start + "|/a(\n", "Status|x\nother|x|x|x|(\nactive|na|x|na|[\n",
          "Invalid url pattern at line '3' " + in_filters},
     };
@@ -35,15 +44,20 @@ TEST(PatternFiles, AreRefusedAtTheLineThatIsWrong) {
 TEST(PatternFiles, LookForPostDataInTheProfile) {
     TestInstallation installation;
     const std::string path = installation.path(profile_directory + "/pay.dat");
-    installation.write_patterns("active|main|na|x|Pay|na|x|pay.dat|/pay\n");
+    const std::string method(16, 'M'); // the greatest length
+    installation.write_patterns("active|main|na|x|Pay|na|x|pay.dat|/pay|more\n"
+                                "active|main|" +
+                                method + "CUT|x|Long|na|x|NA|/long\n");
     expect_failure(installation.run(),
                    "Post data File '" + path + "' not found for profile default/default/web");
     installation.write_profile("pay.dat", "x=1");
     installation.write_logs({combined_line({.url = "/pay", .method = "post"}) +
                              combined_line({.url = "/pay", .method = "PUT"}) +
-                             combined_line({.url = "/pay", .method = "GET"})});
+                             combined_line({.url = "/pay", .method = "GET"}) +
+                             combined_line({.url = "/long", .method = method + "off"})});
     EXPECT_EQ(installation.run().status, 0);
-    EXPECT_EQ(installation.url_rows(), (Lines{"NO|MAIN|GET|/pay|1|Pay|NA|-1|NA|/pay",
+    EXPECT_EQ(installation.url_rows(), (Lines{"NO|MAIN|" + method + "|/long|1|Long|NA|-1|NA|/long",
+                                              "NO|MAIN|GET|/pay|1|Pay|NA|-1|NA|/pay",
                                               "NO|MAIN|post|/pay|1|Pay|NA|-1|" + path + "|/pay",
                                               "NO|MAIN|PUT|/pay|1|Pay|NA|-1|" + path + "|/pay"}));
 }

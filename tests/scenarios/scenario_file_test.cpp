@@ -31,13 +31,21 @@ TEST_F(ScenarioFile, NamesTheLinesThatItCannotRead) {
         return "Invalid format of date in REPLAY_PERIOD keyword in scenario file - '" + path +
                "' at line - " + std::to_string(line);
     };
+    const std::string longest_comment(2047, '#');
+    std::string many_logs;
+    for (int i = 0; i < 1001; ++i) {
+        many_logs += "REPLAY_LOG_FILE logs/access_0 x 0 HTTP\n";
+    }
     const std::pair<std::string, std::string> rows[] = {
         // text, message
         {"REPLAY_LOG_FILE", invalid_entry(1)},
         {"# comment\n\nOTHER x\nreplay_log_file logs/access_0 x 0\n", invalid_entry(4)},
         {"\nREPLAY_PERIOD START 2000-10-10 10:00:00\n", invalid_date(2)},
         {"REPLAY_PERIOD  start \t \n", invalid_date(1)},
-        {"#" + std::string(2046, 'c') + "REPLAY_LOG_FILE\n", invalid_entry(2)},
+        {longest_comment + "\n" + longest_comment + "REPLAY_LOG_FILE\n", invalid_entry(4)},
+        {many_logs, "More than 1000 log files in scenario file '" + path + "' at line 1001"},
+        {"REPLAY_LOG_FILE logs/access_0 x 1000000000000 HTTP\n",
+         "Out of Memory: al_info_array (size = 256000000000000) for index -1"},
     };
     for (const auto& [text, message] : rows) {
         SCOPED_TRACE(text);

@@ -14,6 +14,8 @@ TEST(Settings, AreRefusedWhenTheyCannotBeUsed) {
         {"#USER_SESSION_KEY client_ip\n USER_SESSION_KEY client_ip\n", no_cookie},
         {"USER_SESSION_KEY client_ip\nUSER_SESSION_KEY\n", no_cookie},
         {"NEW_USER_TIME 00:30\n", bad_time},
+        {std::string(2047, '#') + "NEW_USER_TIME 00:30\n", bad_time},
+        {std::string(2046, '#') + "NEW_USER_TIME 00:30\n", no_cookie},
     };
     for (const auto& [text, message] : rows) {
         SCOPED_TRACE(text);
@@ -46,9 +48,13 @@ TEST(Settings, ReportTheValuesTheyTook) {
 TEST(Settings, TheReplayZoneComesFromTheDefaultsFileOrTheProcess) {
     const std::tuple<std::string, std::string, std::string> rows[] = {
         // defaults, process_zone, moment
-        {"GMT_OFFSET +0530\n", "UTC", "19:25:36"},    {"GMT_OFFSET +0530\n", "EST5", "19:25:36"},
-        {"gmt_offset\t-0800\n", "JST-9", "05:55:36"}, {"GMT_OFFSET - 08 15\n", "UTC", "05:40:36"},
+        {"GMT_OFFSET +0530\n", "UTC", "19:25:36"},
+        {"GMT_OFFSET +0530\n", "EST5", "19:25:36"},
+        {"gmt_offset\t-0800\n", "JST-9", "05:55:36"},
+        {"GMT_OFFSET - 08 15\n", "UTC", "05:40:36"},
         {" GMT_OFFSET +0530\n", "EST5", "08:55:36"},
+        {std::string(4095, '#') + "GMT_OFFSET +0530\n", "UTC", "19:25:36"},
+        {std::string(4094, '#') + "GMT_OFFSET +0530\n", "UTC", "13:55:36"},
     };
     for (const auto& [defaults, process_zone, moment] : rows) {
         SCOPED_TRACE(defaults + process_zone);
