@@ -5,7 +5,7 @@
 #include "tools/driver/logs.h"
 #include "tools/driver/progress.h"
 #include "tools/load/input_files.h"
-#include "tools/load/line_count.h"
+#include "tools/load/line_budgets.h"
 #include "tools/load/request_table.h"
 #include "tools/load/thread_count.h"
 #include "tools/parse/log_loader.h"
@@ -29,33 +29,6 @@ std::vector<RequestNumbers> numbers_of_thread;
 
 constexpr const char* fname = "process_url_files";
 constexpr const char* thread_fname = "process_url_files_t";
-
-// Fixes how many lines each file is to give, where the scenario does not say.
-void count_requests() {
-    DEBUG_LOG(3, fname, "Counting total number of request.");
-    const PhaseProgress progress(
-        "\tStart Counting total number of request from log files at %s\n",
-        "\tEnd Counting total number of request from log files at %s\n\tTotal time taken : %ld\n");
-    uint64_t total = 0;
-    for (int i = 0; i < num_al_files; ++i) {
-        InputFileInfo& file = seq_file_path[i];
-        if (file.body_flag != 0) {
-            continue;
-        }
-        if (file.num_req == 0) {
-            file.num_req = zvr_get_total_lines_in_file(file.input_file);
-        }
-        if (file.num_req == 0) {
-            fatal_error(fname, "Failed to calculate Number of records from file '%s'",
-                        file.input_file);
-        }
-        total += file.num_req;
-        DEBUG_LOG(3, fname, "File name = %s, cumlative total_request = %lu", file.input_file,
-                  total);
-    }
-    DEBUG_LOG(3, fname, "All access logs counted, total number of request = %lu ", total);
-    progress.finish();
-}
 
 int choose_thread_count() {
     if (g_num_thread < 0) {
@@ -224,7 +197,7 @@ void merge_tables(RequestTableSpace& space, const parsingThreadArgs* threads, in
 
 void process_url_files() {
     DEBUG_LOG(4, fname, "Method called");
-    count_requests();
+    fix_line_budgets();
     int thread_count = choose_thread_count();
     auto* threads = static_cast<parsingThreadArgs*>(allocate_zeroed(
         fname, "Thread Arguments", static_cast<size_t>(thread_count), sizeof(parsingThreadArgs)));

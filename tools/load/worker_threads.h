@@ -5,9 +5,9 @@
 
 #include <cstdint>
 
-// Loading: worker threads parse the input files into request tables of their own, which are then
-// joined into the request table of the run. The only phase of a run with more than one thread;
-// nothing is shared for writing between them.
+// Loading: the lines of the files are counted, then worker threads parse the files into request
+// tables of their own, which are joined into the request table of the run. The only phase of a run
+// with more than one thread; the workers share nothing that they write to.
 
 // What one worker thread gets and what it gives back.
 struct parsingThreadArgs {

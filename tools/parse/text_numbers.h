@@ -29,10 +29,10 @@ class TextNumbers {
     }
     void fetch_text(uint64_t hash) const {
         if (!slots_.empty()) {
-            const char* text =
-                reinterpret_cast<const char*>(slots_[hash & (slots_.size() - 1)].text);
-            __builtin_prefetch(text);
-            __builtin_prefetch(text + cache_line);
+            // As a number, since the slot may hold no text.
+            const auto text = reinterpret_cast<uintptr_t>(slots_[hash & (slots_.size() - 1)].text);
+            __builtin_prefetch(reinterpret_cast<const void*>(text));
+            __builtin_prefetch(reinterpret_cast<const void*>(text + cache_line));
         }
     }
 
