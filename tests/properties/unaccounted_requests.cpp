@@ -1,8 +1,9 @@
 #include "tools/parse/unaccounted_requests.h"
 
-#include "tests/unit_helpers.h"
+#include "tests/properties/properties.h"
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 namespace {
@@ -41,22 +42,20 @@ class PlainArray {
 
 } // namespace
 
-TEST(UnaccountedRequests, KeepTheSlotsOfAPlainArray) {
-    Choices choices(6);
-    for (const size_t value_count : {2U, 10U, 200U}) {
-        std::vector<alInfo> records(4000);
-        UnaccountedRequests waiting(records.data());
-        PlainArray expected(records);
-        for (int64_t next = 0; next < 4000;) {
-            const std::string value = "=k" + std::to_string(choices.below(value_count));
-            if (choices.one_in(2 + value_count / 10)) {
-                ASSERT_EQ(waiting.take(value), expected.take(value)) << value << " at " << next;
-            } else {
-                value.copy(records[static_cast<size_t>(next)].akaau_id, value.size());
-                waiting.add(next);
-                expected.add(next++);
-            }
-            ASSERT_EQ(waiting.end_index(), expected.end_index()) << value << " at " << next;
+void check_unaccounted_requests(Choices& choices) {
+    const size_t value_count = choices.of(std::array{2U, 10U, 200U});
+    std::vector<alInfo> records(4000);
+    UnaccountedRequests waiting(records.data());
+    PlainArray expected(records);
+    for (int64_t next = 0; next < 4000 && choices.any_left();) {
+        const std::string value = "=k" + std::to_string(choices.below(value_count));
+        if (choices.one_in(2 + value_count / 10)) {
+            ASSERT_EQ(waiting.take(value), expected.take(value)) << value << " at " << next;
+        } else {
+            value.copy(records[static_cast<size_t>(next)].akaau_id, value.size());
+            waiting.add(next);
+            expected.add(next++);
         }
+        ASSERT_EQ(waiting.end_index(), expected.end_index()) << value << " at " << next;
     }
 }

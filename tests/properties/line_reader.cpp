@@ -1,0 +1,94 @@
+#include "tools/parse/line_reader.h"
+
+#include "tests/properties/properties.h"
+
+#include <cstring>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Lines plain_lines(FILE* file, size_t line_size) {
+    const bool is_unlimited = line_size == LineReader::unlimited;
+    size_t capacity = is_unlimited ? 1 : line_size;
+    char* line = static_cast<char*>(std::malloc(capacity));
+    Lines lines;
+    while (is_unlimited ? getline(&line, &capacity, file) != -1
+                        : std::fgets(line, static_cast<int>(line_size), file) != nullptr) {
+        lines.emplace_back(line, std::strcspn(line, "\n"));
+    }
+    std::free(line);
+    return lines;
+}
+
+// A line is the caller's to write to, which must not reach the next one.
+Lines read_lines(int descriptor, size_t line_size) {
+    LineReader reader(descriptor, line_size);
+    LineText line;
+    Lines lines;
+    while (reader.next(line)) {
+        EXPECT_EQ(std::strlen(line.text), line.size);
+        lines.emplace_back(line.text, line.size);
+        std::memset(line.text, '!', line.size);
+    }
+    EXPECT_FALSE(reader.next(line));
+    return lines;
+}
+
+Lines read_through_pipe(const std::string& bytes, size_t line_size, Choices& choices) {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    std::thread writer([&bytes, &choices, end = ends[1]] {
+        for (size_t done = 0; done < bytes.size();) {
+            const size_t piece = std::min(9000 - choices.below(9000), bytes.size() - done);
+            done += static_cast<size_t>(write(end, bytes.data() + done, piece));
+        }
+        close(end);
+    });
+    const Lines lines = read_lines(ends[0], line_size);
+    writer.join();
+    close(ends[0]);
+    return lines;
+}
+
+std::string random_bytes(Choices& choices, size_t usual_length, size_t total) {
+    constexpr size_t block_size = size_t{256} << 10; // what is read at a time
+    const std::string_view odd("\n\r\0#a \n\n", 8);
+    std::string bytes;
+    while (bytes.size() < total && choices.any_left()) {
+        bytes += choices.text(odd, 6);
+        if (choices.one_in(3)) { // a line around the limit, or around two
+            bytes.append((1 + choices.below(2)) * usual_length + 1 - choices.below(4), 'x');
+        }
+        if (total > block_size && choices.one_in(6)) { // to the end of a block, or nearly
+            bytes.resize((bytes.size() / block_size + 1) * block_size - choices.below(4), 'y');
+        }
+        bytes += choices.one_in(2) ? choices.text(odd, 2) : "\n";
+    }
+    return bytes;
+}
+
+constexpr size_t sizes[][3] = {
+    // limit, usual length of a line, bytes
+    {102400, 102400, 1'000'000},
+    {4096, 4096, 600'000},
+    {2, 3, 3000},
+    {LineReader::unlimited, 50, 20'000},
+    {LineReader::unlimited, 600'000, 2'000'000},
+};
+
+} // namespace
+
+void check_line_reader(Choices& choices) {
+    const auto& [limit, usual_length, total] = choices.of(sizes);
+    const bool is_pipe = choices.one_in(2);
+    const std::string bytes = random_bytes(choices, usual_length, total);
+    FILE* file = file_of(bytes);
+    const Lines lines =
+        is_pipe ? read_through_pipe(bytes, limit, choices) : read_lines(fileno(file), limit);
+    std::rewind(file);
+    EXPECT_TRUE(lines == plain_lines(file, limit)) << "limit " << limit;
+    std::fclose(file);
+}
