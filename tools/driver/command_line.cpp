@@ -72,6 +72,7 @@ void apply_option(int letter, const char* argument) {
 bool read_command_line(int argc, char* argv[]) {
     bool scenario_named = false;
     int letter;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no thread has been started
     while ((letter = getopt_long(argc, argv, short_options, long_options, nullptr)) != -1) {
         apply_option(letter, optarg);
         scenario_named = scenario_named || letter == 's';

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string_view>
 #include <sys/stat.h>
+#include <system_error>
 
 char g_wdir[1024];
 char project[512];
@@ -84,15 +85,17 @@ std::string scenario_directory() {
 } // namespace
 
 void read_work_directory() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no thread has been started
     const char* work_dir = std::getenv("ZV_WDIR");
     if (work_dir == nullptr) {
         fatal_error(fname, "Environment variable \"ZV_WDIR\" not set, Exiting.");
     }
-    if (std::strlen(work_dir) >= sizeof g_wdir) {
+    const size_t length = std::strlen(work_dir);
+    if (length >= sizeof g_wdir) {
         fatal_error(fname, "Environment variable \"ZV_WDIR\" is longer than %zu characters",
                     sizeof g_wdir - 1);
     }
-    std::strcpy(g_wdir, work_dir);
+    std::memcpy(g_wdir, work_dir, length + 1);
 }
 
 void set_scenario(const char* argument) {
@@ -203,7 +206,7 @@ int mkdir_ex1(const char* path) {
         directory += std::string("/") + components[i];
         if (!make_directory(directory.c_str())) {
             error_log("mkdir_ex1", "Error in creating directory. Path: '%s'. Error = '%s'\n",
-                      directory.c_str(), std::strerror(errno));
+                      directory.c_str(), std::generic_category().message(errno).c_str());
             return 0;
         }
     }

@@ -15,6 +15,7 @@ class TextArena {
     TextArena& operator=(TextArena&& other) noexcept {
         next_ = std::exchange(other.next_, nullptr);
         end_ = std::exchange(other.end_, nullptr);
+        next_block_size_ = other.next_block_size_;
         return *this;
     }
 

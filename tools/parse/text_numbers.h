@@ -29,10 +29,11 @@ class TextNumbers {
     }
     void fetch_text(uint64_t hash) const {
         if (!slots_.empty()) {
-            // As a number, since the slot may hold no text.
-            const auto text = reinterpret_cast<uintptr_t>(slots_[hash & (slots_.size() - 1)].text);
-            __builtin_prefetch(reinterpret_cast<const void*>(text));
-            __builtin_prefetch(reinterpret_cast<const void*>(text + cache_line));
+            const Text* text = slots_[hash & (slots_.size() - 1)].text;
+            if (text != nullptr) {
+                __builtin_prefetch(text);
+                __builtin_prefetch(reinterpret_cast<const char*>(text) + cache_line);
+            }
         }
     }
 

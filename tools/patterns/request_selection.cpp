@@ -68,5 +68,5 @@ OrderedRequests select_requests(SessionOrder session_order) {
         }
     }
     requests.erase(selected_end, requests.end());
-    return std::move(requests);
+    return std::move(session_order.requests);
 }
