@@ -6,6 +6,7 @@
 #include "tools/config/replay_settings.h"
 #include "tools/driver/logs.h"
 #include "tools/load/input_files.h"
+#include "tools/parse/cookie_values.h"
 #include "tools/parse/request_fields.h"
 
 #include <cstring>
@@ -105,6 +106,15 @@ void expect_plain_status_code(Choices& choices) {
     EXPECT_EQ(request.response_code, std::atoi(text.c_str())) << text;
 }
 
+void expect_plain_cookie_search(Choices& choices) {
+    const std::string header = choices.text("-a=;", 3);
+    const std::string name = choices.text("-a", 2);
+    char value[max_cookie_length];
+    EXPECT_EQ(get_cookie_value(header.c_str(), name, 0, value),
+              header.find(name) != std::string::npos)
+        << header << " " << name;
+}
+
 } // namespace
 
 void check_log_loader(Choices& choices) {
@@ -119,6 +129,7 @@ void check_log_loader(Choices& choices) {
     al_required_field_position[AL_RESPONSE_TIME] = consider_response_time != 0 ? 16 : 0;
     validate_al_format();
     expect_plain_status_code(choices);
+    expect_plain_cookie_search(choices);
     std::string log;
     size_t line_count = 0;
     for (; line_count < 40 && choices.any_left(); ++line_count) {
