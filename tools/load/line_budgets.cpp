@@ -9,47 +9,56 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <pthread.h>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
 
 constexpr const char* fname = "process_url_files";
 
-bool is_to_be_counted(const InputFileInfo& file) {
-    return file.body_flag == 0 && file.num_req == 0;
+// What the threads that count share: the next file that none of them has taken, and the lines of
+// each file, in the order of the list.
+struct Counting {
+    std::atomic<int> next_file = 0;
+    std::vector<uint64_t> line_counts = std::vector<uint64_t>(static_cast<size_t>(num_al_files));
+};
+
+uint64_t count_lines(const InputFileInfo& file) {
+    const bool is_to_be_counted = file.body_flag == 0 && file.num_req == 0;
+    return is_to_be_counted ? zvr_get_total_lines_in_file(file.input_file) : file.num_req;
 }
 
-// Body of one thread; `argv` is the std::atomic<int> that tells the next file that no thread has
-// taken.
+// Body of one thread; `argv` is the Counting.
 void* count_files_t(void* argv) {
-    auto& next_file = *static_cast<std::atomic<int>*>(argv);
-    for (int i; (i = next_file++) < num_al_files;) {
-        if (is_to_be_counted(seq_file_path[i])) {
-            seq_file_path[i].num_req = zvr_get_total_lines_in_file(seq_file_path[i].input_file);
-        }
+    Counting& counting = *static_cast<Counting*>(argv);
+    for (int i; (i = counting.next_file++) < num_al_files;) {
+        counting.line_counts[static_cast<size_t>(i)] = count_lines(seq_file_path[i]);
     }
     return nullptr;
 }
 
-// Counts on as many threads as will load the files. What a thread cannot be had for, this one does.
-void count_on_threads() {
+// Counts on as many threads as are asked for, or by the processors: not by zvr_get_num_cpu, whose
+// error line would come before those of the files. What no thread can be had for, this one does.
+std::vector<uint64_t> count_on_threads() {
     const int cpu_count = static_cast<int>(std::thread::hardware_concurrency());
     const int thread_count = g_num_thread != 0 ? g_num_thread : zvr_get_num_threads(cpu_count);
-    std::atomic<int> next_file = 0;
+    Counting counting;
     std::vector<pthread_t> helpers;
     for (int i = 1; i < std::min(thread_count, num_al_files); ++i) {
         pthread_t helper;
-        if (pthread_create(&helper, nullptr, count_files_t, &next_file) != 0) {
+        if (pthread_create(&helper, nullptr, count_files_t, &counting) != 0) {
             break;
         }
         helpers.push_back(helper);
     }
-    count_files_t(&next_file);
+    count_files_t(&counting);
     for (const pthread_t helper : helpers) {
         pthread_join(helper, nullptr);
     }
+    return std::move(counting.line_counts);
 }
 
 } // namespace
@@ -59,18 +68,16 @@ void fix_line_budgets() {
     const PhaseProgress progress(
         "\tStart Counting total number of request from log files at %s\n",
         "\tEnd Counting total number of request from log files at %s\n\tTotal time taken : %ld\n");
-    if (!debug_wanted(1)) { // its lines tell of the files in their order
-        count_on_threads();
-    }
+    const bool is_logged = debug_wanted(2); // file by file, in their order
+    const std::vector<uint64_t> line_counts =
+        is_logged ? std::vector<uint64_t>() : count_on_threads();
     uint64_t total = 0;
     for (int i = 0; i < num_al_files; ++i) {
         InputFileInfo& file = seq_file_path[i];
         if (file.body_flag != 0) {
             continue;
         }
-        if (is_to_be_counted(file)) {
-            file.num_req = zvr_get_total_lines_in_file(file.input_file);
-        }
+        file.num_req = is_logged ? count_lines(file) : line_counts[static_cast<size_t>(i)];
         if (file.num_req == 0) {
             fatal_error(fname, "Failed to calculate Number of records from file '%s'",
                         file.input_file);

@@ -9,6 +9,7 @@ namespace {
 constexpr uint64_t odd_multiplier = 0x9e3779b97f4a7c15;
 __extension__ using uint128 = unsigned __int128;
 
+// Two of them: who knew the multiplier could write a word that wipes out all that came before it.
 struct Seed {
     uint64_t first;
     uint64_t second;

@@ -14,13 +14,11 @@
 int sort_al_info_using_jid_time(const alInfo& a, const alInfo& b);
 int sort_al_info_using_cip_time(const alInfo& a, const alInfo& b);
 
-// The order of a table of records by the comparator that fits session_mode; requests of one session
-// and one second keep the order of the table. The records stay where they are: moving their 256
-// bytes about would cost more than all else.
+// A request in that order, with what the next phases need of its RequestNumber.
 struct OrderedRequest {
     uint32_t record; // index of its record
     uint32_t url : 31;
-    uint32_t is_redirect : 1; // as in its RequestNumber
+    uint32_t is_redirect : 1;
 };
 
 struct OrderedSession {
@@ -30,6 +28,9 @@ struct OrderedSession {
 
 using OrderedRequests = std::vector<OrderedRequest, PageAllocator<OrderedRequest>>;
 
+// The order of a table of records by the comparator that fits session_mode; requests of one session
+// and one second keep the order of the table. The records stay where they are: moving their 256
+// bytes about would cost more than all else.
 struct SessionOrder {
     OrderedRequests requests;
     std::vector<OrderedSession> sessions;
