@@ -4,7 +4,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
@@ -20,7 +19,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* checker = "bin/zvr_al_gen_url_list_check";
 constexpr const char* main_pattern = "active|main|POST|1|Order|na|d|body.txt|/order\n";
 const std::string cache = project_directory + "/ReplayAccessLogs/web/.tmp/";
 const std::string cache_manifest = cache + "cache_manifest.txt";
@@ -34,7 +32,7 @@ std::string backup_path(pid_t pid) {
 class Checker : public testing::Test {
   protected:
     Checker() {
-        fs::create_symlink(ZVR_CHECKER_PATH, installation_.root() / checker);
+        installation_.use_checker();
         write_logs();
         installation_.add_settings("IGNORE_URL_QUERY_PARAM 1\nINLINE_OBJECT_MODE skip\n");
         installation_.write_patterns(main_pattern);
@@ -77,13 +75,6 @@ class Checker : public testing::Test {
             EXPECT_EQ(answer_after(changes[i]), 1) << i;
             remove(cache);
         }
-    }
-
-    // Copies the scenario to a workspace of its own, and returns the words for a run there.
-    Lines copy_to_other_workspace() const {
-        fs::copy(installation_.path("workspace/admin"), installation_.path("workspace/w"),
-                 fs::copy_options::recursive);
-        return {"-s", "w/default/default/default/web"};
     }
 
     void append(const std::string& path, const std::string& text) const {
@@ -215,36 +206,31 @@ TEST_F(Checker, AProfileOfTheSameContentIsOnlyClassifiedAgain) {
     EXPECT_EQ(answer({"-sweb", "--replay_profile", "default/default/other"}), 0);
 }
 
-TEST_F(Checker, ScenariosOfOneNameInTwoWorkspacesAreApart) {
-    run_in_full();
-    const Lines words = copy_to_other_workspace();
-    EXPECT_EQ(installation_.run_words(words).status, 0);
-    EXPECT_EQ(answer(), 0);
-    const std::string other = "workspace/w" + cache_answer.substr(std::strlen("workspace/admin"));
-    EXPECT_TRUE(installation_.read(other).starts_with("1:"));
-}
-
-TEST_F(Checker, ResultsThatAreNotWholePreventReuse) {
+TEST_F(Checker, ResultsThatAreNotThoseOfTheLastRunPreventReuse) {
     for (const std::string name : results) {
         const std::string path = config_directory + "/" + name;
         SCOPED_TRACE(name);
-        expect_read_again({[&] { remove(path); }, [&] { installation_.write(path, ""); },
-                           [&] { cut_end(path, 1); },
-                           [&] { append(path, ""); }}); // rewritten by somebody
+        const auto damage = [&](size_t size) { // which times do not tell
+            cut_end(path, size);
+            append(cache_manifest, "");
+        };
+        const auto last_row_size = [&] {
+            const std::string text = installation_.read(path);
+            return text.size() - text.rfind('\n', text.size() - 2) - 1;
+        };
+        expect_read_again({
+            [&] { remove(path); },
+            [&] { append(path, ""); }, // rewritten by somebody
+            [&] { damage(1); },
+            [&] { damage(last_row_size()); },
+        });
     }
-}
-
-// Times do not tell a result that is damaged in the very moment in which the run ends.
-TEST_F(Checker, DamageIsFoundWhateverTheTimesSay) {
-    for (const std::string name : results) {
-        SCOPED_TRACE(name);
-        ASSERT_EQ(answer(), 1);
-        const std::string text = installation_.result(name);
-        cut_end(config_directory + "/" + name, text.size() - text.rfind('\n', text.size() - 2) - 1);
-        append(cache_manifest, "");
-        EXPECT_EQ(answer(), 1);
-        remove(cache);
-    }
+    expect_read_again({[&] {
+        installation_.write_filters("active|na|1|na|/a*\n");
+        EXPECT_EQ(answer(), 2);
+        EXPECT_EQ(answer(), 0);
+        append(config_directory + "/complete_url.list", ""); // on which the others now rest
+    }});
 }
 
 TEST_F(Checker, AnIncompleteCachePreventsReuse) {
@@ -259,20 +245,6 @@ TEST_F(Checker, AnIncompleteCachePreventsReuse) {
             installation_.write_filters("active|na|1|na|/a*\n");
         },
     });
-}
-
-TEST_F(Checker, LevelTwoGivesTheBytesOfAFullRun) {
-    run_in_full();
-    installation_.write_patterns("active|inline|na|1|na|na|d|na|/a*\n"
-                                 "active|main|na|1|T|na|d|body.txt|/order\n");
-    EXPECT_EQ(answer(), 2);
-    const std::string summary = last_run_.output;
-    const auto level_two = installation_.files_of(config_directory);
-    EXPECT_EQ(answer(), 0);
-    append(config_directory + "/complete_url.list", ""); // on which these results rest
-    EXPECT_EQ(answer(), 1);
-    EXPECT_EQ(last_run_.output, summary);
-    EXPECT_EQ(installation_.files_of(config_directory), level_two);
 }
 
 TEST_F(Checker, ALogThatChangesDuringARunIsReadAgain) {
@@ -314,7 +286,8 @@ TEST_F(Checker, ARunThatFailsLeavesNothingToReuse) {
 
 TEST_F(Checker, ASecondLiveRunIsRefused) {
     run_in_full();
-    const Lines other_scenario = copy_to_other_workspace();
+    fs::copy(installation_.path("workspace/admin"), installation_.path("workspace/w"),
+             fs::copy_options::recursive);
     append("logs/access_1", "\n"); // to be read again
     HeldStream progress;
     installation_.prepare_process([&] { progress.replace(STDERR_FILENO); });
@@ -324,7 +297,10 @@ TEST_F(Checker, ASecondLiveRunIsRefused) {
     installation_.prepare_process([] {});
     expect_failure(installation_.run(),
                    "Url list processing Tool is already running, first close that and run again");
-    EXPECT_EQ(installation_.run_words(other_scenario).status, 0) << "though of the same name";
+    const std::string last_answer = installation_.read(cache_answer);
+    EXPECT_EQ(installation_.run_words({"-s", "w/default/default/default/web"}).status, 0)
+        << "though of the same name";
+    EXPECT_EQ(installation_.read(cache_answer), last_answer);
 
     kill(waiting, SIGKILL);
     waitpid(waiting, nullptr, 0);

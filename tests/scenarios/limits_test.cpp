@@ -1,5 +1,4 @@
 #include "tests/support/test_installation.h"
-#include "tools/patterns/unique_urls.h"
 
 #include <algorithm>
 #include <csignal>
@@ -7,7 +6,6 @@
 #include <string>
 #include <sys/resource.h>
 #include <tuple>
-#include <unistd.h>
 
 // The limits of docs/limits.md that no other test is about: what is at a limit works, and what is
 // beyond it has its line.
@@ -123,18 +121,6 @@ TEST_F(Limits, AUrlMayBeAsLongAsItsLine) {
     EXPECT_EQ(installation_.run().output, accepted_);
     EXPECT_EQ(installation_.url_rows(),
               Lines{"NO|MAIN|GET|/" + repeated(bars.size(), "&#124;") + "?*|1|NA|NA|0|NA|NA"});
-}
-
-TEST_F(Limits, OfUniqueUrls) {
-    url_pattern_count = max_url_pattern = 2'147'481'600;
-    EXPECT_EXIT(
-        {
-            dup2(STDERR_FILENO, STDOUT_FILENO);
-            create_url_pattern();
-        },
-        testing::ExitedWithCode(255),
-        "ERROR:Trying to realloc a negative or 0 size \\(-171798036480\\) for index  -1\n");
-    url_pattern_count = max_url_pattern = 0;
 }
 
 // What has no room on the disk is lost.

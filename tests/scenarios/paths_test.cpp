@@ -13,11 +13,6 @@ class Paths : public testing::Test {
   protected:
     Paths() { installation_.write_logs({combined_line()}); }
 
-    void move(const std::string& from, const std::string& to) const {
-        fs::create_directories(fs::path(path(to)).parent_path());
-        fs::rename(path(from), path(to));
-    }
-
     std::string path(const std::string& name) const { return installation_.path(name); }
 
     RunResult run_scenario(const std::string& name) const {
@@ -28,7 +23,8 @@ class Paths : public testing::Test {
 };
 
 TEST_F(Paths, TakesAScenarioWithWorkspaceProfileAndProject) {
-    move(project_directory, "workspace/w1/p1/quarvel/proj/sub");
+    fs::create_directories(path("workspace/w1/p1/quarvel/proj"));
+    fs::rename(path(project_directory), path("workspace/w1/p1/quarvel/proj/sub"));
     for (const char* name :
          {"w1/p1/proj/sub/web", "/w1//p1/proj/sub/web.conf", "w1/p1/proj/sub/web.config/more"}) {
         fs::remove_all(path("workspace/w1/p1/quarvel/proj/sub/ReplayAccessLogs/web/config"));
@@ -61,16 +57,6 @@ TEST_F(Paths, NamesTheFileThatIsMissing) {
     expect_failure(run_scenario("web"),
                    "Replay profile not found for scenario - 'default/default/web' at '" + profile +
                        "'");
-}
-
-TEST_F(Paths, FindsANamedReplayProfileBelowTheWorkDirectory) {
-    expect_failure(installation_.run({"-r", "p/s/other"}),
-                   "Replay profile - 'p/s/other' not found at '" +
-                       path("replay_profiles/p/s/other") + "'");
-    move(profile_directory, "replay_profiles/default/default/other");
-    EXPECT_EQ(installation_.run({"-r", "other"}).status, 0);
-    move("replay_profiles/default/default/other", "replay_profiles/p/s/other");
-    EXPECT_EQ(installation_.run({"--replay_profile=p/s/other"}).status, 0);
 }
 
 TEST_F(Paths, MakesWritableDirectoriesAndPrivateFilesUnderAStrictMask) {

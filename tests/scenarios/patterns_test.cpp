@@ -41,13 +41,17 @@ TEST(PatternFiles, AreRefusedAtTheLineThatIsWrong) {
     }
 }
 
+// Between many others: of patterns with one text, the first counts.
 TEST(PatternFiles, LookForPostDataInTheProfile) {
     TestInstallation installation;
     const std::string path = installation.path(profile_directory + "/pay.dat");
     const std::string method(16, 'M'); // the greatest length
-    installation.write_patterns("active|main|na|x|Pay|na|x|pay.dat|/pay|more\n"
-                                "active|main|" +
-                                method + "CUT|x|Long|na|x|NA|/long\n");
+    std::string patterns = "active|main|na|x|Pay|na|x|pay.dat|/pay|more\n";
+    for (int i = 0; i < 1500; ++i) {
+        patterns += "active|main|na|x|Later" + std::to_string(i) + "|na|x|NA|/pay\n";
+    }
+    patterns += "active|main|" + method + "CUT|x|Long|na|x|NA|/long\n";
+    installation.write_patterns(patterns);
     expect_failure(installation.run(),
                    "Post data File '" + path + "' not found for profile default/default/web");
     installation.write_profile("pay.dat", "x=1");

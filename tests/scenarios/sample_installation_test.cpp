@@ -1,8 +1,12 @@
 #include "tests/support/test_installation.h"
 
+#include <array>
+#include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <map>
 #include <string>
+#include <sys/wait.h>
 
 namespace fs = std::filesystem;
 
@@ -11,102 +15,112 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* result_names[] = {"complete_url.list", "hosts.list", "url.list",
-                                        "query_url.list"};
+constexpr const char* scenarios[] = {"shop", "intranet", "news", "desk"};
 
-class SampleInstallation : public testing::TestWithParam<std::string> {
+std::string replaced(std::string text, const std::string& old, const std::string& replacement) {
+    for (size_t at = 0; (at = text.find(old, at)) != std::string::npos; at += replacement.size()) {
+        text.replace(at, old.size(), replacement);
+    }
+    return text;
+}
+
+class SampleInstallation : public testing::Test {
   protected:
     SampleInstallation() {
         fs::copy(source_path("examples/installation"), installation_.root(),
                  fs::copy_options::recursive | fs::copy_options::overwrite_existing);
     }
 
-    RunResult run(Lines words = {}) const {
-        words.insert(words.begin(), {"-s", GetParam()});
+    RunResult run(const std::string& scenario, Lines words = {}) const {
+        words.insert(words.begin(), {"-s", scenario});
         return installation_.run_words(words);
     }
 
-    std::string result_path(const std::string& name) const {
-        return project_directory + "/ReplayAccessLogs/" + GetParam() + "/config/" + name;
+    std::string result(const std::string& scenario, const std::string& name) const {
+        return installation_.read(project_directory + "/ReplayAccessLogs/" + scenario + "/config/" +
+                                  name);
     }
 
-    // Expected files name the installation's place by a placeholder.
+    // The empty text for a file that must not be there. Expected files name the installation's
+    // place by a placeholder.
     std::string expected(const std::string& path) const {
-        const std::string placeholder = "@ZV_WDIR@";
-        std::string text = installation_.read(source_path("examples/" + path));
-        for (size_t at; (at = text.find(placeholder)) != std::string::npos;) {
-            text.replace(at, placeholder.size(), installation_.root().string());
-        }
-        return text;
+        return replaced(installation_.read(source_path("examples/" + path)), "@ZV_WDIR@",
+                        installation_.root());
     }
 
-    void expect_results(const RunResult& run) const {
-        EXPECT_EQ(run.output, expected("expected/" + GetParam() + "/stdout"));
-        const std::string directory = "expected/" + GetParam() + "/";
-        for (const std::string name : result_names) {
-            const bool is_expected = fs::exists(source_path("examples/" + directory + name));
-            ASSERT_EQ(installation_.exists(result_path(name)), is_expected) << name;
-            if (is_expected) {
-                EXPECT_EQ(installation_.read(result_path(name)), expected(directory + name))
-                    << name;
-            }
+    // `original`: the scenario whose results are expected.
+    void expect_results(const std::string& scenario, const RunResult& run,
+                        const std::string& original) const {
+        SCOPED_TRACE(scenario);
+        const std::string directory = "expected/" + original + "/";
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.output, expected(directory + "stdout"));
+        for (const char* name : {"complete_url.list", "hosts.list", "url.list", "query_url.list"}) {
+            EXPECT_EQ(result(scenario, name),
+                      replaced(expected(directory + name), "replay_profiles/" + original + "/",
+                               "replay_profiles/" + scenario + "/"))
+                << name;
         }
     }
 
     TestInstallation installation_;
 };
 
-} // namespace
-
-TEST_P(SampleInstallation, GivesTheExpectedResultsAtEveryThreadCount) {
-    for (const char* thread_count : {"1", "2", "4"}) {
-        const RunResult run_result = run({"-t", thread_count});
-        EXPECT_EQ(run_result.status, 0);
-        expect_results(run_result);
+TEST_F(SampleInstallation, GivesTheExpectedResultsAtEveryThreadCountAndDebugLevel) {
+    for (const char* scenario : scenarios) {
+        for (const Lines& words : {Lines{"-t", "1"}, {"-t2"}, {"-t4"}, {"-t2", "-d4"}}) {
+            expect_results(scenario, run(scenario, words), scenario);
+        }
     }
 }
 
-TEST_P(SampleInstallation, DebuggingChangesNoResult) {
-    expect_results(run({"-d", "4", "-t", "2"}));
-}
-
-TEST_P(SampleInstallation, CacheLevelOnePrintsTheOldSummary) {
-    const RunResult first = run();
-    installation_.write_checker(0);
-    const RunResult again = run();
-    EXPECT_EQ(again.status, 0);
-    const std::string url_list = installation_.read(result_path("url.list"));
-    EXPECT_EQ(again.output, url_list.substr(0, url_list.find('\n') + 1));
-    expect_results(first);
-}
-
-TEST_P(SampleInstallation, CacheLevelTwoGivesTheSameResultsWithoutTheLogs) {
-    run();
+TEST_F(SampleInstallation, GivesTheSameResultsAtCacheLevelTwoWithoutTheLogs) {
+    for (const char* scenario : scenarios) {
+        run(scenario);
+    }
     fs::remove_all(installation_.root() / "logs");
     installation_.write_checker(2);
-    expect_results(run());
+    for (const char* scenario : scenarios) {
+        expect_results(scenario, run(scenario), scenario);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Scenarios, SampleInstallation,
-                         testing::Values("shop", "intranet", "news", "desk"),
-                         [](const auto& scenario) { return scenario.param; });
-
-using ChangedPatterns = SampleInstallation;
-
-TEST_P(ChangedPatterns, AreAppliedAtCacheLevelTwo) {
-    run();
-    const fs::path profile =
-        installation_.root() / project_directory / "replay_profiles" / GetParam();
+TEST_F(SampleInstallation, AppliesChangedPatternsAtCacheLevelTwo) {
+    run("shop");
     for (const char* name : {"replay_url_patterns.dat", "replay_url_filter_patterns.dat"}) {
-        fs::copy(source_path("examples/level2") / name, profile,
+        fs::copy(source_path("examples/level2") / name,
+                 installation_.root() / project_directory / "replay_profiles/shop",
                  fs::copy_options::overwrite_existing);
     }
     installation_.write_checker(2);
-    const RunResult again = run();
-    EXPECT_EQ(again.output, expected("level2/stdout"));
-    EXPECT_EQ(installation_.read(result_path("url.list")), expected("level2/url.list"));
-    EXPECT_EQ(installation_.read(result_path("complete_url.list")),
-              expected("expected/shop/complete_url.list"));
+    EXPECT_EQ(run("shop").output, expected("level2/stdout"));
+    EXPECT_EQ(result("shop", "url.list"), expected("level2/url.list"));
+    EXPECT_EQ(result("shop", "complete_url.list"), expected("expected/shop/complete_url.list"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Scenarios, ChangedPatterns, testing::Values("shop"));
+// Eight: each scenario and a copy of it.
+TEST_F(SampleInstallation, GivesTheExpectedResultsInRunsAtTheSameTime) {
+    installation_.use_checker();
+    installation_.prepare_process([] { raise(SIGSTOP); }); // until all have come so far
+    const fs::path profiles = installation_.root() / project_directory / "replay_profiles";
+    std::map<pid_t, std::array<std::string, 2>> runs; // scenario and original
+    for (const std::string original : scenarios) {
+        const std::string copy = original + "_copy";
+        installation_.write(scenario_directory + "/" + copy + ".conf",
+                            installation_.read(scenario_directory + "/" + original + ".conf"));
+        fs::copy(profiles / original, profiles / copy);
+        for (const std::string& scenario : {original, copy}) {
+            const pid_t run = installation_.start({"-s", scenario});
+            waitpid(run, nullptr, WUNTRACED);
+            runs[run] = {scenario, original};
+        }
+    }
+    for (const auto& [run, names] : runs) {
+        kill(run, SIGCONT);
+    }
+    for (const auto& [run, names] : runs) {
+        expect_results(names[0], installation_.finish(run), names[1]);
+    }
+}
+
+} // namespace

@@ -2,15 +2,11 @@
 #include "tests/support/test_installation.h"
 
 #include <array>
-#include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <map>
-#include <random>
 #include <string>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <tuple>
 #include <unistd.h>
 #include <vector>
@@ -18,14 +14,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-// Each log in its directory holds one line.
-void write_instances(const TestInstallation& installation, const Lines& paths) {
-    for (const std::string& path : paths) {
-        installation.write(path, combined_line());
-    }
-    installation.name_logs(paths);
-}
 
 Lines separate_directories(int count) {
     Lines paths;
@@ -46,7 +34,10 @@ TEST(Threads, ShareInstancesInOrder) {
     for (const auto& [paths, threads, files] : rows) {
         SCOPED_TRACE(testing::PrintToString(paths));
         TestInstallation installation;
-        write_instances(installation, paths);
+        for (const std::string& path : paths) {
+            installation.write(path, combined_line());
+        }
+        installation.name_logs(paths);
         const RunResult run = installation.run({"-t", threads, "-d", "3"});
         EXPECT_EQ(run.counter("Total"), static_cast<long>(paths.size()));
         Lines lines;
@@ -57,46 +48,6 @@ TEST(Threads, ShareInstancesInOrder) {
                             ", num_req = " + std::to_string(count) + " ");
         }
         EXPECT_EQ(installation.debug_lines_with("created, seq_file_start_idx"), lines);
-    }
-}
-
-// Sessions, redirects and equal times run across the files of a thread and the threads.
-std::string random_log(unsigned seed) {
-    std::mt19937 random(seed);
-    const auto below = [&random](unsigned bound) { return std::to_string(random() % bound); };
-    std::string log;
-    for (int i = 0; i < 300; ++i) {
-        log +=
-            combined_line({.url = "/page" + below(7) + (random() % 2 == 0 ? "?q=" + below(9) : ""),
-                           .method = random() % 3 == 0 ? "get" : "GET",
-                           .client = random() % 9 == 0 ? "-" : "10.0.0." + below(9),
-                           .time = "10:00:" + below(60),
-                           .status = random() % 3 == 0 ? 302 : 200,
-                           .more = "h" + below(3) + " /page" + below(7)});
-        log += random() % 20 == 0 ? "broken\n" : "";
-    }
-    return log;
-}
-
-TEST(Threads, OfAnyNumberGiveTheSameResults) {
-    TestInstallation installation;
-    installation.add_settings("AL_FIELD HOST_HEADER 7\nAL_FIELD LOCATION 8\n"
-                              "IGNORE_URL_QUERY_PARAM 1\n");
-    const Lines paths = separate_directories(9);
-    write_instances(installation, paths);
-    for (size_t i = 0; i < paths.size(); ++i) {
-        installation.write(paths[i], random_log(static_cast<unsigned>(i)));
-    }
-    Lines first;
-    for (const char* thread_count : {"1", "2", "8"}) {
-        const RunResult run = installation.run({"-t", thread_count});
-        const Lines results = {run.output, installation.result("complete_url.list"),
-                               installation.result("hosts.list"), installation.result("url.list"),
-                               installation.result("query_url.list")};
-        first = first.empty() ? results : first;
-        EXPECT_EQ(results, first) << thread_count;
-        EXPECT_GT(run.counter("Total"), 2700);
-        EXPECT_GT(run.counter("Redirected"), 100);
     }
 }
 
@@ -128,39 +79,6 @@ TEST(Threads, FailingTogetherReportOnce) {
     output.stop_reading();
     errors.stop_reading();
     EXPECT_EQ(installation.finish(run).status, 255);
-}
-
-TEST(ConcurrentRuns, OfEightScenariosGiveWhatEachGivesAlone) {
-    TestInstallation installation;
-    installation.use_checker();
-    const std::string logs_directory = project_directory + "/ReplayAccessLogs/";
-    const auto outcome = [&](const std::string& name, const RunResult& run) {
-        auto files = installation.files_of(logs_directory + name + "/config");
-        files["output"] = run.output;
-        return files;
-    };
-    std::map<std::string, std::map<std::string, std::string>> alone;
-    for (const std::string name : {"s0", "s1", "s2", "s3", "s4", "s5", "s6", "s7"}) {
-        installation.write(name + "/log", random_log(static_cast<unsigned>(name[1])));
-        installation.write(scenario_directory + "/" + name + ".conf",
-                           "REPLAY_LOG_FILE " + name + "/log x 0 HTTP\n");
-        fs::copy(installation.path(profile_directory),
-                 installation.path(profile_directory + "/../" + name));
-        alone[name] = outcome(name, installation.run_words({"-s", name}));
-        fs::remove_all(installation.path(logs_directory + name));
-    }
-    installation.prepare_process([] { raise(SIGSTOP); }); // until all have come so far
-    std::map<std::string, pid_t> runs;
-    for (const auto& [name, files] : alone) {
-        runs[name] = installation.start({"-s", name});
-        waitpid(runs[name], nullptr, WUNTRACED);
-    }
-    for (const auto& [name, run] : runs) {
-        kill(run, SIGCONT);
-    }
-    for (const auto& [name, run] : runs) {
-        EXPECT_EQ(outcome(name, installation.finish(run)), alone[name]) << name;
-    }
 }
 
 } // namespace
