@@ -1,10 +1,8 @@
 #include "tests/support/test_installation.h"
 
 #include <algorithm>
-#include <csignal>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/resource.h>
 #include <tuple>
 
 // The limits of docs/limits.md that no other test is about: what is at a limit works, and what is
@@ -129,11 +127,7 @@ TEST_F(Limits, OfTheDebugLog) {
     installation_.run({"-d", "9"});
     EXPECT_EQ(installation_.debug_lines_with("Field value").at(0),
               ("Field value = '" + std::string(102'398, 'x')).substr(0, 102'399));
-    installation_.prepare_process([] {
-        const rlimit file_size = {5000, 5000};
-        setrlimit(RLIMIT_FSIZE, &file_size);
-        std::signal(SIGXFSZ, SIG_IGN);
-    });
+    installation_.prepare_process([] { limit_file_size(5000); });
     EXPECT_EQ(installation_.run({"-d", "4"}).output, summary_line({.total = 1, .bad = 1}));
 }
 

@@ -1,21 +1,14 @@
 #include "tests/support/test_installation.h"
 
-#include <csignal>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/resource.h>
 #include <tuple>
 
 namespace {
 
-// Files that the run writes end at this size, as they would on a full disk; its error line holds
-// this text.
-void expect_no_room(TestInstallation& installation, rlim_t size, const std::string& text) {
-    installation.prepare_process([size] {
-        const rlimit limit = {size, size};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        std::signal(SIGXFSZ, SIG_IGN);
-    });
+// The error line of a run whose files may have this size holds this text.
+void expect_no_room(TestInstallation& installation, size_t size, const std::string& text) {
+    installation.prepare_process([size] { limit_file_size(size); });
     const RunResult run = installation.run({"-a"});
     expect_some_failure(run);
     EXPECT_NE(run.output.find(text), std::string::npos) << run.output;
@@ -26,7 +19,7 @@ TEST(FullDisk, StopsTheRunAtTheFileThatHasNoRoom) {
     const std::string cut = "IGNORE_URL_QUERY_PARAM 1\n";
     const std::string cookies = "USER_SESSION_KEY cookie\nCOOKIE_NAME J\n"
                                 "AL_FIELD REQUEST_COOKIE 7\nDUMP_QUERY_STRING_URL 0\n";
-    const std::tuple<rlim_t, std::string, std::string> rows[] = {
+    const std::tuple<size_t, std::string, std::string> rows[] = {
         // size, settings, text of the error line
         {1000, std::string(2000, '#'), "Failed to run command 'cp "},
         {1500, cut, "Failed to write to query_url.list\n"},

@@ -1,11 +1,13 @@
 #include "tests/support/test_installation.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -61,6 +63,12 @@ std::string combined_line(const LoggedRequest& request) {
     return request.client + " - - [10/Oct/2000:" + request.time + " +0000] \"" + request.method +
            " " + request.url + " HTTP/1.1\" " + std::to_string(request.status) +
            (request.more.empty() ? "" : " " + request.more) + "\n";
+}
+
+void limit_file_size(size_t size) {
+    const rlimit limit = {size, size};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 TestInstallation::TestInstallation() {

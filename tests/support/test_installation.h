@@ -69,6 +69,9 @@ inline const std::string scenario_directory = project_directory + "/scenarios";
 inline const std::string profile_directory = project_directory + "/replay_profiles/web";
 inline const std::string config_directory = project_directory + "/ReplayAccessLogs/web/config";
 
+// Lets files that this process writes end at `size` bytes, as they would on a full disk.
+void limit_file_size(size_t size);
+
 // A throw-away installation with one scenario, `web`, in the default workspace. It begins with a
 // client-address session mode and the field layout of the combined log format, no patterns, and no
 // log; each test writes what it is about. Runs are made with the installation as working directory,
