@@ -197,9 +197,10 @@ void collapse_and_sort_urls(benchmark::State& state) {
 BENCHMARK(collapse_and_sort_urls)->Unit(benchmark::kMillisecond);
 
 void write_row(benchmark::State& state) {
-    const std::string path = std::filesystem::temp_directory_path() / "zvr_micro_benchmark.rows";
+    constexpr const char* name = "zvr_micro_benchmark.rows";
+    const OwnDirectory directory(std::filesystem::temp_directory_path());
     ResultFile file;
-    if (!file.create(path)) {
+    if (!file.create(directory, name)) {
         state.SkipWithError("no temporary file");
         return;
     }
@@ -213,7 +214,7 @@ void write_row(benchmark::State& state) {
         file.append("|NA|NA\n");
     }
     file.close();
-    std::filesystem::remove(path);
+    directory.remove(name);
 }
 BENCHMARK(write_row)->Iterations(1'000'000);
 

@@ -89,7 +89,7 @@ Outcome plain_unique_urls(std::vector<alInfo> requests) {
 Outcome make_unique_urls(std::vector<alInfo>& records, Choices& choices) {
     const TemporaryDirectory directory;
     directory.write("query_url.list", "of an earlier run");
-    QueryList query_list(directory.path());
+    QueryList query_list{OwnDirectory(directory.path())};
     const RequestNumbers numbers = number_requests(records, choices);
     al_info_array = records.data();
     make_url_pattern_list(order_by_session(al_info_array, numbers), numbers.url_count(),

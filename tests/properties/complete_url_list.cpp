@@ -36,7 +36,7 @@ void read_list(const std::string& config_dir) {
         *counter = 0;
     }
     forget_unique_urls();
-    fill_url_pattern_from_cache(config_dir.c_str());
+    fill_url_pattern_from_cache(OwnDirectory(config_dir));
 }
 
 } // namespace
@@ -66,7 +66,7 @@ void check_complete_url_list(Choices& choices) {
     const Rows expected = contents();
     const TemporaryDirectory directory;
     directory.write("complete_url.list", "of an earlier run");
-    write_complete_url_list(directory.path());
+    write_complete_url_list(OwnDirectory(directory.path()));
     read_list(directory.path());
     EXPECT_TRUE(contents() == expected);
 }
@@ -79,7 +79,7 @@ void forget_unique_urls() {
 void expect_list_is_kept(const std::string& config_dir) {
     read_list(config_dir);
     const Rows expected = contents();
-    write_complete_url_list(config_dir);
+    write_complete_url_list(OwnDirectory(config_dir));
     read_list(config_dir);
     EXPECT_EQ(contents(), expected);
 }

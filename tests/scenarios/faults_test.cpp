@@ -1,4 +1,5 @@
 #include "tests/support/held_stream.h"
+#include "tests/support/permissions.h"
 #include "tests/support/test_installation.h"
 
 #include <csignal>
@@ -6,12 +7,10 @@
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
-#include <linux/capability.h>
 #include <map>
 #include <sched.h>
 #include <string>
 #include <sys/mount.h>
-#include <sys/prctl.h>
 #include <tuple>
 #include <unistd.h>
 #include <utility>
@@ -24,23 +23,6 @@ namespace {
 
 const std::string log_name = "logs/access_0";
 const std::string cache_directory = config_directory + "/../.tmp";
-
-// How a run's process ends when the machine does not let the test make the fault.
-constexpr int not_permitted = 77;
-
-void require(bool succeeded) {
-    if (!succeeded) {
-        _exit(not_permitted);
-    }
-}
-
-// Files that nobody may read are not for the superuser, either.
-void obey_permissions() {
-    constexpr unsigned long capabilities[] = {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH};
-    for (const unsigned long capability : capabilities) {
-        require(prctl(PR_CAPBSET_DROP, capability) == 0 || geteuid() != 0);
-    }
-}
 
 // Gives the process its own view of the file system.
 void leave_file_system() {

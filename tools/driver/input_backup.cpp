@@ -1,11 +1,14 @@
 #include "tools/driver/input_backup.h"
 
+#include "base/new_file.h"
 #include "tools/driver/logs.h"
 #include "tools/driver/paths.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
 #include <initializer_list>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -16,60 +19,30 @@ namespace {
 
 constexpr const char* fname = "main";
 
-std::string backup_directory() {
-    return "/tmp/zvr_al_gen_url_list.backup." + std::to_string(getpid());
-}
-
-// A descriptor that is closed at the end of its scope.
-class OpenFile {
-  public:
-    OpenFile(const fs::path& path, int flags, mode_t permissions = 0)
-        : descriptor_(open(path.c_str(), flags | O_CLOEXEC, permissions)) {}
-    ~OpenFile() { close(); }
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-
-    int get() const { return descriptor_; }
-    bool is_open() const { return descriptor_ != -1; }
-    bool close() { return ::close(std::exchange(descriptor_, -1)) == 0; }
-
-  private:
-    int descriptor_;
-};
-
-bool write_all(int descriptor, const char* text, size_t size) {
-    while (size != 0) {
-        const ssize_t count = write(descriptor, text, size);
-        if (count <= 0) {
+bool copy_contents(int from, int to) {
+    char block[1 << 14];
+    ssize_t count;
+    while ((count = read(from, block, sizeof block)) != 0) {
+        if (count == -1 ? errno != EINTR : !write_whole(to, {block, static_cast<size_t>(count)})) {
             return false;
         }
-        text += count;
-        size -= static_cast<size_t>(count);
     }
     return true;
 }
 
-bool copy_contents(int from, int to) {
-    char block[1 << 16];
-    ssize_t count;
-    while ((count = read(from, block, sizeof block)) > 0) {
-        if (!write_all(to, block, static_cast<size_t>(count))) {
-            return false;
-        }
-    }
-    return count == 0;
+// What an open file is, for S_ISREG and its kind; 0 when it is not open.
+mode_t mode_of(const FileDescriptor& file) {
+    struct stat status;
+    return file.is_open() && fstat(file.get(), &status) == 0 ? status.st_mode : 0;
 }
 
-// As cp does: what is there keeps its permissions, what is new gets those of the source less the
-// mask.
-bool copy_into_directory(const fs::path& file, const fs::path& directory) {
-    OpenFile source(file, O_RDONLY);
-    struct stat status;
-    if (!source.is_open() || fstat(source.get(), &status) != 0 || S_ISDIR(status.st_mode)) {
+// The copy has the permissions of its source less the mask.
+bool copy_into_directory(const FileDescriptor& source, int directory, const char* name) {
+    const mode_t mode = mode_of(source);
+    if (mode == 0 || S_ISDIR(mode)) {
         return false;
     }
-    OpenFile target(directory / file.filename(), O_WRONLY | O_CREAT | O_TRUNC,
-                    status.st_mode & 0777);
+    FileDescriptor target = create_new_file(directory, name, mode & 0777);
     return target.is_open() && copy_contents(source.get(), target.get()) && target.close();
 }
 
@@ -79,52 +52,80 @@ void require_success(const std::string& command, bool succeeded) {
     }
 }
 
-void make_backup_directory(const std::string& directory) {
-    constexpr mode_t permissions = 0777;
-    require_success("mkdir " + directory, mkdir(directory.c_str(), permissions) == 0);
+// For this user alone, whatever the mask.
+bool make_private_directory(const std::string& path) {
+    const mode_t mask = umask(0);
+    const bool is_made = mkdir(path.c_str(), 0700) == 0;
+    umask(mask);
+    return is_made;
 }
 
-void back_up(std::initializer_list<std::string> files, const std::string& directory) {
-    std::string command = "cp";
-    for (const std::string& file : files) {
-        command += " " + file;
+bool is_at(const std::string& path, const FileDescriptor& file) {
+    struct stat status, at_path;
+    return fstat(file.get(), &status) == 0 && lstat(path.c_str(), &at_path) == 0 &&
+           status.st_dev == at_path.st_dev && status.st_ino == at_path.st_ino;
+}
+
+// Whoever tidies up may take a directory for a left one, and remove it, as long as it is not
+// locked; then another one is made.
+FileDescriptor make_locked_directory(const std::string& path) {
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    while (make_private_directory(path)) {
+        FileDescriptor directory(open(path.c_str(), flags));
+        if (directory.is_open() && flock(directory.get(), LOCK_EX) == 0 && is_at(path, directory)) {
+            return directory;
+        }
     }
-    command += " " + directory;
-    refuse_long_path(command);
-    bool succeeded = true;
-    for (const std::string& file : files) {
-        succeeded = copy_into_directory(file, directory) && succeeded;
-    }
-    require_success(command, succeeded);
+    return {};
 }
 
 } // namespace
 
-void back_up_inputs() {
-    const std::string directory = backup_directory();
-    make_backup_directory(directory);
-    back_up({scenario_file_path()}, directory);
-    back_up({replay_profile_file_path("replay_settings.dat"),
-             replay_profile_file_path("replay_url_patterns.dat"),
-             replay_profile_file_path("replay_url_filter_patterns.dat")},
-            directory);
+InputBackup::InputBackup()
+    : path_("/tmp/zvr_al_gen_url_list.backup." + std::to_string(getpid())),
+      directory_(make_locked_directory(path_)) {
+    require_success("mkdir " + path_, directory_.is_open());
+    copy_files({scenario_file_path()});
+    copy_files({replay_profile_file_path("replay_settings.dat"),
+                replay_profile_file_path("replay_url_patterns.dat"),
+                replay_profile_file_path("replay_url_filter_patterns.dat")});
 }
 
-void copy_backup_to_cache(const std::string& config_dir) {
-    std::error_code error;
+void InputBackup::copy_files(std::initializer_list<std::string> files) const {
+    std::string command = "cp";
+    for (const std::string& file : files) {
+        command += " " + file;
+    }
+    command += " " + path_;
+    refuse_long_path(command);
     bool succeeded = true;
-    fs::directory_iterator entry(backup_directory(), error);
-    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-        const bool is_hidden = entry->path().filename().string().starts_with('.');
-        succeeded = (is_hidden || copy_into_directory(entry->path(), config_dir + "/../.tmp/")) &&
-                    succeeded;
+    for (const std::string& file : files) {
+        const FileDescriptor source(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+        const std::string name = fs::path(file).filename();
+        succeeded = copy_into_directory(source, directory_.get(), name.c_str()) && succeeded;
+    }
+    require_success(command, succeeded);
+}
+
+void InputBackup::copy_to_cache(const OwnDirectory& config_dir) const {
+    constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC; // never waits
+    const OwnDirectory cache = config_dir.beside(".tmp");
+    std::error_code error;
+    fs::directory_iterator entry(path_, error);
+    bool succeeded = cache.is_open() && !error && entry != fs::directory_iterator();
+    for (; succeeded && entry != fs::directory_iterator(); entry.increment(error)) {
+        const std::string name = entry->path().filename();
+        const FileDescriptor source(openat(directory_.get(), name.c_str(), flags));
+        succeeded = name.starts_with('.') ||
+                    (S_ISREG(mode_of(source)) &&
+                     copy_into_directory(source, cache.descriptor(), name.c_str()));
     }
     if (error || !succeeded) {
         error_log(fname, "Failed to copy to cache");
     }
 }
 
-void remove_backup() {
+void InputBackup::remove() const {
     std::error_code ignored; // whatever stays behind harms nobody
-    fs::remove_all(backup_directory(), ignored);
+    fs::remove_all(path_, ignored);
 }

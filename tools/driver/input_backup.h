@@ -1,19 +1,29 @@
 #pragma once
 
+#include "base/own_directory.h"
+
 #include <string>
 
-// The run's four input files (scenario, settings, both pattern files) are put aside in a directory
-// of this process when the run starts, for the checker command to compare, and into the input cache
-// directory when the run has succeeded, for the checker command of the next run. No shell runs the
-// commands that error lines name, so that no name can be taken for a command.
+// The copies of its four input files that a run puts aside when it starts, in a directory of its
+// own for each process id. The checker command compares them with those of the last full run, which
+// the input cache directory keeps.
+class InputBackup {
+  public:
+    // Makes the directory and copies the files. Ends the run when one of these cannot be done. The
+    // directory is locked as long as this object lives and the process runs, so that others can
+    // tell it from what earlier runs have left behind.
+    InputBackup();
 
-// Makes the backup directory and copies the inputs into it. Ends the run when any of that fails,
-// which includes an input that does not exist.
-void back_up_inputs();
+    // Copies what is in the directory into the input cache directory beside `config_dir`. A failure
+    // is an error line, and the run goes on.
+    void copy_to_cache(const OwnDirectory& config_dir) const;
 
-// Copies the backup into the input cache directory beside the configuration directory. When that
-// fails, for instance because nothing has made the directory, says so in an error line.
-void copy_backup_to_cache(const std::string& config_dir);
+    // Removes the directory.
+    void remove() const;
 
-// Removes the backup directory.
-void remove_backup();
+  private:
+    void copy_files(std::initializer_list<std::string> files) const;
+
+    std::string path_;
+    FileDescriptor directory_; // holds the lock
+};

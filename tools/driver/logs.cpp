@@ -1,5 +1,7 @@
 #include "tools/driver/logs.h"
 
+#include "base/new_file.h"
+
 #include <atomic>
 #include <cstdarg>
 #include <cstdlib>
@@ -82,15 +84,10 @@ const char* get_cur_date_time(char* time_string) {
 
 void open_debug_log(const char* work_dir, int level) {
     close_debug_log();
-    const std::string path =
-        std::string(work_dir) + "/webapps/zivrano/logs/zivrano_replay_debug.log";
-    unlink(path.c_str());
-    const int descriptor = open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0666);
-    debug_fp = descriptor == -1 ? nullptr : fdopen(descriptor, "w");
+    const std::string path = std::string(work_dir) + "/webapps/zivrano/logs";
+    const FileDescriptor directory(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    debug_fp = open_stream(create_new_file(directory.get(), "zivrano_replay_debug.log", 0666), "w");
     if (debug_fp == nullptr) {
-        if (descriptor != -1) {
-            close(descriptor);
-        }
         error_log("main", "Failed to open debug log file, debug will be off.");
         return;
     }

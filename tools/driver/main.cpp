@@ -1,3 +1,4 @@
+#include "base/own_directory.h"
 #include "tools/config/field_layout.h"
 #include "tools/config/replay_settings.h"
 #include "tools/config/scenario_file.h"
@@ -87,13 +88,16 @@ void load_replay_profile() {
 }
 
 // The results are for all users of the installation, whatever mask this process was started with.
-void create_config_directory(const std::string& config_dir) {
+OwnDirectory create_config_directory() {
+    const std::string path = config_directory();
     const mode_t mask = umask(0);
-    const bool is_created = mkdir_ex1(config_dir.c_str()) == 1;
+    const bool is_created = mkdir_ex1(path.c_str()) == 1;
     umask(mask);
-    if (!is_created) {
-        fatal_error(fname, "Unable to create directory - %s", config_dir.c_str());
+    OwnDirectory config_dir = is_created ? OwnDirectory(path) : OwnDirectory();
+    if (!config_dir.is_open()) {
+        fatal_error(fname, "Unable to create directory - %s", path.c_str());
     }
+    return config_dir;
 }
 
 void sort_pattern_tables() {
@@ -103,7 +107,7 @@ void sort_pattern_tables() {
     fill_seq_in_url_pattern_table(main_wotx_url_pattern, total_main_wotx_url_pattern);
 }
 
-void load_logs(const std::string& config_dir) {
+void load_logs(const OwnDirectory& config_dir) {
     open_akaau_trace(config_dir);
     process_input_file_list2();
     const PhaseProgress progress(
@@ -123,7 +127,7 @@ SessionOrder order_requests() {
     return session_order;
 }
 
-void make_unique_urls(SessionOrder session_order, const std::string& config_dir) {
+void make_unique_urls(SessionOrder session_order, const OwnDirectory& config_dir) {
     QueryList query_list(config_dir);
     const PhaseProgress progress(
         "Start creating unique pattern of urls at %s\n",
@@ -133,7 +137,7 @@ void make_unique_urls(SessionOrder session_order, const std::string& config_dir)
     DEBUG_LOG(4, fname, "Total url pattern - %d", url_pattern_count);
 }
 
-void dump_complete_url_list(const std::string& config_dir) {
+void dump_complete_url_list(const OwnDirectory& config_dir) {
     const PhaseProgress progress(
         "Start dumping complete url list to complete_url.list at %s\n",
         "End dumping complete url list to complete_url.list at %s\nTime taken = %ld(sec)\n");
@@ -141,10 +145,10 @@ void dump_complete_url_list(const std::string& config_dir) {
     progress.finish();
 }
 
-void read_cache(const std::string& config_dir) {
+void read_cache(const OwnDirectory& config_dir) {
     const PhaseProgress progress("Start reading urls data form cache at %s\n",
                                  "End reading urls data from cache at %s\nTime taken = %ld\n");
-    fill_url_pattern_from_cache(config_dir.c_str());
+    fill_url_pattern_from_cache(config_dir);
     progress.finish();
 }
 
@@ -173,10 +177,9 @@ int main(int argc, char* argv[]) {
     find_scenario_and_profile();
     load_replay_profile();
 
-    back_up_inputs();
+    InputBackup backup;
     const CacheLevel cache_level = check_cache();
-    const std::string config_dir = config_directory();
-    create_config_directory(config_dir);
+    const OwnDirectory config_dir = create_config_directory();
     if (cache_level == CacheLevel::result && print_cached_summary(config_dir)) {
         return 0;
     }
@@ -198,7 +201,7 @@ int main(int argc, char* argv[]) {
     write_url_list(config_dir);
 
     close_debug_log();
-    copy_backup_to_cache(config_dir);
-    remove_backup();
+    backup.copy_to_cache(config_dir);
+    backup.remove();
     return 0;
 }

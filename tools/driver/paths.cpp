@@ -1,5 +1,6 @@
 #include "tools/driver/paths.h"
 
+#include "base/own_directory.h"
 #include "base/workspace_directory.h"
 #include "tools/driver/allocation.h"
 #include "tools/driver/logs.h"
@@ -8,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
 #include <system_error>
@@ -65,17 +67,20 @@ char* relative_profile_name(const char* argument) {
     return allocate_text(fname, "replay_profile", std::string("default/default/") + name);
 }
 
-// Sets errno on failure. What is there already is fine only when it is a directory.
-bool make_directory(const char* path) {
-    if (mkdir(path, 0777) == 0) {
-        return true;
+// Makes the directory `name` in `parent`, unless it is there, and opens it. Not open, with errno
+// set, when that cannot be done.
+FileDescriptor make_directory(const FileDescriptor& parent, const char* name, bool must_be_own) {
+    const bool is_new = mkdirat(parent.get(), name, 0777) == 0;
+    if (!is_new && errno != EEXIST) {
+        return {};
     }
-    const int reason = errno;
-    struct stat status;
-    const bool is_directory =
-        reason == EEXIST && stat(path, &status) == 0 && S_ISDIR(status.st_mode);
-    errno = reason;
-    return is_directory;
+    FileDescriptor directory =
+        must_be_own ? open_own_directory(parent, name)
+                    : FileDescriptor(openat(parent.get(), name, O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!directory.is_open() && errno != EPERM) {
+        errno = EEXIST; // as something else
+    }
+    return directory;
 }
 
 std::string scenario_directory() {
@@ -201,12 +206,15 @@ int mkdir_ex1(const char* path) {
     }
     const bool last_is_directory = length > 0 && path[length - 1] == '/';
     const int directories = last_is_directory ? count : count - 1;
-    std::string directory;
+    constexpr int own_parts = 2;
+    FileDescriptor directory(open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    std::string built;
     for (int i = 0; i < directories; ++i) {
-        directory += std::string("/") + components[i];
-        if (!make_directory(directory.c_str())) {
+        built += std::string("/") + components[i];
+        directory = make_directory(directory, components[i], i >= directories - own_parts);
+        if (!directory.is_open()) {
             error_log("mkdir_ex1", "Error in creating directory. Path: '%s'. Error = '%s'\n",
-                      directory.c_str(), std::generic_category().message(errno).c_str());
+                      built.c_str(), std::generic_category().message(errno).c_str());
             return 0;
         }
     }

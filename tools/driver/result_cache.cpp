@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -76,9 +77,8 @@ CacheLevel check_cache() {
     }
 }
 
-bool print_cached_summary(const std::string& config_dir) {
-    const std::string path = config_dir + "/url.list";
-    FILE* url_list = std::fopen(path.c_str(), "r");
+bool print_cached_summary(const OwnDirectory& config_dir) {
+    FILE* url_list = open_stream(config_dir.open_file("url.list"), "r");
     if (url_list == nullptr) {
         fatal_error(fname, "Failed to open url.list file");
     }

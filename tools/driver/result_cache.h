@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include "base/own_directory.h"
 
 // What an earlier run has left that this run may use again.
 
@@ -20,4 +20,4 @@ CacheLevel check_cache();
 
 // Prints the first line of url.list as it stands there. Returns false when there is none. Ends the
 // run when the file cannot be opened.
-bool print_cached_summary(const std::string& config_dir);
+bool print_cached_summary(const OwnDirectory& config_dir);

@@ -1,9 +1,7 @@
 #include "tools/driver/result_file.h"
 
-#include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
@@ -19,9 +17,8 @@ ResultFile::~ResultFile() {
     }
 }
 
-bool ResultFile::create(const std::string& path) {
-    unlink(path.c_str());
-    descriptor_ = open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+bool ResultFile::create(const OwnDirectory& directory, const char* name) {
+    file_ = directory.create(name, 0666);
     buffer_ = std::make_unique_for_overwrite<char[]>(buffer_size);
     return is_open();
 }
@@ -52,7 +49,7 @@ void ResultFile::append_signed(int64_t number) {
 
 void ResultFile::overwrite_start(std::string_view text) {
     flush();
-    if (lseek(descriptor_, 0, SEEK_SET) == -1) {
+    if (lseek(file_.get(), 0, SEEK_SET) == -1) {
         has_failed_ = true;
         return;
     }
@@ -61,10 +58,9 @@ void ResultFile::overwrite_start(std::string_view text) {
 
 bool ResultFile::close() {
     flush();
-    if (::close(descriptor_) != 0) {
+    if (!file_.close()) {
         has_failed_ = true;
     }
-    descriptor_ = -1;
     return !has_failed_;
 }
 
@@ -74,12 +70,5 @@ void ResultFile::flush() {
 }
 
 void ResultFile::write_all(std::string_view text) {
-    while (!text.empty() && !has_failed_) {
-        const ssize_t count = write(descriptor_, text.data(), text.size());
-        if (count > 0) {
-            text.remove_prefix(static_cast<size_t>(count));
-        } else if (count == 0 || errno != EINTR) {
-            has_failed_ = true;
-        }
-    }
+    has_failed_ = has_failed_ || !write_whole(file_.get(), text);
 }

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "base/own_directory.h"
+
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <string_view>
 
 // A result file while it is written, through a large buffer. A write that fails is remembered until
@@ -14,11 +15,11 @@ class ResultFile {
     ResultFile(const ResultFile&) = delete;
     ResultFile& operator=(const ResultFile&) = delete;
 
-    // Removes what stands at `path` and creates the file anew, with permission 0666 less the
-    // process's mask. Returns false when that fails.
-    bool create(const std::string& path);
+    // Creates the file anew in `directory`, with permission 0666 less the process's mask. Returns
+    // false when that fails.
+    bool create(const OwnDirectory& directory, const char* name);
 
-    bool is_open() const { return descriptor_ != -1; }
+    bool is_open() const { return file_.is_open(); }
     bool has_failed() const { return has_failed_; }
 
     void append(std::string_view text);
@@ -36,7 +37,7 @@ class ResultFile {
     void flush();
     void write_all(std::string_view text);
 
-    int descriptor_ = -1;
+    FileDescriptor file_;
     bool has_failed_ = false;
     size_t used_ = 0;
     std::unique_ptr<char[]> buffer_;

@@ -1,5 +1,6 @@
 #include "tools/load/line_count.h"
 
+#include "base/file_descriptor.h"
 #include "tools/driver/logs.h"
 #include "tools/driver/paths.h"
 
@@ -44,24 +45,33 @@ uint64_t count_lines(int descriptor) {
     return total;
 }
 
+constexpr const char* fname = "zvr_get_total_lines_in_file";
+
+// `descriptor`: -1 for a file that cannot be opened.
+uint64_t count_and_log(const char* file_name, int descriptor) {
+    // The command that gives the same count by hand.
+    DEBUG_LOG(3, "zvr_run_cmd_and_get_last_line",
+              "Method called. Command = wc -l %s | awk '{print $1}'", file_name);
+    const uint64_t total = descriptor == -1 ? 0 : count_lines(descriptor);
+    DEBUG_LOG(3, fname, "Total number of lines in file %s is %lu", file_name, total);
+    return total;
+}
+
 } // namespace
 
 uint64_t zvr_get_total_lines_in_file(const char* file_name) {
-    constexpr const char* fname = "zvr_get_total_lines_in_file";
     DEBUG_LOG(3, fname, "Method called. File = %s", file_name);
     if (!file_exists(file_name)) {
         DEBUG_LOG(2, fname, "File %s is not present. Returning 0", file_name);
         return 0;
     }
-    // The command that gives the same count by hand.
-    DEBUG_LOG(3, "zvr_run_cmd_and_get_last_line",
-              "Method called. Command = wc -l %s | awk '{print $1}'", file_name);
-    const int descriptor = open(file_name, O_RDONLY | O_CLOEXEC);
-    uint64_t total = 0;
-    if (descriptor != -1) {
-        total = count_lines(descriptor);
-        close(descriptor);
-    }
-    DEBUG_LOG(3, fname, "Total number of lines in file %s is %lu", file_name, total);
+    const FileDescriptor file(open(file_name, O_RDONLY | O_CLOEXEC));
+    return count_and_log(file_name, file.get());
+}
+
+uint64_t total_lines_in_open_file(const char* file_name, int descriptor) {
+    DEBUG_LOG(3, fname, "Method called. File = %s", file_name);
+    const uint64_t total = count_and_log(file_name, descriptor);
+    lseek(descriptor, 0, SEEK_SET);
     return total;
 }

@@ -2,18 +2,16 @@
 
 #include "tools/driver/logs.h"
 
-#include <unistd.h>
-
 char akaau_trace = 0;
 FILE* akaau_trace_fp = nullptr;
 
-void open_akaau_trace(const std::string& config_dir) {
-    const std::string path = config_dir + "/akaau.trace";
-    unlink(path.c_str());
+void open_akaau_trace(const OwnDirectory& config_dir) {
+    constexpr const char* name = "akaau.trace";
+    config_dir.remove(name);
     if (akaau_trace == 0) {
         return;
     }
-    akaau_trace_fp = std::fopen(path.c_str(), "w");
+    akaau_trace_fp = open_stream(config_dir.create(name, 0666), "w");
     if (akaau_trace_fp == nullptr) {
         fatal_error("main", "Failed to open akaau.trace file");
     }

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "base/own_directory.h"
+
 #include <cstdint>
 #include <cstdio>
-#include <string>
 
 // The file akaau.trace, in which option `akaau_trace` lets a run tell how it matched requests that
 // carry only the secondary cookie to sessions.
@@ -13,7 +14,7 @@ extern FILE* akaau_trace_fp; // the open file, or null; opened before and closed
 
 // Removes the trace of an earlier run from the configuration directory and, with the option given,
 // opens a new one. Ends the run when that fails.
-void open_akaau_trace(const std::string& config_dir);
+void open_akaau_trace(const OwnDirectory& config_dir);
 
 // Closes the trace if it is open. Ends the run when it could not be written whole.
 void close_akaau_trace();

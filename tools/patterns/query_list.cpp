@@ -3,8 +3,6 @@
 #include "tools/config/replay_settings.h"
 #include "tools/driver/logs.h"
 
-#include <unistd.h>
-
 namespace {
 
 [[noreturn]] void fail_to_write() {
@@ -13,11 +11,11 @@ namespace {
 
 } // namespace
 
-QueryList::QueryList(const std::string& config_dir) {
-    const std::string path = config_dir + "query_url.list";
-    unlink(path.c_str());
+QueryList::QueryList(const OwnDirectory& config_dir) {
+    constexpr const char* name = "query_url.list";
+    config_dir.remove(name);
     const bool is_wanted = dump_query_flag != 0 && ignore_query_flag != 0;
-    if (is_wanted && !file_.create(path)) {
+    if (is_wanted && !file_.create(config_dir, name)) {
         fatal_error("main", "Unable to create 'query_url.list' file");
     }
 }

@@ -3,7 +3,6 @@
 #include "tools/driver/result_file.h"
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 // query_url.list: the full URLs of the requests whose URL was cut at its query, one a line, those
@@ -12,7 +11,7 @@ class QueryList {
   public:
     // Removes the list of an earlier run and, when the settings ask for one (dump_query_flag and
     // ignore_query_flag), makes a new one. Ends the run when that fails.
-    explicit QueryList(const std::string& config_dir);
+    explicit QueryList(const OwnDirectory& config_dir);
 
     bool is_open() const { return file_.is_open(); }
 

@@ -34,8 +34,10 @@ const CounterLine counter_lines[] = {
     {"#NON_SESSION_URLS_WITH_SECONDARY_COOKIE=", g_total_non_session_with_secondary_cookie},
 };
 
-std::string list_path(const std::string& config_dir) {
-    return config_dir + "/complete_url.list";
+constexpr const char* list_name = "complete_url.list";
+
+std::string list_path(const OwnDirectory& config_dir) {
+    return config_dir.path() + "/" + list_name;
 }
 
 void write_row(ResultFile& file, const UrlInfo& entry) {
@@ -123,8 +125,8 @@ void read_row(LineText line, TextArena& texts) {
     entry.url = texts.copy("url", {url, static_cast<size_t>(line_end - url)});
 }
 
-void allocate_table(const std::string& path) {
-    const uint64_t line_count = zvr_get_total_lines_in_file(path.c_str());
+void allocate_table(const std::string& path, int descriptor) {
+    const uint64_t line_count = total_lines_in_open_file(path.c_str(), descriptor);
     if (line_count == 0) {
         fatal_error(fname, "Failed to count number of lines from file %s", path.c_str());
     }
@@ -136,11 +138,11 @@ void allocate_table(const std::string& path) {
 
 } // namespace
 
-void write_complete_url_list(const std::string& config_dir) {
+void write_complete_url_list(const OwnDirectory& config_dir) {
     DEBUG_LOG(3, "main", "Start dumping complete url list to complete_url.list file");
     const std::string path = list_path(config_dir);
     ResultFile file;
-    if (!file.create(path)) {
+    if (!file.create(config_dir, list_name)) {
         fatal_error("main", "Unable to open file - %s", path.c_str());
     }
     for (const CounterLine& counter_line : counter_lines) {
@@ -158,15 +160,15 @@ void write_complete_url_list(const std::string& config_dir) {
     DEBUG_LOG(3, "main", "Dumped complete url list.");
 }
 
-void fill_url_pattern_from_cache(const char* config_dir) {
+void fill_url_pattern_from_cache(const OwnDirectory& config_dir) {
     DEBUG_LOG(2, fname, "Method called");
     const std::string path = list_path(config_dir);
-    FILE* cache = std::fopen(path.c_str(), "r");
-    if (cache == nullptr) {
+    const FileDescriptor cache = config_dir.open_file(list_name);
+    if (!cache.is_open()) {
         fatal_error(fname, "Failed to open cache file %s", path.c_str());
     }
-    allocate_table(path);
-    LineReader lines(fileno(cache), LineReader::unlimited);
+    allocate_table(path, cache.get());
+    LineReader lines(cache.get(), LineReader::unlimited);
     LineText line;
     TextArena texts;
     while (lines.next(line)) {
@@ -177,6 +179,5 @@ void fill_url_pattern_from_cache(const char* config_dir) {
         }
     }
     lines.require_whole(fname, path.c_str());
-    std::fclose(cache);
     DEBUG_LOG(2, fname, "Total uniq urls added = %d", url_pattern_count);
 }

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <string>
+#include "base/own_directory.h"
 
 // complete_url.list: the run's counters and the unique URLs before classification, from which a
 // later run can classify them anew without reading the logs.
 
 // Writes the file into the configuration directory. Ends the run when it cannot be written whole.
-void write_complete_url_list(const std::string& config_dir);
+void write_complete_url_list(const OwnDirectory& config_dir);
 
 // Reads the counters (request_table.h, request_selection.h) and the table url_pattern back from the
 // file. Ends the run when the file cannot be read or a row is malformed.
-void fill_url_pattern_from_cache(const char* config_dir);
+void fill_url_pattern_from_cache(const OwnDirectory& config_dir);

@@ -34,16 +34,16 @@ int sort_host_list(int32_t a, int32_t b) {
     return std::strcmp(url_pattern[a].host_hdr, url_pattern[b].host_hdr);
 }
 
-void write_hosts_list(const std::string& config_dir) {
+void write_hosts_list(const OwnDirectory& config_dir) {
     auto* hosts = static_cast<int32_t*>(allocate_zeroed(
         fname, "hosts list", static_cast<size_t>(url_pattern_count), sizeof(int32_t)));
     DEBUG_LOG(3, fname, "Adding hosts in hosts.list");
     const int count = find_hosts(hosts);
     std::sort(hosts, hosts + count, [](int32_t a, int32_t b) { return sort_host_list(a, b) < 0; });
 
-    const std::string path = config_dir + "/hosts.list";
+    const std::string path = config_dir.path() + "/hosts.list";
     ResultFile file;
-    if (!file.create(path)) {
+    if (!file.create(config_dir, "hosts.list")) {
         fatal_error(fname, "Failed to open file %s", path.c_str());
     }
     for (int i = 0; i < count; ++i) {

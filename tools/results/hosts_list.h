@@ -1,7 +1,8 @@
 #pragma once
 
+#include "base/own_directory.h"
+
 #include <cstdint>
-#include <string>
 
 // hosts.list: the hosts of the unique URLs, one a line, each once, in byte order.
 
@@ -9,4 +10,4 @@
 int sort_host_list(int32_t a, int32_t b);
 
 // Writes the file into the configuration directory. Ends the run when it cannot be written whole.
-void write_hosts_list(const std::string& config_dir);
+void write_hosts_list(const OwnDirectory& config_dir);

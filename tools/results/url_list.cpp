@@ -169,10 +169,10 @@ void replace_pipe_by_ascii(const char* in, size_t len, std::string& out) {
     }
 }
 
-void write_url_list(const std::string& config_dir) {
-    const std::string path = config_dir + "/url.list";
+void write_url_list(const OwnDirectory& config_dir) {
+    const std::string path = config_dir.path() + "/url.list";
     ResultFile file;
-    if (!file.create(path)) {
+    if (!file.create(config_dir, "url.list")) {
         fatal_error(fname, "Unable to open file - %s", path.c_str());
     }
     const PhaseProgress progress("Start dumping url pattern at  %s\n",

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/own_directory.h"
+
 #include <cstddef>
 #include <string>
 
@@ -12,4 +14,4 @@ void replace_pipe_by_ascii(const char* in, size_t len, std::string& out);
 
 // Writes the file into the configuration directory and, once it is whole, prints the summary line
 // on standard output. Ends the run when either fails.
-void write_url_list(const std::string& config_dir);
+void write_url_list(const OwnDirectory& config_dir);

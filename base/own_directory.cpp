@@ -1,0 +1,109 @@
+#include "base/own_directory.h"
+
+#include "base/new_file.h"
+
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <utility>
+
+namespace {
+
+bool is_own(const struct stat& status) {
+    return status.st_uid == geteuid() || status.st_uid == 0;
+}
+
+// The link itself, when `name` is an own link; else not open.
+FileDescriptor open_own_link(int directory, const char* name) {
+    FileDescriptor link(openat(directory, name, O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status;
+    if (!link.is_open() || fstat(link.get(), &status) != 0) {
+        return {};
+    }
+    if (!S_ISLNK(status.st_mode) || !is_own(status)) {
+        errno = EPERM;
+        return {};
+    }
+    return link;
+}
+
+// Opens what an own link leads to. The link is read by its descriptor, so that nobody can put
+// another one in its place.
+FileDescriptor follow_own_link(int directory, const char* name, int flags) {
+    const FileDescriptor link = open_own_link(directory, name);
+    char target[PATH_MAX];
+    if (!link.is_open()) {
+        return {};
+    }
+    const ssize_t length = readlinkat(link.get(), "", target, sizeof target - 1);
+    if (length <= 0) {
+        return {};
+    }
+    target[length] = '\0';
+    return FileDescriptor(openat(directory, target, flags | O_CLOEXEC));
+}
+
+// A path without "/" at its end, cut before its last part: what comes before it, with its "/", and
+// the part.
+std::pair<std::string, std::string> split_last(std::string_view path) {
+    while (path.ends_with('/')) {
+        path.remove_suffix(1);
+    }
+    const size_t part = path.rfind('/') + 1;
+    return {std::string(path.substr(0, part)), std::string(path.substr(part))};
+}
+
+} // namespace
+
+FileDescriptor open_own_directory(const FileDescriptor& parent, const char* name) {
+    constexpr int flags = O_PATH | O_DIRECTORY;
+    FileDescriptor directory(openat(parent.get(), name, flags | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status;
+    if (!directory.is_open()) { // for a link, "not a directory"
+        return follow_own_link(parent.get(), name, flags);
+    }
+    if (fstat(directory.get(), &status) != 0 || !is_own(status)) {
+        errno = EPERM;
+        return {};
+    }
+    return directory;
+}
+
+OwnDirectory::OwnDirectory(const std::string& path) : path_(path) {
+    const auto [above, name] = split_last(path);
+    const auto [start, name_above] = split_last(above);
+    const FileDescriptor first(open(start.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor second =
+        open_own_directory(first, name_above.empty() ? "/" : name_above.c_str());
+    descriptor_ = open_own_directory(second, name.c_str());
+}
+
+OwnDirectory OwnDirectory::beside(const std::string& name) const {
+    OwnDirectory other;
+    other.path_ = path_ + "/../" + name;
+    other.descriptor_ = open_own_directory(open_own_directory(descriptor_, ".."), name.c_str());
+    return other;
+}
+
+FileDescriptor OwnDirectory::create(const char* name, mode_t permissions) const {
+    return create_new_file(descriptor(), name, permissions);
+}
+
+FileDescriptor OwnDirectory::open_file(const char* name) const {
+    constexpr int flags = O_RDONLY | O_NONBLOCK; // never waits
+    FileDescriptor file(openat(descriptor(), name, flags | O_NOFOLLOW | O_CLOEXEC));
+    const bool is_link = !file.is_open() && errno == ELOOP;
+    if (is_link) {
+        file = follow_own_link(descriptor(), name, flags);
+    }
+    struct stat status;
+    const bool is_usable = file.is_open() && fstat(file.get(), &status) == 0 &&
+                           S_ISREG(status.st_mode) && (is_link || is_own(status));
+    return is_usable ? std::move(file) : FileDescriptor();
+}
+
+bool OwnDirectory::remove(const char* name) const {
+    return unlinkat(descriptor(), name, 0) == 0;
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "base/file_descriptor.h"
+
+#include <string>
+#include <sys/types.h>
+
+// A directory that holds files of this process's user while other users may write into it and into
+// the one above it, too. What others plant there (links, pipes, files of theirs) is neither
+// followed nor waited for nor believed: everything goes by the directory's descriptor, and "own"
+// means that a file's owner is the process's effective user or root.
+class OwnDirectory {
+  public:
+    OwnDirectory() = default; // none
+
+    // Opens a directory by its absolute path, whose last two parts have to be own directories or
+    // own links to directories; otherwise it is not open, and errno says why.
+    explicit OwnDirectory(const std::string& path);
+
+    bool is_open() const { return descriptor_.is_open(); }
+    int descriptor() const { return descriptor_.get(); }
+    const std::string& path() const { return path_; } // as given
+
+    // The directory `name` in the one above this one, under the same conditions.
+    OwnDirectory beside(const std::string& name) const;
+
+    // Creates a file anew, as create_new_file does.
+    FileDescriptor create(const char* name, mode_t permissions) const;
+
+    // Opens an own regular file, or one that an own link leads to, for reading. Not open when there
+    // is none.
+    FileDescriptor open_file(const char* name) const;
+
+    // Returns false, with errno set, when the file cannot be removed, for instance as there is
+    // none.
+    bool remove(const char* name) const;
+
+  private:
+    std::string path_;
+    FileDescriptor descriptor_;
+};
+
+// Opens the directory `name` in `parent` for looking up what is in it: an own directory, or the one
+// that an own link leads to. Not open, with errno set, when it is none.
+FileDescriptor open_own_directory(const FileDescriptor& parent, const char* name);

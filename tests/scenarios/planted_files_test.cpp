@@ -1,0 +1,228 @@
+#include "tests/support/permissions.h"
+#include "tests/support/test_installation.h"
+
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <tuple>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+// The directories of results are open to all users of the machine: what these plant there must not
+// make a run write, read or wait elsewhere.
+
+namespace {
+
+constexpr const char* secret = "a file of the user who runs\n";
+constexpr uid_t other_user = 65534;
+const std::string cache_directory = project_directory + "/ReplayAccessLogs/web/.tmp";
+
+class PlantedFiles : public testing::Test {
+  protected:
+    PlantedFiles() {
+        installation_.add_settings("IGNORE_URL_QUERY_PARAM 1\n");
+        installation_.write_logs({combined_line({.url = "/a?q"})});
+        installation_.write("victim", secret);
+    }
+
+    // Ends a run that waits for ever.
+    static void limit_time() { alarm(30); }
+
+    std::string path(const std::string& name) const { return installation_.path(name); }
+
+    void plant_link(const std::string& name, const std::string& target) const {
+        fs::remove_all(path(name));
+        fs::create_symlink(path(target), path(name));
+    }
+
+    void plant_pipe(const std::string& name) const {
+        fs::remove_all(path(name));
+        EXPECT_EQ(mkfifo(path(name).c_str(), 0666), 0);
+    }
+
+    void give_away(const std::string& name) const {
+        EXPECT_EQ(lchown(path(name).c_str(), other_user, other_user), 0);
+    }
+
+    void expect_whole_result(const RunResult& run) const {
+        EXPECT_EQ(run.output, summary_line({.total = 1, .url_patterns = 1}));
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(installation_.read("victim"), secret);
+    }
+
+    TestInstallation installation_;
+};
+
+TEST_F(PlantedFiles, SomebodyWhoKeepsPlantingLinksGetsNothingOverwritten) {
+    constexpr int runs = 12;
+    const fs::path config = path(config_directory);
+    const std::string names[] = {"hosts.list", "url.list", "complete_url.list", "query_url.list",
+                                 "akaau.trace"};
+    EXPECT_EQ(installation_.run().status, 0);
+    for (const std::string& name : names) {
+        const pid_t planter = fork();
+        while (planter == 0) {
+            unlink((config / name).c_str());
+            (void)!symlink(path("victim").c_str(), (config / name).c_str());
+        }
+        for (int i = 0; i < runs; ++i) {
+            installation_.run({"-a"}); // which may give up
+            EXPECT_EQ(installation_.read("victim"), secret) << name;
+        }
+        kill(planter, SIGKILL);
+        waitpid(planter, nullptr, 0);
+        fs::remove(config / name);
+    }
+    expect_whole_result(installation_.run());
+}
+
+TEST_F(PlantedFiles, TheInputCacheTakesNoFileForItsOwn) {
+    const std::string copy = cache_directory + "/web.conf";
+    const std::function<void()> plants[] = {
+        [&] { plant_link(copy, "victim"); },
+        [&] { plant_link(copy, "nowhere"); },
+        [&] { plant_pipe(copy); },
+    };
+    for (const auto& plant : plants) {
+        plant();
+        installation_.prepare_process(limit_time);
+        expect_whole_result(installation_.run());
+        EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(path(copy))));
+        EXPECT_FALSE(installation_.exists("nowhere"));
+    }
+}
+
+TEST_F(PlantedFiles, ARunReadsBackOnlyItsOwnUsersFiles) {
+    EXPECT_EQ(installation_.run().status, 0);
+    const std::tuple<int, std::string, std::string> rows[] = {
+        {0, "url.list", "Failed to open url.list file"},
+        {2, "complete_url.list",
+         "Failed to open cache file " + path(config_directory) + "//complete_url.list"},
+    };
+    for (const auto& [answer, name, message] : rows) {
+        const std::string file = config_directory + "/" + name;
+        const std::string content = installation_.read(file);
+        installation_.write_checker(answer);
+        installation_.prepare_process(limit_time);
+        plant_pipe(file);
+        expect_failure(installation_.run(), message);
+        fs::remove(path(file));
+        installation_.write("kept", content);
+        plant_link(file, "kept");
+        EXPECT_EQ(installation_.run().status, 0) << "by a link of the user's own";
+        if (geteuid() != 0) {
+            continue; // others' files are the superuser's to make
+        }
+        give_away(file);
+        expect_failure(installation_.run(), message);
+        fs::remove(path(file));
+        installation_.write(file, content);
+        give_away(file);
+        expect_failure(installation_.run(), message);
+        fs::remove(path(file));
+        installation_.write(file, content);
+    }
+}
+
+TEST_F(PlantedFiles, DirectoriesOfOthersAreRefused) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "others' directories are the superuser's to make";
+    }
+    const std::string scenario = project_directory + "/ReplayAccessLogs/web";
+    for (const std::string& name : {scenario, config_directory, cache_directory}) {
+        const auto expect_refusal = [&](bool is_refused) {
+            const RunResult run = installation_.run();
+            const bool is_cache = name == cache_directory;
+            EXPECT_EQ(run.status, is_refused && !is_cache ? 255 : 0) << name;
+            EXPECT_EQ(run.output.find("Failed to copy to cache") != std::string::npos,
+                      is_refused && is_cache);
+            EXPECT_EQ(run.output.find("Unable to create directory - ") != std::string::npos,
+                      is_refused && !is_cache);
+        };
+        fs::remove_all(path(scenario));
+        fs::create_directories(path(cache_directory));
+        fs::create_directories(path(config_directory));
+        fs::create_directories(path("elsewhere/config"));
+        give_away(name);
+        expect_refusal(true);
+        plant_link(name, "elsewhere");
+        give_away(name);
+        expect_refusal(true);
+        EXPECT_TRUE(installation_.files_of("elsewhere/config").empty());
+        EXPECT_EQ(std::distance(fs::directory_iterator(path("elsewhere")), {}), 1);
+        plant_link(name, "elsewhere"); // the user's own
+        fs::create_directories(path("elsewhere/.tmp"));
+        fs::create_directories(path(".tmp"));
+        expect_refusal(false);
+        fs::remove_all(path("elsewhere"));
+    }
+}
+
+TEST_F(PlantedFiles, WhatCannotBeRemovedIsEmptiedOnlyWhenItIsTheUsersOwn) {
+    const std::string debug_log = "webapps/zivrano/logs/zivrano_replay_debug.log";
+    const std::string hosts = config_directory + "/hosts.list";
+    const fs::perms read_only = fs::perms::owner_read | fs::perms::owner_exec;
+    const auto run = [&](const Lines& options) {
+        const fs::path directories[] = {path(config_directory), path("webapps/zivrano/logs")};
+        for (const fs::path& directory : directories) {
+            fs::permissions(directory, read_only);
+        }
+        installation_.prepare_process(obey_permissions);
+        const RunResult result = installation_.run(options);
+        for (const fs::path& directory : directories) {
+            fs::permissions(directory, fs::perms::all);
+        }
+        return result;
+    };
+    EXPECT_EQ(installation_.run({"-d1", "-a"}).status, 0);
+    const auto results = installation_.files_of(config_directory);
+    const std::string long_text(5000, 'x');
+    installation_.write(debug_log, long_text);
+    for (const auto& [name, text] : results) {
+        installation_.write(config_directory + "/" + name, long_text);
+    }
+    const RunResult emptied = run({"-d1", "-a"});
+    if (emptied.status == not_permitted) {
+        GTEST_SKIP() << "the superuser's rights can not be given up";
+    }
+    EXPECT_EQ(emptied.status, 0) << emptied.output;
+    EXPECT_EQ(installation_.files_of(config_directory), results);
+    EXPECT_EQ(installation_.read(debug_log).find("xx"), std::string::npos);
+
+    const std::function<void()> plants[] = {
+        [&] { plant_link(hosts, "victim"); },
+        [&] {
+            fs::remove(path(hosts));
+            fs::create_hard_link(path("victim"), path(hosts));
+        },
+        [&] { plant_pipe(hosts); },
+    };
+    for (const auto& plant : plants) {
+        plant();
+        expect_failure(run({"-a"}),
+                       "Failed to open file " + path(config_directory) + "//hosts.list");
+        EXPECT_EQ(installation_.read("victim"), secret);
+    }
+}
+
+TEST_F(PlantedFiles, TheBackupIsForTheUserAlone) {
+    installation_.write_checker_script("/bin/ls -ld /tmp/zvr_al_gen_url_list.backup.$2 >seen\n"
+                                       "/bin/rm /tmp/zvr_al_gen_url_list.backup.$2/* \n"
+                                       "exit 1\n");
+    for (const mode_t mask : {0000, 0777}) {
+        installation_.prepare_process([mask] { umask(mask); });
+        const RunResult run = installation_.run();
+        EXPECT_TRUE(installation_.read("seen").starts_with("drwx------ ")) << mask;
+        fs::permissions(path("seen"), fs::perms::all);
+        EXPECT_NE(run.output.find(RunResult::error_line("Failed to copy to cache")),
+                  std::string::npos)
+            << "though nothing is left in it";
+    }
+}
+
+} // namespace
