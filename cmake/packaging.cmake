@@ -1,5 +1,5 @@
 # Installation and the Debian package: both programs, man pages, bash completion, documents and the
-# sample installation. Version and commit go into the man pages and the package.
+# examples. Version and commit go into the man pages and the package.
 
 set(package_name zvr-al-gen-url-list)
 set(ZVR_MAINTAINER "URL list maintainers <maintainers@example.org>" CACHE STRING
@@ -68,7 +68,7 @@ install(FILES ${CMAKE_BINARY_DIR}/packaging/changelog.gz ${CMAKE_SOURCE_DIR}/pac
     ${CMAKE_SOURCE_DIR}/docs/files.md ${CMAKE_SOURCE_DIR}/docs/limits.md
     ${CMAKE_SOURCE_DIR}/docs/troubleshooting.md
     DESTINATION ${doc_dir})
-install(DIRECTORY ${CMAKE_SOURCE_DIR}/examples/installation DESTINATION ${doc_dir}/examples
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/examples DESTINATION ${doc_dir}
     PATTERN .tmp EXCLUDE PATTERN .gitkeep EXCLUDE)
 install(TARGETS zvr_al_gen_url_list zvr_al_gen_url_list_check)
 install(FILES ${CMAKE_SOURCE_DIR}/completion/zvr_al_gen_url_list.bash
