@@ -40,7 +40,6 @@ endif()
 set(saved_epoch "$ENV{SOURCE_DATE_EPOCH}")
 set(ENV{SOURCE_DATE_EPOCH} ${commit_time}) # the moment that TIMESTAMP gives
 string(TIMESTAMP man_date "%Y-%m-%d" UTC)
-string(TIMESTAMP changelog_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 if(saved_epoch)
     set(ENV{SOURCE_DATE_EPOCH} "${saved_epoch}")
 else()
@@ -69,7 +68,7 @@ install(FILES ${CMAKE_BINARY_DIR}/packaging/changelog.gz ${CMAKE_SOURCE_DIR}/pac
     ${CMAKE_SOURCE_DIR}/docs/troubleshooting.md
     DESTINATION ${doc_dir})
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/examples DESTINATION ${doc_dir}
-    PATTERN .tmp EXCLUDE PATTERN .gitkeep EXCLUDE)
+    PATTERN .tmp EXCLUDE PATTERN ".git*" EXCLUDE)
 install(TARGETS zvr_al_gen_url_list zvr_al_gen_url_list_check)
 install(FILES ${CMAKE_SOURCE_DIR}/completion/zvr_al_gen_url_list.bash
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions
