@@ -1,7 +1,6 @@
 #include "tests/support/test_installation.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <fcntl.h>
@@ -68,7 +67,6 @@ std::string combined_line(const LoggedRequest& request) {
 void limit_file_size(size_t size) {
     const rlimit limit = {size, size};
     setrlimit(RLIMIT_FSIZE, &limit);
-    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 TestInstallation::TestInstallation() {

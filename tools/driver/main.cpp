@@ -51,9 +51,13 @@ void occupy_standard_streams() {
     close(descriptor);
 }
 
-// The results are written whatever becomes of the lines that accompany them.
-void outlive_readers() {
+// No write ends the process by a signal: the results are written whatever becomes of the lines that
+// accompany them, and a file that may not grow has its error line. The end of a child is not to be
+// ignored, as the process that started this one may do: it is the checker's answer.
+void take_over_signals() {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGCHLD, SIG_DFL);
 }
 
 void set_replay_timezone() {
@@ -166,7 +170,7 @@ void classify_urls() {
 int main(int argc, char* argv[]) {
     std::set_new_handler(report_no_memory);
     occupy_standard_streams();
-    outlive_readers();
+    take_over_signals();
     read_work_directory();
     const bool scenario_named = read_command_line(argc, argv);
     set_replay_timezone();

@@ -26,6 +26,19 @@ constexpr int answer_run_active = 255; // also when the system has no process le
 constexpr int answer_not_found = 127;
 constexpr int answer_cannot_run = 126;
 
+// The child's part of run_quietly.
+[[noreturn]] void become_program(const char* const arguments[]) {
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (dup2(nowhere, STDOUT_FILENO) == -1 || dup2(nowhere, STDERR_FILENO) == -1) {
+        _exit(answer_cannot_run);
+    }
+    for (const int ignored_here : {SIGPIPE, SIGXFSZ}) {
+        std::signal(ignored_here, SIG_DFL);
+    }
+    execvp(arguments[0], const_cast<char* const*>(arguments));
+    _exit(errno == ENOENT ? answer_not_found : answer_cannot_run);
+}
+
 // Runs a program found on the command path, without a shell, with its output discarded. Returns its
 // exit code, or what a shell would answer in its place.
 int run_quietly(const char* const arguments[]) {
@@ -34,13 +47,7 @@ int run_quietly(const char* const arguments[]) {
         return answer_run_active;
     }
     if (child == 0) {
-        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        if (dup2(nowhere, STDOUT_FILENO) == -1 || dup2(nowhere, STDERR_FILENO) == -1) {
-            _exit(answer_cannot_run);
-        }
-        std::signal(SIGPIPE, SIG_DFL); // which this program ignores
-        execvp(arguments[0], const_cast<char* const*>(arguments));
-        _exit(errno == ENOENT ? answer_not_found : answer_cannot_run);
+        become_program(arguments);
     }
     int status;
     while (waitpid(child, &status, 0) == -1) {
