@@ -3,6 +3,7 @@
 #include "tests/support/test_installation.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
@@ -40,6 +41,12 @@ void protect_tmp() {
     leave_file_system();
     require(mount("/tmp", "/tmp", nullptr, MS_BIND | MS_REC, nullptr) == 0);
     require(mount("none", "/tmp", nullptr, flags, nullptr) == 0);
+}
+
+// The checker of this directory becomes the one of the machine.
+void install_checker(const std::string& directory) {
+    leave_file_system();
+    require(mount(directory.c_str(), "/usr/local/bin", nullptr, MS_BIND, nullptr) == 0);
 }
 
 std::string backup_of_this_process() {
@@ -203,6 +210,20 @@ TEST_F(Faults, ARunNeedsABackupOfItsOwnButNoShell) {
         EXPECT_EQ(installation_.files_of("sys").size(), 1U);
         EXPECT_EQ(installation_.files_of(cache_directory).size(), is_fatal ? 0U : 4U);
     }
+}
+
+TEST_F(Faults, ARunWithoutCommandPathFindsTheCheckerWhereAShellDoes) {
+    installation_.write_result("url.list", "an old summary\n");
+    installation_.write_checker(0);
+    installation_.prepare_process([&] {
+        install_checker(installation_.path("bin"));
+        unsetenv("PATH");
+    });
+    const RunResult run = installation_.run();
+    if (run.status == not_permitted) {
+        GTEST_SKIP() << "no process may have its own view of the file system";
+    }
+    EXPECT_EQ(run.output, "an old summary\n");
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <string>
 #include <sys/wait.h>
@@ -26,6 +27,9 @@ constexpr int answer_run_active = 255; // also when the system has no process le
 constexpr int answer_not_found = 127;
 constexpr int answer_cannot_run = 126;
 
+// Where a shell looks for commands when the environment does not tell.
+constexpr const char* default_path = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
+
 // The child's part of run_quietly.
 [[noreturn]] void become_program(const char* const arguments[]) {
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
@@ -35,6 +39,7 @@ constexpr int answer_cannot_run = 126;
     for (const int ignored_here : {SIGPIPE, SIGXFSZ}) {
         std::signal(ignored_here, SIG_DFL);
     }
+    setenv("PATH", default_path, 0); // NOLINT(concurrency-mt-unsafe): no thread has been started
     execvp(arguments[0], const_cast<char* const*>(arguments));
     _exit(errno == ENOENT ? answer_not_found : answer_cannot_run);
 }
