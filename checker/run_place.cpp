@@ -15,16 +15,6 @@ struct Arguments {
     const char* replay_profile = nullptr;
 };
 
-// Options may follow other words unless the run's environment says otherwise.
-void take_option_order(const RunProcess& run) {
-    constexpr const char* strict_order = "POSIXLY_CORRECT";
-    if (run.variable(strict_order) != nullptr) {
-        setenv(strict_order, "", 1);
-    } else {
-        unsetenv(strict_order);
-    }
-}
-
 // The arguments point into the words of the run.
 Arguments read_options(const RunProcess& run, RunPlace& place) {
     std::vector<char*> words;
@@ -32,7 +22,6 @@ Arguments read_options(const RunProcess& run, RunPlace& place) {
         words.push_back(const_cast<char*>(word.c_str()));
     }
     words.push_back(nullptr);
-    take_option_order(run);
     opterr = 0;
     optind = 0; // begins anew
     Arguments arguments;

@@ -186,6 +186,7 @@ TEST_F(Checker, OneScenarioIsKnownUnderAllItsNames) {
           {"word", "-s", "other", "--scenario=/admin//default/default/default/web/more", "-t0"}}) {
         SCOPED_TRACE(words[0]);
         EXPECT_EQ(answer(words), 0);
+        EXPECT_EQ(answer(words, {{"POSIXLY_CORRECT", ""}}), 0);
     }
     const std::string again = installation_.path("again");
     fs::create_directory_symlink(installation_.root(), again);

@@ -38,13 +38,16 @@ TEST(CommandLine, AcceptsEveryFormOfItsOptionsAndPassesOverOthers) {
         {"-sweb", "--mode", "cli", "-m", "gui"},
         {"--scenario=web", "--mode=other", "--num_thread=1", "--commentry"},
         {"stray", "-s", "nosuch", "-s", "web.conf", "-t", "0"},
+        {"-sweb", "-", "--", "-s", "nosuch", "-z"},
     };
     for (const Lines& words : forms) {
         SCOPED_TRACE(testing::PrintToString(words));
         TestInstallation installation;
         installation.write_logs({combined_line()});
-        EXPECT_EQ(installation.run_words(words).output,
-                  summary_line({.total = 1, .url_patterns = 1}));
+        for (const Environment& environment : {Environment{}, {{"POSIXLY_CORRECT", ""}}}) {
+            EXPECT_EQ(installation.run_words(words, environment).output,
+                      summary_line({.total = 1, .url_patterns = 1}));
+        }
     }
     TestInstallation installation;
     const RunResult run = installation.run({"-z"});

@@ -23,7 +23,7 @@ const option long_options[] = {
     {"akaau_trace", no_argument, nullptr, 'a'},
     {nullptr, 0, nullptr, 0},
 };
-const char* const short_options = "s:d:m:r:t:cq:a";
+const char* const short_options = "-s:d:m:r:t:cq:a";
 
 namespace {
 
@@ -61,6 +61,8 @@ void apply_option(int letter, const char* argument) {
         break;
     case 'a':
         akaau_trace = 1;
+        break;
+    case not_an_option:
         break;
     default:
         error_log(fname, "Invalid argument %c", letter);

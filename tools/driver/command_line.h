@@ -9,7 +9,9 @@ extern char
     zvr_mode; // 1 after option `mode` with a value that begins with "gui"; nothing depends on it
 
 // The options as getopt_long takes them. The checker command reads a run's command line with them,
-// too.
+// too. The leading "-" gives words that are not options a letter, so that POSIXLY_CORRECT in the
+// environment does not let them end the options.
+constexpr int not_an_option = 1; // the letter of such a word
 extern const option long_options[];
 extern const char* const short_options;
 
