@@ -109,7 +109,7 @@ std::optional<RunPlace> locate_run(const RunProcess& run) {
     if (!name) {
         return std::nullopt;
     }
-    place.work_dir = run.directory / *work_dir;
+    place.work_dir = *work_dir;
     place.scenario = name->scenario;
     const fs::path project_dir = place.work_dir / "workspace" / name->workspace / name->profile /
                                  "quarvel" / name->project / name->sub_proj;

@@ -18,6 +18,11 @@ TEST(CommandLine, NeedsTheInstallationBeforeAnythingElse) {
     installation.prepare_process([] { unsetenv("ZV_WDIR"); });
     expect_failure(installation.run({"-t", "-1"}),
                    "Environment variable \"ZV_WDIR\" not set, Exiting.");
+    installation.prepare_process([] {});
+    for (const std::string work_dir : {"", ".", "workspace/.."}) {
+        expect_failure(installation.run({"-t", "-1"}, {{"ZV_WDIR", work_dir}}),
+                       "ZV_WDIR is not an absolute path: '" + work_dir + "'");
+    }
 }
 
 TEST(CommandLine, AnswersAMissingScenarioWithTheUsageText) {

@@ -95,6 +95,10 @@ void read_work_directory() {
     if (work_dir == nullptr) {
         fatal_error(fname, "Environment variable \"ZV_WDIR\" not set, Exiting.");
     }
+    // A relative one would be taken for a directory of the root where directories are made.
+    if (work_dir[0] != '/') {
+        fatal_error(fname, "ZV_WDIR is not an absolute path: '%s'", work_dir);
+    }
     const size_t length = std::strlen(work_dir);
     if (length >= sizeof g_wdir) {
         fatal_error(fname, "Environment variable \"ZV_WDIR\" is longer than %zu characters",

@@ -13,7 +13,8 @@ extern char scenario[512];   // the scenario's name without ".conf"
 extern char* replay_profile; // relative name of the replay profile; null until known; never freed
 extern char* replay_profile_dir; // directory of the replay profile; null until known; never freed
 
-// Takes ZV_WDIR from the environment into g_wdir. Ends the run when it is unset or too long.
+// Takes ZV_WDIR from the environment into g_wdir. Ends the run when it is unset, no absolute
+// path or too long.
 void read_work_directory();
 
 // Splits the argument of option `scenario`, workspace/profile/project/sub-project/name or a name
