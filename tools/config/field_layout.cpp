@@ -4,7 +4,6 @@
 #include "tools/driver/logs.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 
@@ -140,10 +139,8 @@ void set_field_position(const char* text) {
             continue;
         }
         const bool has_value = text[length] != '\0';
-        const long position = has_value ? std::strtol(text + length + 1, nullptr, 10) : 0;
-        // Far too large a position stays too large, to be refused when the layout is validated.
         al_required_field_position[kind] =
-            static_cast<short>(std::clamp<long>(position, SHRT_MIN, SHRT_MAX));
+            static_cast<short>(has_value ? std::atoi(text + length + 1) : 0);
     }
 }
 
