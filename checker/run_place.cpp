@@ -1,6 +1,7 @@
 #include "checker/run_place.h"
 
 #include "tools/driver/command_line.h"
+#include "tools/driver/paths.h"
 #include "tools/parse/tokenizers.h"
 
 #include <algorithm>
@@ -88,11 +89,7 @@ void set_replay_profile(const Arguments& arguments, const ScenarioName& name,
         place.replay_profile_dir = project_dir / "replay_profiles" / name.scenario;
         return;
     }
-    place.replay_profile = arguments.replay_profile;
-    const std::vector<std::string> components = split_name(arguments.replay_profile, 2);
-    if (components.size() < 2) {
-        place.replay_profile = "default/default/" + (components.empty() ? "" : components[0]);
-    }
+    place.replay_profile = relative_profile_name(arguments.replay_profile);
     place.replay_profile_dir = place.work_dir.string() + "/replay_profiles/" + place.replay_profile;
 }
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -48,6 +49,29 @@ TEST(DebugLog, AMissingDirectoryTurnsDebuggingOff) {
               RunResult::error_line("Failed to open debug log file, debug will be off.") +
                   summary_line({.total = 1, .url_patterns = 1}));
     EXPECT_EQ(run.status, 0);
+}
+
+// That the argument is looked at leaves no line.
+TEST(DebugLog, TellsTheMemoryThatAProfileArgumentTakes) {
+    TestInstallation installation;
+    const std::string replay_profiles = installation.path("replay_profiles/");
+    const std::pair<std::string, std::string> rows[] = {
+        // argument, profile
+        {"web", "default/default/web"}, {"//web/", "default/default/web"},
+        {"/", "default/default/"},      {"p/s/web", "p/s/web"},
+        {"/p//", "default/default/p"},  {"/p//s/", "/p//s/"},
+    };
+    for (const auto& [argument, profile] : rows) {
+        const std::string directory = replay_profiles + profile;
+        expect_failure(installation.run_words({"-d4", "-r", argument}),
+                       "Replay profile - '" + profile + "' not found at '" + directory + "'");
+        Lines lines = {"main|Allocating memory for replay_profile. size = " +
+                           std::to_string(profile.size() + 1),
+                       "main|Allocating memory for replay_profile_dir. size = " +
+                           std::to_string(directory.size() + 1)};
+        lines.erase(lines.begin(), lines.begin() + (profile == argument));
+        EXPECT_EQ(installation.debug_lines(), lines);
+    }
 }
 
 TEST(DebugLog, FollowsATinyRunLineByLine) {

@@ -6,6 +6,7 @@
 #include "tools/driver/logs.h"
 #include "tools/parse/tokenizers.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -54,17 +55,10 @@ std::string_view without_conf(std::string_view name) {
     return name.substr(0, name.find(".conf"));
 }
 
-// A name alone belongs to the default project and sub-project.
-char* relative_profile_name(const char* argument) {
-    std::string text = argument;
-    char* components[2];
-    int count;
-    get_tokens1(text.data(), components, "/", 2, &count);
-    if (count == 2) {
-        return copy_text(fname, "replay_profile", argument);
-    }
-    const char* name = count == 1 ? components[0] : "";
-    return allocate_text(fname, "replay_profile", std::string("default/default/") + name);
+// The text without the slashes around it.
+std::string_view without_outer_slashes(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of('/'), text.size()));
+    return text.substr(0, text.find_last_not_of('/') + 1);
 }
 
 // Makes the directory `name` in `parent`, unless it is there, and opens it. Not open, with errno
@@ -129,8 +123,16 @@ void set_scenario(const char* argument) {
     set_workspace(components[0], components[1]);
 }
 
+std::string relative_profile_name(const std::string& argument) {
+    const std::string_view name = without_outer_slashes(argument);
+    return name.find('/') != std::string_view::npos ? argument
+                                                    : "default/default/" + std::string(name);
+}
+
 void set_replay_profile(const char* argument) {
-    replay_profile = relative_profile_name(argument);
+    const std::string name = relative_profile_name(argument);
+    replay_profile = name == argument ? copy_text(fname, "replay_profile", name)
+                                      : allocate_text(fname, "replay_profile", name);
     const std::string directory = std::string(g_wdir) + "/replay_profiles/" + replay_profile;
     refuse_long_path(directory);
     replay_profile_dir = allocate_text(fname, "replay_profile_dir", directory);
