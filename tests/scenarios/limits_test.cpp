@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/resource.h>
 #include <tuple>
 
 // The limits of docs/limits.md that no other test is about: what is at a limit works, and what is
@@ -129,6 +130,24 @@ TEST_F(Limits, OfTheDebugLog) {
               ("Field value = '" + std::string(102'398, 'x')).substr(0, 102'399));
     installation_.prepare_process([] { limit_file_size(5000); });
     EXPECT_EQ(installation_.run({"-d", "4"}).output, summary_line({.total = 1, .bad = 1}));
+}
+
+// The least that a run gets by with, in every thread.
+TEST_F(Limits, OfTheStack) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers need more";
+#endif
+    installation_.write_logs({combined_line(), std::string(102'398, 'x') + "\n"});
+    installation_.use_checker();
+    installation_.prepare_process([] {
+        const rlimit limit = {64 << 10, 64 << 10};
+        setrlimit(RLIMIT_STACK, &limit);
+    });
+    EXPECT_EQ(installation_.run({"-d4", "-c", "-t2"}).output,
+              summary_line({.total = 2, .bad = 1, .url_patterns = 1}));
+    installation_.name_logs({"nosuch"});
+    expect_failure(installation_.run({"-d4"}),
+                   "Failed to calculate Number of records from file 'nosuch'");
 }
 
 } // namespace

@@ -20,7 +20,7 @@ namespace {
 constexpr const char* fname = "main";
 
 bool copy_contents(int from, int to) {
-    char block[1 << 14];
+    char block[4096]; // small, as the stack may be
     ssize_t count;
     while ((count = read(from, block, sizeof block)) != 0) {
         if (count == -1 ? errno != EINTR : !write_whole(to, {block, static_cast<size_t>(count)})) {

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <mutex>
 #include <string>
 #include <unistd.h>
 
@@ -20,10 +21,20 @@ namespace {
 constexpr size_t max_message_size = 102400; // longest message with its terminator
 constexpr int failure_status = -1;
 
+// Where the messages for one stream are made, one at a time. A thread's stack may be too small for
+// it, and when memory has run out there must be room to say so.
+struct MessageRoom {
+    std::mutex mutex; // held until the message is written
+    char text[max_message_size];
+};
+
+MessageRoom error_room;
+MessageRoom debug_room;
+
 void write_error_line(const char* format, va_list arguments) {
-    char message[max_message_size];
-    std::vsnprintf(message, sizeof message, format, arguments);
-    std::printf("ZVR_GUI_ERROR:%s\n", message);
+    const std::lock_guard lock(error_room.mutex);
+    std::vsnprintf(error_room.text, max_message_size, format, arguments);
+    std::printf("ZVR_GUI_ERROR:%s\n", error_room.text);
     std::fflush(stdout);
 }
 
@@ -57,14 +68,14 @@ void debug_log(int level, const char* fname, const char* format, ...) {
     if (!debug_wanted(level)) {
         return;
     }
-    char message[max_message_size];
+    const std::lock_guard lock(debug_room.mutex);
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(message, sizeof message, format, arguments);
+    std::vsnprintf(debug_room.text, max_message_size, format, arguments);
     va_end(arguments);
     char date_time[date_time_size];
     std::fprintf(debug_fp, "%s|%s|%s|%s\n", get_cur_date_time(date_time), tool_name, fname,
-                 message);
+                 debug_room.text);
 }
 
 const char* get_cur_date_time(char* time_string) {
