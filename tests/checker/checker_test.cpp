@@ -226,12 +226,20 @@ TEST_F(Checker, ResultsThatAreNotThoseOfTheLastRunPreventReuse) {
             [&] { damage(last_row_size()); },
         });
     }
-    expect_read_again({[&] {
-        installation_.write_filters("active|na|1|na|/a*\n");
-        EXPECT_EQ(answer(), 2);
-        EXPECT_EQ(answer(), 0);
-        append(config_directory + "/complete_url.list", ""); // on which the others now rest
-    }});
+    expect_read_again({
+        [&] { // the summary has lost its last blank
+            const std::string path = config_directory + "/url.list";
+            std::string text = installation_.read(path);
+            installation_.write(path, text.erase(text.find('\n') - 1, 1));
+            append(cache_manifest, "");
+        },
+        [&] {
+            installation_.write_filters("active|na|1|na|/a*\n");
+            EXPECT_EQ(answer(), 2);
+            EXPECT_EQ(answer(), 0);
+            append(config_directory + "/complete_url.list", ""); // on which the others now rest
+        },
+    });
 }
 
 TEST_F(Checker, AnIncompleteCachePreventsReuse) {

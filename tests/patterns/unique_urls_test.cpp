@@ -67,7 +67,7 @@ Outcome plain_unique_urls(std::vector<alInfo> requests) {
         if (counts) {
             const std::string method = request.method;
             urls[{std::string(request.url).substr(0, static_cast<size_t>(request.url_len)),
-                  method == "get" ? "GET" : method, request.host_ip}]
+                  method == "az" ? "AZ" : method, request.host_ip}]
                 .push_back(&request);
         }
     }
@@ -134,8 +134,7 @@ std::vector<alInfo> random_requests(Choices& choices, size_t count, std::string_
         const char* host = choices.of(std::array{"h", "H", "NA", "h2"});
         give_session(request, choices);
         std::strcpy(request.akaau_id, choices.one_in(2) ? "=k" : "");
-        std::strcpy(request.method,
-                    choices.of(std::array{"GET", "get", "POST", "PROPERTYOFSIXTEE"}));
+        std::strcpy(request.method, choices.of(std::array{"AZ", "az", "POST", "PROPERTYOFSIXTEE"}));
         request.time_stamp = choices.of(times);
         request.host_ip = host;
         request.response_code = choices.of(codes);
