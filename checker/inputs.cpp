@@ -51,13 +51,13 @@ class Collector {
     // The run has read most of its inputs before they were copied, and reads the scenario after
     // that. The copies are what it reads only when nobody has written to the files meanwhile.
     void require_unchanged_since_start() {
-        const std::optional<int64_t> start = latest_start_time(run_.pid);
+        const std::optional<int64_t> start = earliest_start_time(run_.pid);
         const fs::path files[] = {place_.scenario_file, place_.replay_profile_dir / settings_name,
                                   place_.replay_profile_dir / patterns_name,
                                   place_.replay_profile_dir / filters_name, defaults_file()};
         for (const fs::path& file : files) {
-            if (!start || change_time(file).value_or(0) > *start) {
-                doubt(file.string() + " was changed after the run had started");
+            if (!start || change_time(file).value_or(0) >= *start) {
+                doubt(file.string() + " was changed after the run had started, or just before");
             }
         }
     }

@@ -58,10 +58,21 @@ pid_t parent_of(pid_t pid) {
     return fields.size() > parent_field ? std::atoi(fields[parent_field].c_str()) : 0;
 }
 
+int64_t nanoseconds(const timespec& time) {
+    return time.tv_sec * nanoseconds_per_second + time.tv_nsec;
+}
+
 int64_t now(clockid_t clock) {
     timespec time;
     clock_gettime(clock, &time);
-    return time.tv_sec * nanoseconds_per_second + time.tv_nsec;
+    return nanoseconds(time);
+}
+
+// How far the time that a file gets may be behind.
+int64_t file_time_step() {
+    timespec step;
+    clock_getres(CLOCK_REALTIME_COARSE, &step);
+    return nanoseconds(step);
 }
 
 } // namespace
@@ -111,13 +122,14 @@ bool is_ancestor(pid_t pid) {
     return false;
 }
 
-std::optional<int64_t> latest_start_time(pid_t pid) {
+std::optional<int64_t> earliest_start_time(pid_t pid) {
     const std::vector<std::string> fields = read_status_fields(pid);
     if (fields.size() <= start_time_field) {
         return std::nullopt;
     }
     const int64_t tick = nanoseconds_per_second / sysconf(_SC_CLK_TCK);
     const int64_t start_tick = std::atoll(fields[start_time_field].c_str());
-    const int64_t since_start = now(CLOCK_BOOTTIME) - (start_tick + 1) * tick;
-    return now(CLOCK_REALTIME) - since_start;
+    const int64_t time = now(CLOCK_REALTIME);
+    const int64_t since_start = now(CLOCK_BOOTTIME) - start_tick * tick;
+    return time - since_start - file_time_step();
 }

@@ -32,6 +32,7 @@ std::optional<RunProcess> find_run(pid_t pid);
 // Whether the process started the calling one, itself or through other processes.
 bool is_ancestor(pid_t pid);
 
-// The latest moment at which the process can have been started, in nanoseconds since the epoch.
-// Nothing when the process is gone.
-std::optional<int64_t> latest_start_time(pid_t pid);
+// No file that was changed after the process had started has an earlier time than this, in
+// nanoseconds since the epoch; one that was changed up to two hundredths of a second before may
+// have a later one. Nothing when the process is gone.
+std::optional<int64_t> earliest_start_time(pid_t pid);

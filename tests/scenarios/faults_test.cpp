@@ -162,6 +162,7 @@ TEST_F(Faults, AKilledRunLeavesNothingForGood) {
         const auto run_again = [&, &change = change](bool other) {
             installation_.prepare_process([] {});
             change(other);
+            let_files_settle();
             EXPECT_EQ(installation_.run().status, 0);
         };
         for (const bool other : {true, false}) {
@@ -172,6 +173,7 @@ TEST_F(Faults, AKilledRunLeavesNothingForGood) {
             SCOPED_TRACE(stop);
             const int signal = stop % 2 == 0 ? SIGTERM : SIGKILL;
             change(true);
+            let_files_settle();
             HeldStream errors;
             installation_.prepare_process([&] { errors.replace(STDERR_FILENO); });
             const pid_t run = installation_.start({"-s", "web", "-c"});

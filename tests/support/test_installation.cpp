@@ -64,6 +64,10 @@ std::string combined_line(const LoggedRequest& request) {
            (request.more.empty() ? "" : " " + request.more) + "\n";
 }
 
+void let_files_settle() {
+    usleep(25'000);
+}
+
 void limit_file_size(size_t size) {
     const rlimit limit = {size, size};
     setrlimit(RLIMIT_FSIZE, &limit);

@@ -69,6 +69,9 @@ inline const std::string scenario_directory = project_directory + "/scenarios";
 inline const std::string profile_directory = project_directory + "/replay_profiles/web";
 inline const std::string config_directory = project_directory + "/ReplayAccessLogs/web/config";
 
+// Waits until files count as written before a run that starts now.
+void let_files_settle();
+
 // Lets files that this process writes end at `size` bytes, as they would on a full disk.
 void limit_file_size(size_t size);
 
