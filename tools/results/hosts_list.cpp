@@ -3,13 +3,14 @@
 #include "tools/driver/allocation.h"
 #include "tools/driver/logs.h"
 #include "tools/driver/result_file.h"
+#include "tools/parse/text_hash.h"
+#include "tools/parse/text_numbers.h"
 #include "tools/patterns/unique_urls.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
-#include <unordered_set>
 
 namespace {
 
@@ -18,10 +19,12 @@ constexpr const char* fname = "main";
 // Indices of the first entry of each host; there are far fewer hosts than URLs, so only these are
 // sorted.
 int find_hosts(int32_t* hosts) {
-    std::unordered_set<std::string_view> known;
+    TextNumbers known;
     int count = 0;
     for (int32_t i = 0; i < url_pattern_count; ++i) {
-        if (known.insert(url_pattern[i].host_hdr).second) {
+        const std::string_view host = url_pattern[i].host_hdr;
+        const bool is_new = known.number_of(host, hash_text(host)) == static_cast<uint32_t>(count);
+        if (is_new) {
             hosts[count++] = i;
         }
     }
