@@ -26,9 +26,25 @@ struct Counting {
     std::vector<uint64_t> line_counts = std::vector<uint64_t>(static_cast<size_t>(num_al_files));
 };
 
+bool is_to_be_counted(const InputFileInfo& file) {
+    return file.body_flag == 0 && file.num_req == 0;
+}
+
 uint64_t count_lines(const InputFileInfo& file) {
-    const bool is_to_be_counted = file.body_flag == 0 && file.num_req == 0;
-    return is_to_be_counted ? zvr_get_total_lines_in_file(file.input_file) : file.num_req;
+    return is_to_be_counted(file) ? zvr_get_total_lines_in_file(file.input_file) : file.num_req;
+}
+
+[[noreturn]] void report_no_lines(const InputFileInfo& file) {
+    fatal_error(fname, "Failed to calculate Number of records from file '%s'", file.input_file);
+}
+
+// A mistake in the scenario should not have to wait until all other logs are counted.
+void refuse_files_without_lines() {
+    for (int i = 0; i < num_al_files; ++i) {
+        if (is_to_be_counted(seq_file_path[i]) && !has_lines(seq_file_path[i].input_file)) {
+            report_no_lines(seq_file_path[i]);
+        }
+    }
 }
 
 // Body of one thread; `argv` is the Counting.
@@ -69,8 +85,11 @@ void fix_line_budgets() {
         "\tStart Counting total number of request from log files at %s\n",
         "\tEnd Counting total number of request from log files at %s\n\tTotal time taken : %ld\n");
     const bool is_logged = debug_wanted(2); // file by file, in their order
-    const std::vector<uint64_t> line_counts =
-        is_logged ? std::vector<uint64_t>() : count_on_threads();
+    std::vector<uint64_t> line_counts;
+    if (!is_logged) {
+        refuse_files_without_lines();
+        line_counts = count_on_threads();
+    }
     uint64_t total = 0;
     for (int i = 0; i < num_al_files; ++i) {
         InputFileInfo& file = seq_file_path[i];
@@ -79,8 +98,7 @@ void fix_line_budgets() {
         }
         file.num_req = is_logged ? count_lines(file) : line_counts[static_cast<size_t>(i)];
         if (file.num_req == 0) {
-            fatal_error(fname, "Failed to calculate Number of records from file '%s'",
-                        file.input_file);
+            report_no_lines(file);
         }
         total += file.num_req;
         DEBUG_LOG(3, fname, "File name = %s, cumlative total_request = %lu", file.input_file,

@@ -6,8 +6,10 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstring>
 #include <fcntl.h>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -31,18 +33,32 @@ uint64_t count_line_feeds(const char* text, size_t size) {
     return total;
 }
 
+// Only a regular file can be read twice. Any other is not even opened: that could wait for ever, or
+// take a writer's only reader from it.
+FileDescriptor open_regular_file(const char* file_name) {
+    struct stat status;
+    const bool is_regular = stat(file_name, &status) == 0 && S_ISREG(status.st_mode);
+    return FileDescriptor(is_regular ? open(file_name, O_RDONLY | O_CLOEXEC) : -1);
+}
+
+// As `read`, past interruptions.
+ssize_t read_block(int descriptor, char* block, size_t size) {
+    ssize_t count;
+    do {
+        count = read(descriptor, block, size);
+    } while (count == -1 && errno == EINTR);
+    return count;
+}
+
 uint64_t count_lines(int descriptor) {
     constexpr size_t block_size = size_t{256} << 10;
     const auto block = std::make_unique_for_overwrite<char[]>(block_size);
     uint64_t total = 0;
     ssize_t count;
-    while ((count = read(descriptor, block.get(), block_size)) != 0) {
-        if (count == -1 && errno != EINTR) {
-            return 0;
-        }
-        total += count > 0 ? count_line_feeds(block.get(), static_cast<size_t>(count)) : 0;
+    while ((count = read_block(descriptor, block.get(), block_size)) > 0) {
+        total += count_line_feeds(block.get(), static_cast<size_t>(count));
     }
-    return total;
+    return count == 0 ? total : 0;
 }
 
 constexpr const char* fname = "zvr_get_total_lines_in_file";
@@ -65,7 +81,7 @@ uint64_t zvr_get_total_lines_in_file(const char* file_name) {
         DEBUG_LOG(2, fname, "File %s is not present. Returning 0", file_name);
         return 0;
     }
-    const FileDescriptor file(open(file_name, O_RDONLY | O_CLOEXEC));
+    const FileDescriptor file = open_regular_file(file_name);
     return count_and_log(file_name, file.get());
 }
 
@@ -74,4 +90,16 @@ uint64_t total_lines_in_open_file(const char* file_name, int descriptor) {
     const uint64_t total = count_and_log(file_name, descriptor);
     lseek(descriptor, 0, SEEK_SET);
     return total;
+}
+
+bool has_lines(const char* file_name) {
+    const FileDescriptor file = open_regular_file(file_name);
+    char block[16384];
+    bool is_found = false;
+    ssize_t count;
+    while (!is_found && file.is_open() &&
+           (count = read_block(file.get(), block, sizeof block)) > 0) {
+        is_found = std::memchr(block, '\n', static_cast<size_t>(count)) != nullptr;
+    }
+    return is_found;
 }
