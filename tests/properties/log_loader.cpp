@@ -78,10 +78,11 @@ void expect_sound(std::vector<alInfo>& records) {
 Rows load(const std::string& log, size_t line_count) {
     std::vector<alInfo> records(line_count);
     ParsingThread thread = {.thread_idx = 0};
-    UnaccountedRequests waiting(records.data());
+    RecordTable table(records.data(), line_count);
+    UnaccountedRequests waiting;
     uint64_t count = 0;
     FILE* file = file_of(log);
-    EXPECT_EQ(load_url_info(thread, records.data(), 0, file, &count, waiting), 0);
+    EXPECT_EQ(load_url_info(thread, table, 0, file, &count, waiting), 0);
     std::fclose(file);
     records.resize(count);
     thread.numbers.finish();

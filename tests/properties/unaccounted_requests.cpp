@@ -45,7 +45,7 @@ class PlainArray {
 void check_unaccounted_requests(Choices& choices) {
     const size_t value_count = choices.of(std::array{2U, 10U, 200U});
     std::vector<alInfo> records(4000);
-    UnaccountedRequests waiting(records.data());
+    UnaccountedRequests waiting;
     PlainArray expected(records);
     for (int64_t next = 0; next < 4000 && choices.any_left();) {
         const std::string value = "=k" + std::to_string(choices.below(value_count));
@@ -53,7 +53,7 @@ void check_unaccounted_requests(Choices& choices) {
             ASSERT_EQ(waiting.take(value), expected.take(value)) << value << " at " << next;
         } else {
             value.copy(records[static_cast<size_t>(next)].akaau_id, value.size());
-            waiting.add(next);
+            waiting.add(next, value);
             expected.add(next++);
         }
         ASSERT_EQ(waiting.end_index(), expected.end_index()) << value << " at " << next;

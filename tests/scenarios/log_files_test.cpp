@@ -1,19 +1,52 @@
+#include "tests/support/held_stream.h"
 #include "tests/support/test_installation.h"
 
+#include <csignal>
+#include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <thread>
+#include <tuple>
 #include <unistd.h>
 #include <utility>
 
 namespace fs = std::filesystem;
 
-// Logs that are no regular files, or that cannot be counted.
+// Logs that are no regular files, or whose line counts in the scenario are not theirs.
 
 namespace {
 
-constexpr unsigned int ever = 60; // seconds after which a run that waits or counts is ended
+constexpr unsigned int ever = 60;  // seconds after which a run that waits or counts is ended
+const std::string no_limit = "-1"; // as many lines as there can be
+constexpr int more_than_the_first_room = 20'000;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool takes_little_memory = false;
+#else
+constexpr bool takes_little_memory = true;
+#endif
+
+void limit_memory(size_t size) {
+    const rlimit limit = {size, size};
+    setrlimit(RLIMIT_AS, &limit);
+}
+
+// Requests that wait with a secondary cookie. The last ten give a session to one in ten of them.
+std::string waiting_requests(int count) {
+    const auto line = [](int i, const std::string& set_cookie) {
+        return combined_line({.url = "/" + std::to_string(i % 50),
+                              .more = "akaau=K" + std::to_string(i % 100) + " " + set_cookie});
+    };
+    std::string log;
+    for (int i = 0; i < count; ++i) {
+        log += line(i, i < count - 10 ? "-" : "J=S" + std::to_string(i));
+    }
+    return log;
+}
 
 void make_pipe(const std::string& path) {
     fs::create_directories(fs::path(path).parent_path());
@@ -42,6 +75,23 @@ class LogFiles : public testing::Test {
         }
     }
 
+    // A run whose pipe gets this text while it is read.
+    RunResult run_with_pipe(const std::string& name, const std::string& text,
+                            const Lines& words) const {
+        const std::string path = installation_.path(name);
+        fs::remove(path);
+        make_pipe(path);
+        std::signal(SIGPIPE, SIG_IGN); // it may not be read to its end
+        Lines all = {"-s", "web"};
+        all.insert(all.end(), words.begin(), words.end());
+        const pid_t run = installation_.start(all);
+        std::thread writer([&] { std::ofstream(path) << text; });
+        RunResult result = installation_.finish(run);
+        close(open(path.c_str(), O_RDONLY | O_NONBLOCK)); // a writer that nobody has read from
+        writer.join();
+        return result;
+    }
+
     TestInstallation installation_;
 };
 
@@ -68,6 +118,75 @@ TEST_F(LogFiles, TheFirstThatCannotBeCountedIsNamedBeforeAllAreCounted) {
                                "'");
         }
     }
+}
+
+TEST_F(LogFiles, APipeWithALineCountIsReadLikeAFile) {
+    const Lines paths = {"a/log", "b/log", "c/log"};
+    const Lines texts = {waiting_requests(2000), waiting_requests(more_than_the_first_room),
+                         waiting_requests(1000)};
+    installation_.add_settings("USER_SESSION_KEY cookie\nCOOKIE_NAME J\nAL_FIELD REQUEST_COOKIE 7\n"
+                               "AL_FIELD SET_COOKIE 8\n");
+    installation_.name_logs(paths, no_limit);
+    for (const std::string words : {"-t1", "-t2", "-t3"}) {
+        for (size_t i = 0; i < paths.size(); ++i) {
+            installation_.write(paths[i], texts[i]);
+        }
+        const std::string summary = installation_.run({words}).output;
+        const auto results = installation_.files_of(config_directory);
+        EXPECT_EQ(installation_.complete_url_rows().size(), 10U) << summary;
+        for (size_t i = 0; i < paths.size(); ++i) {
+            EXPECT_EQ(run_with_pipe(paths[i], texts[i], {words}).output, summary);
+            EXPECT_EQ(installation_.files_of(config_directory), results) << paths[i] << words;
+            fs::remove(installation_.path(paths[i]));
+            installation_.write(paths[i], texts[i]);
+        }
+    }
+    installation_.name_logs(paths, "700");
+    EXPECT_EQ(run_with_pipe(paths[0], texts[0], {}).counter("Total"), 2100);
+}
+
+TEST_F(LogFiles, MayGrowBeyondTheRoomThatTheirSizeNeeds) {
+    installation_.write_logs({combined_line()});
+    installation_.name_logs({"logs/access_0"}, no_limit);
+    HeldStream errors;
+    installation_.prepare_process([&] { errors.replace(STDERR_FILENO); });
+    const pid_t run = installation_.start({"-s", "web", "-c"});
+    errors.take(4);      // up to the end of counting
+    errors.has_line(-1); // of the thread's start
+    std::ofstream log(installation_.path("logs/access_0"), std::ios::app);
+    for (int i = 0; i < more_than_the_first_room; ++i) {
+        log << combined_line();
+    }
+    log.close();
+    errors.stop_reading();
+    EXPECT_EQ(installation_.finish(run).output,
+              summary_line({.total = more_than_the_first_room + 1, .url_patterns = 1}));
+}
+
+TEST_F(LogFiles, TakeTheMemoryOfTheirRequestsWhateverTheirSize) {
+    if (!takes_little_memory) {
+        GTEST_SKIP() << "the sanitizers reserve more than the limit";
+    }
+    const std::string long_field(90'000, 'x');
+    std::string log;
+    for (int i = 0; i < 100; ++i) {
+        log += combined_line({.more = long_field});
+    }
+    std::string short_lines;
+    for (int i = 0; i < 200'000; ++i) {
+        short_lines += "- - - [1/Oct/2000:1:1:1 +0] \"GET /w 1\" 200\n";
+    }
+    installation_.write_logs({log});
+    installation_.name_logs({"logs/access_0"}, no_limit);
+    installation_.prepare_process([] { limit_memory(size_t{64} << 20); });
+    EXPECT_EQ(installation_.run().output, summary_line({.total = 100, .url_patterns = 1}));
+    EXPECT_EQ(run_with_pipe("logs/access_0", log, {}).output,
+              summary_line({.total = 100, .url_patterns = 1}));
+    installation_.write("logs/access_1", short_lines);
+    installation_.name_logs({"logs/access_1"}, no_limit);
+    const RunResult run = installation_.run();
+    expect_some_failure(run);
+    EXPECT_TRUE(run.output.starts_with("ZVR_GUI_ERROR:Out of Memory: ")) << run.output;
 }
 
 } // namespace

@@ -44,8 +44,6 @@ TEST_F(ScenarioFile, NamesTheLinesThatItCannotRead) {
         {"REPLAY_PERIOD  start \t \n", invalid_date(1)},
         {longest_comment + "\n" + longest_comment + "REPLAY_LOG_FILE\n", invalid_entry(4)},
         {many_logs, "More than 1000 log files in scenario file '" + path + "' at line 1001"},
-        {"REPLAY_LOG_FILE logs/access_0 x 1000000000000 HTTP\n",
-         "Out of Memory: al_info_array (size = 256000000000000) for index -1"},
     };
     for (const auto& [text, message] : rows) {
         SCOPED_TRACE(text);
@@ -70,13 +68,18 @@ TEST_F(ScenarioFile, SetsThePeriodThatTheLastLinesGive) {
 }
 
 TEST_F(ScenarioFile, TakesAsManyLinesAsItSaysFromAllButPostFiles) {
-    const std::pair<std::string, long> rows[] = {// budget and type, total
-                                                 {"0 HTTP", 3},   {"2 x", 2},      {"99 x", 3},
-                                                 {"0x2 x", 2},    {"01 HTTPS", 1}, {"all post", 3},
-                                                 {"0 POSTED", 3}, {"2 POST", 0},   {"2 POST\r", 0}};
+    const std::pair<std::string, long> rows[] = {
+        // budget and type, total
+        {"0 HTTP", 3},   {"2 x", 2},      {"99 x", 3},           {"0x2 x", 2},
+        {"01 HTTPS", 1}, {"all post", 3}, {"0 POSTED", 3},       {"2 POST", 0},
+        {"2 POST\r", 0}, {"-1 x", 3},     {"1000000000000 x", 3}};
     for (const auto& [text, total] : rows) {
         EXPECT_EQ(run("REPLAY_LOG_FILE logs/access_0 x " + text).counter("Total"), total) << text;
     }
+    installation_.run({"-d2"});
+    const std::string allocation = "Allocating memory for al_info_array. size = ";
+    EXPECT_EQ(installation_.debug_lines_with(allocation),
+              (Lines{allocation + "256000000000000", allocation + "768"}));
 }
 
 } // namespace

@@ -70,6 +70,11 @@ void* reserve_pages(size_t size) {
     return pages;
 }
 
+void* grow_pages(void* pages, size_t old_size, size_t new_size) {
+    void* grown = mremap(pages, old_size, new_size, MREMAP_MAYMOVE);
+    return grown == MAP_FAILED ? nullptr : grown;
+}
+
 void release_pages(void* pages, size_t size) {
     munmap(pages, size);
 }

@@ -34,7 +34,12 @@ char* allocate_text(const char* fname, const char* name, std::string_view text);
 // where the system has them; null when the system refuses.
 void* reserve_pages(size_t size);
 
-// Gives back what reserve_pages gave for the same size.
+// Grows whole pages that reserve_pages gave, or a part of them, from `old_size` to `new_size`
+// bytes. They keep what they hold and may come to lie elsewhere; what is new is as from
+// reserve_pages. Null when the system refuses: nothing has changed then.
+void* grow_pages(void* pages, size_t old_size, size_t new_size);
+
+// Gives back what reserve_pages or grow_pages gave for the same size, or whole pages of it.
 void release_pages(void* pages, size_t size);
 
 // Allocator of the library's containers that takes large blocks by reserve_pages.

@@ -6,11 +6,13 @@
 #include "tools/load/input_files.h"
 #include "tools/load/line_count.h"
 #include "tools/load/thread_count.h"
+#include "tools/parse/request_numbers.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -106,4 +108,14 @@ void fix_line_budgets() {
     }
     DEBUG_LOG(3, fname, "All access logs counted, total number of request = %lu ", total);
     progress.finish();
+}
+
+uint64_t max_requests_of(const InputFileInfo& file) {
+    struct stat status;
+    if (file.body_flag != 0 || stat(file.input_file, &status) != 0 || !S_ISREG(status.st_mode)) {
+        return 0;
+    }
+    constexpr uint64_t shortest_line = 2;
+    const uint64_t lines_of_size = static_cast<uint64_t>(status.st_size) / shortest_line + 1;
+    return std::min({file.num_req, lines_of_size, uint64_t{max_requests}});
 }

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "tools/parse/record_table.h"
 #include "tools/parse/request_numbers.h"
 #include "tools/parse/request_record.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <vector>
 
 // The request table of the run and the totals of loading. Written by process_url_files after its
 // threads have ended; the totals also by fill_url_pattern_from_cache when a run does not load.
@@ -16,26 +19,22 @@ extern uint64_t g_total_bad_req;     // of these, not to be parsed
 
 extern RequestNumbers request_numbers; // the numbers of al_info_array's records
 
-// One address range for the records of all threads, so that joining their tables only closes the
-// gaps of lines that gave no record. Memory is taken as records are written.
-class RequestTableSpace {
+// The tables of all worker threads. As long as none of them has grown they are slices of one
+// address range, so that joining them only closes the gaps of lines that gave no record. Memory is
+// taken as records are written.
+class RequestTables {
   public:
-    // Room for `capacity` records; ends the run when the system refuses.
-    explicit RequestTableSpace(uint64_t capacity);
+    // A table for each thread, with room for so many records, or with none when the system refuses
+    // that much at once: what is needed of it may still be had.
+    explicit RequestTables(const std::vector<uint64_t>& rooms);
 
-    // The next `capacity` records of the range, zeroed, for one thread; null for 0.
-    alInfo* take(uint64_t capacity);
+    RecordTable& of_thread(size_t thread) { return tables_[thread]; }
 
-    // Moves `count` records, which stand in a table that take gave, to the end of those appended
-    // before, and sees to it that each has its number. Tables are to be appended in the order in
-    // which they were taken.
-    void append(alInfo* table, uint64_t count);
-
-    // The appended records; null when there are none.
-    alInfo* records() const { return appended_ == 0 ? nullptr : space_; }
+    // Joins the first `counts` records of each table, in the order of the threads, and sees to it
+    // that each has its number. Returns them, null when there are none; the tables are gone.
+    alInfo* join(const std::vector<uint64_t>& counts);
 
   private:
-    alInfo* space_;
-    uint64_t taken_ = 0;
-    uint64_t appended_ = 0;
+    alInfo* space_ = nullptr; // the address range; null: none
+    std::vector<RecordTable> tables_;
 };

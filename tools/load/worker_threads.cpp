@@ -76,17 +76,23 @@ int allot_instances(parsingThreadArgs* threads, int thread_count) {
     return thread_count;
 }
 
-RequestTableSpace allocate_tables(parsingThreadArgs* threads, int thread_count) {
-    uint64_t total = 0;
+// Requests that the thread's files can hold, as far as can be known before they are read.
+uint64_t room_for_files(const parsingThreadArgs& thread) {
+    uint64_t room = 0;
+    for (int i = 0; i < thread.num_seq_file; ++i) {
+        room += max_requests_of(seq_file_path[thread.seq_file_start_idx + i]);
+    }
+    return room;
+}
+
+// The lines that are to be read are announced; room is only taken for what the files can hold.
+RequestTables allocate_tables(const parsingThreadArgs* threads, int thread_count) {
+    std::vector<uint64_t> rooms;
     for (int i = 0; i < thread_count; ++i) {
         log_allocation(fname, "al_info_array", threads[i].num_req * sizeof(alInfo));
-        total = saturating_sum(total, threads[i].num_req);
+        rooms.push_back(room_for_files(threads[i]));
     }
-    RequestTableSpace space(total);
-    for (int i = 0; i < thread_count; ++i) {
-        threads[i].al_info_array_t = space.take(threads[i].num_req);
-    }
-    return space;
+    return RequestTables(rooms);
 }
 
 // Returns false when the thread must load nothing more.
@@ -103,7 +109,7 @@ bool load_file(ParsingThread& thread, const parsingThreadArgs& arguments, int se
         std::fprintf(stderr, "\t\tThread[%d] start processing file '%s' at %s\n", thread.thread_idx,
                      file_name, get_cur_date_time(date_time));
     }
-    const bool is_full = load_url_info(thread, arguments.al_info_array_t, seq_file_idx, al_file_fp,
+    const bool is_full = load_url_info(thread, *arguments.al_info_array_t, seq_file_idx, al_file_fp,
                                        seq_no, unaccounted) != 0;
     if (is_full) {
         DEBUG_LOG(1, thread_fname,
@@ -125,7 +131,7 @@ bool load_file(ParsingThread& thread, const parsingThreadArgs& arguments, int se
 void* process_url_files_t(void* argv) {
     parsingThreadArgs& arguments = *static_cast<parsingThreadArgs*>(argv);
     ParsingThread thread = {.thread_idx = arguments.thread_idx};
-    UnaccountedRequests unaccounted(arguments.al_info_array_t);
+    UnaccountedRequests unaccounted;
     uint64_t seq_no = 0;
     const time_t start = std::time(nullptr);
     char date_time[date_time_size];
@@ -154,9 +160,11 @@ void* process_url_files_t(void* argv) {
     return nullptr;
 }
 
-void start_threads(std::vector<pthread_t>& handles, parsingThreadArgs* threads) {
+void start_threads(std::vector<pthread_t>& handles, parsingThreadArgs* threads,
+                   RequestTables& tables) {
     for (size_t i = 0; i < handles.size(); ++i) {
         parsingThreadArgs& thread = threads[i];
+        thread.al_info_array_t = &tables.of_thread(i);
         if (pthread_create(&handles[i], nullptr, process_url_files_t, &thread) != 0) {
             fatal_error(fname, "Failed to create Processing thread[%d]", thread.thread_idx);
         }
@@ -181,12 +189,12 @@ void join_threads(const std::vector<pthread_t>& handles, const parsingThreadArgs
     }
 }
 
-void merge_tables(RequestTableSpace& space, const parsingThreadArgs* threads, int thread_count) {
+void merge_tables(RequestTables& tables, const parsingThreadArgs* threads, int thread_count) {
     log_allocation(fname, "al_info_array", g_valid_request * sizeof(alInfo));
-    for (int i = 0; i < thread_count; ++i) {
-        space.append(threads[i].al_info_array_t, threads[i].total_valid_req_t);
-    }
-    al_info_array = space.records();
+    std::vector<uint64_t> counts(static_cast<size_t>(thread_count));
+    std::transform(threads, threads + thread_count, counts.begin(),
+                   [](const parsingThreadArgs& thread) { return thread.total_valid_req_t; });
+    al_info_array = tables.join(counts);
     for (RequestNumbers& numbers : numbers_of_thread) {
         request_numbers.append(std::move(numbers));
     }
@@ -202,16 +210,16 @@ void process_url_files() {
     auto* threads = static_cast<parsingThreadArgs*>(allocate_zeroed(
         fname, "Thread Arguments", static_cast<size_t>(thread_count), sizeof(parsingThreadArgs)));
     thread_count = allot_instances(threads, thread_count);
-    RequestTableSpace space = allocate_tables(threads, thread_count);
+    RequestTables tables = allocate_tables(threads, thread_count);
     tc = static_cast<threadCounter*>(allocate_zeroed(
         fname, "thread counter", static_cast<size_t>(thread_count), sizeof(threadCounter)));
     numbers_of_thread.resize(static_cast<size_t>(thread_count));
     std::vector<pthread_t> handles(static_cast<size_t>(thread_count));
-    start_threads(handles, threads);
+    start_threads(handles, threads, tables);
     join_threads(handles, threads);
     DEBUG_LOG(3, fname, "Processing of URL files completed, total valid requests are = %lu",
               g_valid_request);
-    merge_tables(space, threads, thread_count);
+    merge_tables(tables, threads, thread_count);
     std::free(threads);
     DEBUG_LOG(3, fname, "Url table copied to new table, total valid urls count = %lu",
               g_valid_request);

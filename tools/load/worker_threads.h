@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tools/parse/parsing_thread.h"
-#include "tools/parse/request_record.h"
+#include "tools/parse/record_table.h"
 
 #include <cstdint>
 
@@ -11,13 +11,13 @@
 
 // What one worker thread gets and what it gives back.
 struct parsingThreadArgs {
-    alInfo* al_info_array_t;    // its records, zeroed, num_req of them; filled by the thread
-    int32_t num_seq_file;       // input files to load
-    int32_t seq_file_start_idx; // the first of them in seq_file_path
-    uint64_t num_req;           // lines of its files
-    uint64_t total_valid_req_t; // records filled, written when the thread ends
-    int32_t thread_idx;         // its number, from 0
-    int32_t num_instance;       // instances that its files make up
+    RecordTable* al_info_array_t; // its records, filled by the thread
+    int32_t num_seq_file;         // input files to load
+    int32_t seq_file_start_idx;   // the first of them in seq_file_path
+    uint64_t num_req;             // lines that its files are to give
+    uint64_t total_valid_req_t;   // records filled, written when the thread ends
+    int32_t thread_idx;           // its number, from 0
+    int32_t num_instance;         // instances that its files make up
 };
 static_assert(sizeof(parsingThreadArgs) == 40);
 

@@ -21,7 +21,7 @@ enum class AfterRequest { go_on, stop_loading };
 // What identifying a request's session needs to know of the file, the thread and the settings.
 struct LoadingFile {
     ParsingThread& thread;
-    alInfo* al_info_array_t;
+    RecordTable& al_info_array_t;
     UnaccountedRequests& unaccounted_url_t;
     const char* file_name;
     std::string_view session_cookie = cookie_name;
@@ -82,7 +82,7 @@ bool read_set_cookie_header(LoadingFile& file, alInfo& record) {
     if (record.akaau_id[0] != '\0') {
         trace_matched(record.akaau_id, record.jsession_id,
                       {file.thread.thread_idx, file.file_name, record.line_num});
-        update_unaccounted_array(file.thread, file.al_info_array_t, record.akaau_id,
+        update_unaccounted_array(file.thread, file.al_info_array_t.records(), record.akaau_id,
                                  record.jsession_id, file.unaccounted_url_t);
     }
     return true;
@@ -95,7 +95,7 @@ AfterRequest wait_for_session(LoadingFile& file, const alInfo& record) {
         trace_limit_reached(max_unaccounted_requests);
         return AfterRequest::stop_loading;
     }
-    file.unaccounted_url_t.add(static_cast<int64_t>(record.seq));
+    file.unaccounted_url_t.add(static_cast<int64_t>(record.seq), record.akaau_id);
     trace_added(record.akaau_id, {file.thread.thread_idx, file.file_name, record.line_num});
     return AfterRequest::go_on;
 }
@@ -145,7 +145,7 @@ void remove_carriage_return(LineText& line) {
 
 } // namespace
 
-int load_url_info(ParsingThread& thread, alInfo* al_info_array_t, int seq_file_idx,
+int load_url_info(ParsingThread& thread, RecordTable& al_info_array_t, int seq_file_idx,
                   FILE* al_file_fp, uint64_t* seq_no, UnaccountedRequests& unaccounted_url_t) {
     const InputFileInfo& input = seq_file_path[seq_file_idx];
     LoadingFile file = {.thread = thread,
@@ -164,10 +164,12 @@ int load_url_info(ParsingThread& thread, alInfo* al_info_array_t, int seq_file_i
             continue;
         }
         ++thread.counters.total_req;
-        if (parse_line(thread, al_info_array_t, line, file.file_name, *seq_no, line_num) == -1) {
+        al_info_array_t.make_room(*seq_no + 1);
+        alInfo* const records = al_info_array_t.records();
+        if (parse_line(thread, records, line, file.file_name, *seq_no, line_num) == -1) {
             continue;
         }
-        alInfo& record = al_info_array_t[*seq_no];
+        alInfo& record = records[*seq_no];
         record.seq = *seq_no;
         record.line_num = line_num;
         record.seq_file_idx = seq_file_idx;

@@ -11,12 +11,11 @@
 
 namespace {
 
-constexpr uint32_t max_url_number = 0x7fffffff; // the bits that a number has for it
-constexpr size_t max_requests = max_url_number; // each may have a URL of its own
+constexpr uint32_t max_url_number = max_requests; // each may have a URL of its own
 
 void refuse_beyond_limit(size_t request_count) {
     if (request_count > max_requests) {
-        fatal_error("process_url_files", "More than %zu requests can not be processed",
+        fatal_error("process_url_files", "More than %u requests can not be processed",
                     max_requests);
     }
 }

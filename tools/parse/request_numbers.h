@@ -15,6 +15,8 @@
 // request's texts are still in the processor's cache, so that what comes after loading orders and
 // counts numbers and seldom looks at a text again.
 
+constexpr uint32_t max_requests = 0x7fffffff; // of a run: so many numbers a URL has the bits for
+
 struct RequestNumber {
     uint32_t session;
     uint32_t url : 31;

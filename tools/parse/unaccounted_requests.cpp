@@ -17,9 +17,8 @@ constexpr int no_slot = -1;
 
 } // namespace
 
-UnaccountedRequests::UnaccountedRequests(const alInfo* al_info_array_t)
-    : al_info_array_t_(al_info_array_t),
-      unaccounted_url_t_(static_cast<int64_t*>(allocate_zeroed(
+UnaccountedRequests::UnaccountedRequests()
+    : unaccounted_url_t_(static_cast<int64_t*>(allocate_zeroed(
           "process_url_files_t", "unaccounted array", max_unaccounted_requests, sizeof(int64_t)))) {
 }
 
@@ -27,11 +26,10 @@ UnaccountedRequests::~UnaccountedRequests() {
     std::free(unaccounted_url_t_);
 }
 
-void UnaccountedRequests::add(int64_t record_index) {
+void UnaccountedRequests::add(int64_t record_index, std::string_view akaau_id) {
     const int slot = take_slot();
     unaccounted_url_t_[slot] = record_index;
-    const std::string_view value = al_info_array_t_[record_index].akaau_id;
-    const uint32_t number = values_.number_of(value, hash_text(value));
+    const uint32_t number = values_.number_of(akaau_id, hash_text(akaau_id));
     if (number == last_slot_of_value_.size()) {
         last_slot_of_value_.push_back(no_slot);
     }

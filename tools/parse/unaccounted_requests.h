@@ -22,9 +22,8 @@ constexpr int max_unaccounted_requests = 250000;
 // that neither adding nor back-filling has to search it.
 class UnaccountedRequests {
   public:
-    // `al_info_array_t`: the thread's records, to which the slots refer. Ends the run when memory
-    // is out.
-    explicit UnaccountedRequests(const alInfo* al_info_array_t);
+    // Ends the run when memory is out.
+    UnaccountedRequests();
     ~UnaccountedRequests();
     UnaccountedRequests(const UnaccountedRequests&) = delete;
     UnaccountedRequests& operator=(const UnaccountedRequests&) = delete;
@@ -32,8 +31,9 @@ class UnaccountedRequests {
     bool is_full() const { return end_index() == max_unaccounted_requests; }
     int end_index() const { return ua_end_index_t_; }
 
-    // Puts the record with the given index into a slot. Not to be called when full.
-    void add(int64_t record_index);
+    // Puts the record with the given index and secondary cookie into a slot. Not to be called when
+    // full.
+    void add(int64_t record_index, std::string_view akaau_id);
 
     // Frees the slots of all requests whose secondary cookie has this value and gives the indices
     // of their records in the order of the slots, until the next call.
@@ -43,7 +43,6 @@ class UnaccountedRequests {
     int take_slot();
     void free_slot(int slot);
 
-    const alInfo* al_info_array_t_;
     int64_t* unaccounted_url_t_;          // the slots: record indices
     int ua_end_index_t_ = 0;              // one past the highest slot used and not given back
     TextNumbers values_;                  // cookie values that requests have waited with
