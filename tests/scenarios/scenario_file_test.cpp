@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -64,6 +65,23 @@ TEST_F(ScenarioFile, SetsThePeriodThatTheLastLinesGive) {
     for (const auto& [period, time_filtered] : rows) {
         const RunResult result = run(period + "REPLAY_LOG_FILE logs/access_0 x 0 HTTP more\n");
         EXPECT_EQ(result.counter("TimeBasedFiltered"), time_filtered) << period;
+    }
+}
+
+// Both hours are there twice. The date before each, half a year off, must not matter.
+TEST_F(ScenarioFile, SetsAPeriodInARepeatedHourAsTheSystemDoesFirst) {
+    const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
+        // process_zone, before, date, time_stamp
+        {"CET-1CEST,M3.5.0,M10.5.0/3", "04/27/2024", "10/27/2024 02:30:00", "1729992600"},
+        {"<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", "10/07/2024", "04/07/2024 01:45:00", "1712416500"},
+    };
+    for (const auto& [process_zone, before, date, time_stamp] : rows) {
+        SCOPED_TRACE(process_zone);
+        installation_.write_scenario("REPLAY_PERIOD START " + before +
+                                     " 12:00:00\nREPLAY_PERIOD END " + date + "\n");
+        installation_.run({"-d", "3"}, {{"TZ", process_zone}});
+        EXPECT_EQ(installation_.debug_lines_with("End time stamp").back(),
+                  "End time stamp - " + time_stamp);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "tools/config/scenario_file.h"
 
+#include "base/local_time.h"
 #include "tools/config/keyword_text.h"
 #include "tools/config/replay_period.h"
 #include "tools/driver/allocation.h"
@@ -7,7 +8,6 @@
 #include "tools/driver/paths.h"
 #include "tools/load/input_files.h"
 #include "tools/parse/line_reader.h"
-#include "tools/parse/timestamps.h"
 #include "tools/parse/tokenizers.h"
 
 #include <cstdio>
@@ -65,7 +65,7 @@ unsigned long read_date(const char* text, const LinePlace& place) {
                     place.file, place.line_num);
     }
     return static_cast<unsigned long>(
-        local_time_to_epoch(year, month, day, hours, minutes, seconds));
+        local_time_to_epoch({year, month, day, hours, minutes, seconds}));
 }
 
 // One end of the period, with the names that its debug lines give it.

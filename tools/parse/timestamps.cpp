@@ -1,5 +1,6 @@
 #include "tools/parse/timestamps.h"
 
+#include "base/local_time.h"
 #include "tools/driver/logs.h"
 #include "tools/driver/paths.h"
 #include "tools/parse/line_reader.h"
@@ -8,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <strings.h>
@@ -18,15 +20,6 @@ namespace {
 
 constexpr const char* month_names[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                        "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-
-struct CalendarTime {
-    int year;  // in full
-    int month; // from 1
-    int day;
-    int hours;
-    int minutes;
-    int seconds;
-};
 
 // A zone as the logs write it: a sign, hours and minutes, each text empty when it is missing.
 struct ZoneText {
@@ -50,70 +43,6 @@ int64_t zone_offset(const ZoneText& zone) {
 
 int read_number(const char* text) {
     return static_cast<int>(std::strtol(text, nullptr, 10));
-}
-
-int wrapped_difference(int a, int b) {
-    return static_cast<int>(static_cast<unsigned>(a) - static_cast<unsigned>(b));
-}
-
-bool shows_same_clock(time_t moment, const tm& fields) {
-    tm local;
-    return localtime_r(&moment, &local) != nullptr && local.tm_mday == fields.tm_mday &&
-           local.tm_hour == fields.tm_hour && local.tm_min == fields.tm_min &&
-           local.tm_sec == fields.tm_sec;
-}
-
-// When a zone sets its clock back, for instance at the end of daylight saving, it shows the same
-// time twice, and which of the two the library means depends on what it converted before, in any
-// thread. The first is taken, so that it does not.
-time_t convert_by_library(const CalendarTime& calendar) {
-    constexpr time_t minute = 60;
-    constexpr time_t step = 15 * minute; // clocks are set back by multiples of it
-    constexpr time_t longest = 180 * minute;
-    tm fields = {};
-    fields.tm_year = wrapped_difference(calendar.year, 1900);
-    fields.tm_mon = wrapped_difference(calendar.month, 1);
-    fields.tm_mday = calendar.day;
-    fields.tm_hour = calendar.hours;
-    fields.tm_min = calendar.minutes;
-    fields.tm_sec = calendar.seconds;
-    fields.tm_isdst = -1; // as the zone has it
-    const time_t converted = mktime(&fields);
-    if (converted == -1) {
-        return -1;
-    }
-    for (time_t earlier = step; earlier <= longest; earlier += step) {
-        if (shows_same_clock(converted - earlier, fields)) {
-            return converted - earlier;
-        }
-    }
-    return converted;
-}
-
-// The last zone that changed its offset inside a minute did so in 1972.
-constexpr int first_cached_year = 1973;
-
-bool is_in_range(const CalendarTime& calendar) {
-    return calendar.year >= first_cached_year && calendar.year <= 9999 && calendar.month >= 1 &&
-           calendar.month <= 12 && calendar.day >= 1 && calendar.day <= 31 && calendar.hours >= 0 &&
-           calendar.hours <= 23 && calendar.minutes >= 0 && calendar.minutes <= 59 &&
-           calendar.seconds >= 0 && calendar.seconds <= 59;
-}
-
-// Within one minute only the seconds make a difference.
-time_t convert(const CalendarTime& calendar) {
-    static thread_local CalendarTime known = {};
-    static thread_local time_t known_start = 0;
-    if (!is_in_range(calendar)) {
-        return convert_by_library(calendar);
-    }
-    if (calendar.minutes != known.minutes || calendar.hours != known.hours ||
-        calendar.day != known.day || calendar.month != known.month || calendar.year != known.year) {
-        known = calendar;
-        known.seconds = 0;
-        known_start = convert_by_library(known);
-    }
-    return known_start + calendar.seconds;
 }
 
 // Reads a fixed number of digits; the pattern's other characters must stand as they are.
@@ -255,7 +184,7 @@ time_t convert_any_shape(char* timestring) {
                                    read_number(parts[0]), read_number(parts[3]),
                                    read_number(parts[4]), read_number(parts[5])};
     log_calendar(fname, calendar);
-    const time_t local = convert(calendar);
+    const time_t local = local_time_to_epoch(calendar);
     const char* blank = std::strchr(parts[5], ' ');
     if (blank == nullptr) {
         return -1;
@@ -286,7 +215,7 @@ time_t convert_any_shape_iis(char* date, char* time) {
                                    read_number(date_parts[2]), read_number(time_parts[0]),
                                    read_number(time_parts[1]), read_number(time_parts[2])};
     log_calendar(fname, calendar);
-    return convert(calendar) - replay_timezone;
+    return local_time_to_epoch(calendar) - replay_timezone;
 }
 
 } // namespace
@@ -331,10 +260,6 @@ int get_month(const char* month_name) {
     return 1;
 }
 
-time_t local_time_to_epoch(int year, int month, int day, int hours, int minutes, int seconds) {
-    return convert({year, month, day, hours, minutes, seconds});
-}
-
 time_t convert_into_second(LineText timestring) {
     static thread_local KnownMinute known;
     const bool takes_general_way = debug_wanted(4); // its steps show in the debug log
@@ -346,11 +271,13 @@ time_t convert_into_second(LineText timestring) {
     if (takes_general_way || !read_fixed_shape(timestring, calendar, log_offset)) {
         return convert_any_shape(timestring.text);
     }
-    const time_t converted = convert(calendar) - log_offset;
-    if (is_in_range(calendar)) {
-        known.remember(timestring, converted - calendar.seconds);
+    const std::optional<time_t> minute = local_minute_to_epoch(calendar);
+    if (!minute) {
+        return local_time_to_epoch(calendar) - log_offset - replay_timezone;
     }
-    return converted - replay_timezone;
+    const time_t start = *minute - log_offset;
+    known.remember(timestring, start);
+    return start + calendar.seconds - replay_timezone; // 60 to 99 count on from the minute's end
 }
 
 time_t convert_into_second_iis(LineText date, LineText time) {
@@ -358,5 +285,5 @@ time_t convert_into_second_iis(LineText date, LineText time) {
     if (debug_wanted(4) || !read_fixed_shape_iis(date, time, calendar)) {
         return convert_any_shape_iis(date.text, time.text);
     }
-    return convert(calendar) - replay_timezone;
+    return local_time_to_epoch(calendar) - replay_timezone;
 }

@@ -22,13 +22,6 @@ int64_t get_timezone_from_default_setting();
 // 1 to 12 for "Jan" to "Dec"; 1 for anything else.
 int get_month(const char* month_name);
 
-// Seconds since the epoch of calendar fields in the process's local zone, daylight saving as the
-// zone's rules have it for that date; fields out of range are normalised. `month` counts from 1,
-// `year` is given in full. Of a time that the clock shows twice, the first is meant. Remembers the
-// last minute it converted, for each thread by itself, so that consecutive log lines cost no
-// library call.
-time_t local_time_to_epoch(int year, int month, int day, int hours, int minutes, int seconds);
-
 // Converts the text of a log's bracketed time such as 10/Oct/2000:13:55:36 -0700. Returns -1 when
 // it is malformed. May split the text in place.
 time_t convert_into_second(LineText timestring);
