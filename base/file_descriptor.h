@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdio>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <unistd.h>
 #include <utility>
@@ -34,6 +36,13 @@ class FileDescriptor {
 // Makes a stream of an open file, for the `mode` of fopen; null when it is not open or no stream
 // can be had.
 FILE* open_stream(FileDescriptor file, const char* mode);
+
+// The whole file, from its start; nothing when it is longer than `max_size` bytes or cannot be
+// read.
+std::optional<std::string> read_whole(const FileDescriptor& file, size_t max_size);
+
+// Whether this very file stands under `name` in an open directory.
+bool is_at(int directory, const char* name, const FileDescriptor& file);
 
 // Writes all of `text`, however often the system takes only a part of it or is interrupted. Returns
 // false when it cannot.

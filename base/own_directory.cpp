@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr int read_only = O_RDONLY | O_NONBLOCK; // never waits
+
 bool is_own(const struct stat& status) {
     return status.st_uid == geteuid() || status.st_uid == 0;
 }
@@ -59,6 +61,9 @@ std::pair<std::string, std::string> split_last(std::string_view path) {
 
 FileDescriptor open_own_directory(const FileDescriptor& parent, const char* name) {
     constexpr int flags = O_PATH | O_DIRECTORY;
+    if (!parent.is_open()) {
+        return {};
+    }
     FileDescriptor directory(openat(parent.get(), name, flags | O_NOFOLLOW | O_CLOEXEC));
     struct stat status;
     if (!directory.is_open()) { // for a link, "not a directory"
@@ -69,6 +74,17 @@ FileDescriptor open_own_directory(const FileDescriptor& parent, const char* name
         return {};
     }
     return directory;
+}
+
+FileDescriptor open_own_file(int directory, const char* name) {
+    FileDescriptor file(openat(directory, name, read_only | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status;
+    if (file.is_open() &&
+        (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) || !is_own(status))) {
+        file.close();
+        errno = EPERM;
+    }
+    return file;
 }
 
 OwnDirectory::OwnDirectory(const std::string& path) : path_(path) {
@@ -87,20 +103,25 @@ OwnDirectory OwnDirectory::beside(const std::string& name) const {
     return other;
 }
 
+OwnDirectory OwnDirectory::make_beside(const std::string& name, mode_t permissions) const {
+    const FileDescriptor above = open_own_directory(descriptor_, "..");
+    mkdirat(above.get(), name.c_str(), permissions); // opening tells
+    return beside(name);
+}
+
 FileDescriptor OwnDirectory::create(const char* name, mode_t permissions) const {
     return create_new_file(descriptor(), name, permissions);
 }
 
 FileDescriptor OwnDirectory::open_file(const char* name) const {
-    constexpr int flags = O_RDONLY | O_NONBLOCK; // never waits
-    FileDescriptor file(openat(descriptor(), name, flags | O_NOFOLLOW | O_CLOEXEC));
-    const bool is_link = !file.is_open() && errno == ELOOP;
-    if (is_link) {
-        file = follow_own_link(descriptor(), name, flags);
+    FileDescriptor file = open_own_file(descriptor(), name);
+    if (file.is_open() || errno != ELOOP) {
+        return file;
     }
+    file = follow_own_link(descriptor(), name, read_only);
     struct stat status;
-    const bool is_usable = file.is_open() && fstat(file.get(), &status) == 0 &&
-                           S_ISREG(status.st_mode) && (is_link || is_own(status));
+    const bool is_usable =
+        file.is_open() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
     return is_usable ? std::move(file) : FileDescriptor();
 }
 

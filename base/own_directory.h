@@ -24,6 +24,10 @@ class OwnDirectory {
     // The directory `name` in the one above this one, under the same conditions.
     OwnDirectory beside(const std::string& name) const;
 
+    // Makes the directory `name` in the one above this one, with `permissions` less the process's
+    // mask, unless it is there, and opens it under the same conditions.
+    OwnDirectory make_beside(const std::string& name, mode_t permissions) const;
+
     // Creates a file anew, as create_new_file does.
     FileDescriptor create(const char* name, mode_t permissions) const;
 
@@ -39,6 +43,10 @@ class OwnDirectory {
     std::string path_;
     FileDescriptor descriptor_;
 };
+
+// Opens an own regular file for reading, without following a link or waiting. Not open, with errno
+// set, when there is none.
+FileDescriptor open_own_file(int directory, const char* name);
 
 // Opens the directory `name` in `parent` for looking up what is in it: an own directory, or the one
 // that an own link leads to. Not open, with errno set, when it is none.

@@ -1,104 +1,169 @@
 #include "checker/answer.h"
 
+#include "base/own_directory.h"
+#include "cache/manifest.h"
 #include "checker/backups.h"
 #include "checker/file_state.h"
 #include "checker/inputs.h"
 #include "checker/results.h"
 #include "checker/run_place.h"
 #include "checker/run_process.h"
+#include "tools/driver/paths.h"
 
-#include <fstream>
+#include <algorithm>
+#include <iterator>
+#include <sstream>
 #include <sys/stat.h>
-
-namespace fs = std::filesystem;
+#include <utility>
 
 namespace {
 
-bool has_same_inputs(const RunPlace& place, const fs::path& backup,
-                     const std::vector<std::string>& names) {
-    for (const std::string& name : names) {
-        if (!have_same_bytes(backup / name, place.input_cache_directory / name)) {
-            return false;
-        }
+constexpr const char* answer_name = "cache_answer.txt"; // the last answer with its reason
+constexpr const char* input_cache_name = ".tmp";
+
+// The directories of a run.
+struct Directories {
+    OwnDirectory config;      // not open when it is not there or another user's
+    OwnDirectory input_cache; // likewise
+    FileDescriptor backup;
+};
+
+std::vector<std::string> sorted_lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
     }
-    return true;
+    std::sort(lines.begin(), lines.end());
+    return lines;
 }
 
-// What a line is about, without the state that differs.
-std::string subject(const std::string& line) {
-    return line.substr(0, line.find(" size "));
+// What the first line is about that stands in only one of two texts, without the state in it.
+std::string first_difference(const std::string& before, const std::string& now) {
+    const std::vector<std::string> before_lines = sorted_lines(before);
+    const std::vector<std::string> now_lines = sorted_lines(now);
+    std::vector<std::string> differing;
+    std::set_symmetric_difference(now_lines.begin(), now_lines.end(), before_lines.begin(),
+                                  before_lines.end(), std::back_inserter(differing));
+    return differing.empty() ? "" : differing[0].substr(0, differing[0].find(" size "));
 }
 
-Answer compare(const RunPlace& place, const Inputs& now, const fs::path& backup) {
-    if (!now.doubt.empty()) {
-        return {Reuse::nothing, now.doubt};
+bool has_same_inputs(const Directories& directories, const std::vector<std::string>& names) {
+    return std::all_of(names.begin(), names.end(), [&](const std::string& name) {
+        const int cache = directories.input_cache.descriptor();
+        return have_same_bytes(open_own_file(directories.backup.get(), name.c_str()),
+                               open_own_file(cache, name.c_str()));
+    });
+}
+
+// Why the logs must be read; empty when complete_url.list still holds.
+std::string loading_fault(const RunPlace& place, const Directories& directories, const Inputs& now,
+                          const Manifest& cached) {
+    if (cached.config_directory != now.manifest.config_directory) {
+        return "the last run on record worked in " + cached.config_directory;
     }
-    const std::optional<Manifest> cached =
-        read_manifest(place.input_cache_directory / manifest_name);
-    if (!cached || cached->config_directory != now.manifest.config_directory) {
-        return {Reuse::nothing, "no run that has ended well is on record here"};
+    if (cached.loading != now.manifest.loading) {
+        return "not as in the last run: " + first_difference(cached.loading, now.manifest.loading);
     }
-    if (cached->loading != now.manifest.loading) {
-        return {Reuse::nothing,
-                "not as in the last run: " +
-                    subject(first_difference(cached->loading, now.manifest.loading))};
+    std::string fault = result_fault(directories.config, cached, now.results);
+    if (!fault.empty()) {
+        return fault;
     }
-    const std::string fault = result_fault(place, *cached, now.results);
+    return has_same_inputs(directories, {input_names(place)[0]})
+               ? ""
+               : "the scenario is not that of the last run";
+}
+
+Answer compare(const RunPlace& place, const Directories& directories, const Inputs& now,
+               const Manifest& cached) {
+    const std::string fault = loading_fault(place, directories, now, cached);
     if (!fault.empty()) {
         return {Reuse::nothing, fault};
     }
-    const std::vector<std::string> names = input_names(place);
-    if (!has_same_inputs(place, backup, {names[0]})) {
-        return {Reuse::nothing, "the scenario is not that of the last run"};
-    }
-    if (cached->classification != now.manifest.classification) {
+    if (cached.classification != now.manifest.classification) {
         return {Reuse::complete_list,
                 "not as in the last run, though the logs are: " +
-                    subject(first_difference(cached->classification, now.manifest.classification))};
+                    first_difference(cached.classification, now.manifest.classification)};
     }
-    if (!has_same_inputs(place, backup, names)) {
+    if (!has_same_inputs(directories, input_names(place))) {
         return {Reuse::nothing, "the copies of the last inputs are incomplete"};
     }
     return {Reuse::everything, "nothing has changed since the last run"};
 }
 
+// Adds to the manifest which of the results the run takes over.
+Answer decide(const RunPlace& place, const Directories& directories, Inputs& now) {
+    if (!now.doubt.empty()) {
+        return {Reuse::nothing, now.doubt};
+    }
+    if (!directories.input_cache.is_open()) {
+        return {Reuse::nothing, "there is no input cache directory of this user"};
+    }
+    std::string fault;
+    const std::optional<Manifest> cached =
+        read_sealed_manifest(directories.input_cache.descriptor(), fault);
+    if (!cached) {
+        return {Reuse::nothing, fault};
+    }
+    Answer answer = compare(place, directories, now, *cached);
+    if (answer.reuse == Reuse::complete_list) {
+        now.manifest.results = kept_results(*cached, now.results);
+    }
+    return answer;
+}
+
 // All users of the installation may share it, as they do the results.
-void make_input_cache(const fs::path& directory) {
+void make_directories(const RunPlace& place, Directories& directories) {
+    directories.config = make_shared_directory(place.config_path);
     const mode_t mask = umask(0);
-    std::error_code ignored;
-    fs::create_directories(directory, ignored);
+    directories.input_cache = directories.config.make_beside(input_cache_name, 0777);
     umask(mask);
 }
 
 // A run that fails halfway must leave nothing that calls its leavings results.
-void forget_last_run(const RunPlace& place) {
-    std::error_code ignored;
-    fs::remove(place.input_cache_directory / manifest_name, ignored);
+void forget_last_run(const RunPlace& place, const OwnDirectory& input_cache) {
+    input_cache.remove(manifest_name);
     for (const std::string& name : input_names(place)) {
-        fs::remove(place.input_cache_directory / name, ignored);
+        input_cache.remove(name.c_str());
     }
 }
 
 // For those who wonder why a run has, or has not, read the logs.
-void write_answer(const Answer& answer, const RunPlace& place) {
-    const fs::path file = place.input_cache_directory / answer_name;
-    std::error_code ignored;
-    fs::remove(file, ignored);
-    std::ofstream(file) << static_cast<int>(answer.reuse) << ": " << answer.reason << '\n';
+void write_answer(const Answer& answer, const OwnDirectory& input_cache) {
+    const FileDescriptor file = input_cache.create(answer_name, 0666);
+    write_whole(file.get(),
+                std::to_string(static_cast<int>(answer.reuse)) + ": " + answer.reason + "\n");
 }
 
-void record(const Answer& answer, const RunPlace& place, Inputs& inputs, const fs::path& backup) {
-    if (answer.reuse == Reuse::complete_list) {
-        inputs.manifest.kept_results = describe_kept_results(place, inputs.results);
-    }
+void record(const Answer& answer, const RunPlace& place, const Directories& directories,
+            const Inputs& inputs) {
     if (answer.reuse != Reuse::everything) {
-        make_input_cache(place.input_cache_directory);
-        forget_last_run(place);
+        forget_last_run(place, directories.input_cache);
     }
     if (inputs.doubt.empty()) {
-        write_manifest(backup / manifest_name, inputs.manifest);
+        write_manifest(directories.backup.get(), inputs.manifest);
     }
-    write_answer(answer, place);
+    write_answer(answer, directories.input_cache);
+}
+
+Answer answer_and_record(const RunProcess& run, const RunPlace& place, FileDescriptor backup) {
+    const bool asks_itself = is_ancestor(run.pid);
+    Directories directories = {OwnDirectory(place.config_path), {}, std::move(backup)};
+    const std::optional<pid_t> other = find_other_run(run.pid, place.config_directory);
+    if (other) {
+        return {Reuse::refused,
+                "process " + std::to_string(*other) + " works on the same scenario"};
+    }
+    directories.input_cache = directories.config.beside(input_cache_name);
+    if (asks_itself) {
+        make_directories(place, directories);
+    }
+    Inputs inputs = read_inputs(run, place, directories.backup);
+    Answer answer = decide(place, directories, inputs);
+    if (asks_itself) {
+        record(answer, place, directories, inputs);
+    }
+    return answer;
 }
 
 } // namespace
@@ -113,19 +178,9 @@ Answer answer_run(const std::string& profile_argument, pid_t pid) {
     if (!place || profile_argument != "/" + place->replay_profile + ".conf") {
         return {Reuse::nothing, process + " does not work on " + profile_argument};
     }
-    const std::optional<fs::path> backup = own_backup_directory(pid);
-    if (!backup) {
+    FileDescriptor backup = open_own_backup(pid);
+    if (!backup.is_open()) {
         return {Reuse::nothing, process + " has no backup of its inputs"};
     }
-    const std::optional<pid_t> other = find_other_run(pid, place->config_directory);
-    if (other) {
-        return {Reuse::refused,
-                "process " + std::to_string(*other) + " works on the same scenario"};
-    }
-    Inputs inputs = read_inputs(*run, *place, *backup);
-    Answer answer = compare(*place, inputs, *backup);
-    if (is_ancestor(pid)) {
-        record(answer, *place, inputs, *backup);
-    }
-    return answer;
+    return answer_and_record(*run, *place, std::move(backup));
 }

@@ -1,18 +1,20 @@
 #pragma once
 
-#include "checker/run_place.h"
+#include "base/file_descriptor.h"
 
 #include <filesystem>
 #include <optional>
+#include <sys/types.h>
 
-// The directories in which runs put copies of their inputs aside, one for each process id.
+// The directories in which runs put copies of their inputs aside (cache/backup_names.h).
 
-// Where a run with this process id has its backup; nothing when it is not there or not a directory
-// of the calling user's.
-std::optional<std::filesystem::path> own_backup_directory(pid_t pid);
+// Opens the backup directory of a run with this process id; not open when it is not there or not a
+// directory of the calling user's.
+FileDescriptor open_own_backup(pid_t pid);
 
-// Process id of another live run that works on the same results; nothing when there is none. Of two
-// runs that were started at the same moment only one finds the other, so that one goes on.
+// Process id of another live run of the calling user that works on the same results; nothing when
+// there is none. Of two runs that were started at the same moment only one finds the other, so that
+// one goes on.
 std::optional<pid_t> find_other_run(pid_t pid, const std::filesystem::path& config_directory);
 
 // Removes the calling user's backups that belong to no live run and are older than a day.

@@ -8,11 +8,10 @@
 
 namespace {
 
-// Cuts the text up to the next separator off a row. An empty column is refused: the tool passes
-// over it when it reads the list back, and takes the next one for it.
+// Cuts the text up to the next separator off a row.
 bool next_column(std::string_view& row, std::string_view& column) {
     const size_t end = row.find('|');
-    if (end == std::string_view::npos || end == 0) {
+    if (end == std::string_view::npos) {
         return false;
     }
     column = row.substr(0, end);
@@ -74,11 +73,11 @@ bool CompleteList::accounted(bool non_session_counts) const {
     return counted + dropped == total;
 }
 
-std::optional<CompleteList> read_complete_list(const std::filesystem::path& path) {
+std::optional<CompleteList> read_complete_list(const FileDescriptor& file) {
     CompleteList list;
     bool is_well_formed = true;
     size_t counters = 0;
-    const bool was_read = read_lines(path, LineReader::unlimited, [&](LineText line) {
+    const bool was_read = read_lines(file, LineReader::unlimited, [&](LineText line) {
         const std::string_view text = {line.text, line.size};
         if (text.starts_with('#')) {
             counters += read_counter(text, list);

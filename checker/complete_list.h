@@ -1,7 +1,8 @@
 #pragma once
 
+#include "base/file_descriptor.h"
+
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <set>
 #include <string>
@@ -24,4 +25,4 @@ struct CompleteList {
 };
 
 // Nothing when the file cannot be read, a row is malformed or a counter missing.
-std::optional<CompleteList> read_complete_list(const std::filesystem::path& path);
+std::optional<CompleteList> read_complete_list(const FileDescriptor& file);

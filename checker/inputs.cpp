@@ -1,5 +1,6 @@
 #include "checker/inputs.h"
 
+#include "base/own_directory.h"
 #include "checker/file_state.h"
 #include "checker/named_files.h"
 #include "checker/setting_lines.h"
@@ -23,12 +24,11 @@ std::string joined(const std::string& a, const std::string& b) {
 
 class Collector {
   public:
-    Collector(const RunProcess& run, const RunPlace& place, const fs::path& backup)
+    Collector(const RunProcess& run, const RunPlace& place, const FileDescriptor& backup)
         : run_(run), place_(place), backup_(backup) {}
 
     Inputs collect() {
         inputs_.manifest.config_directory = place_.config_directory;
-        inputs_.manifest.created = file_time_now();
         require_unchanged_since_start();
         collect_loading();
         collect_classification();
@@ -82,7 +82,7 @@ class Collector {
 
     void collect_logs() {
         std::vector<std::string> logs;
-        if (!read_scenario_logs(backup_ / (place_.scenario + ".conf"), logs)) {
+        if (!read_scenario_logs(copy_of(place_.scenario + ".conf"), logs)) {
             doubt("the copy of the scenario cannot be read");
         }
         for (const std::string& log : logs) {
@@ -93,7 +93,7 @@ class Collector {
 
     void collect_settings() {
         SettingLines settings;
-        if (!settings.read(backup_ / settings_name)) {
+        if (!settings.read(copy_of(settings_name))) {
             doubt("the copy of the settings cannot be read");
         }
         for (const std::string& line : settings.loading_lines()) {
@@ -138,13 +138,17 @@ class Collector {
             add_classification(joined(name, digest_of(name)));
         }
         std::vector<std::string> files;
-        if (!read_post_data_files(backup_ / patterns_name, files)) {
+        if (!read_post_data_files(copy_of(patterns_name), files)) {
             doubt("the copy of the URL patterns cannot be read");
         }
         for (const std::string& file : files) {
             const fs::path path = place_.replay_profile_dir / file;
             add_classification(joined(joined("post-data file", path), state_of(path)));
         }
+    }
+
+    FileDescriptor copy_of(const std::string& name) const {
+        return open_own_file(backup_.get(), name.c_str());
     }
 
     std::string state_of(const fs::path& path) {
@@ -156,7 +160,7 @@ class Collector {
     }
 
     std::string digest_of(const std::string& name) {
-        const std::optional<std::string> digest = file_digest(backup_ / name);
+        const std::optional<std::string> digest = file_digest(copy_of(name));
         if (!digest) {
             doubt("the copy of " + name + " cannot be read");
         }
@@ -165,7 +169,7 @@ class Collector {
 
     const RunProcess& run_;
     const RunPlace& place_;
-    const fs::path& backup_;
+    const FileDescriptor& backup_;
     int thread_count_ = 0;
     Inputs inputs_;
 };
@@ -176,6 +180,6 @@ std::vector<std::string> input_names(const RunPlace& place) {
     return {place.scenario + ".conf", settings_name, patterns_name, filters_name};
 }
 
-Inputs read_inputs(const RunProcess& run, const RunPlace& place, const fs::path& backup) {
+Inputs read_inputs(const RunProcess& run, const RunPlace& place, const FileDescriptor& backup) {
     return Collector(run, place, backup).collect();
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "checker/manifest.h"
+#include "base/file_descriptor.h"
+#include "cache/manifest.h"
 #include "checker/run_place.h"
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -18,7 +18,7 @@ struct ExpectedResults {
 };
 
 struct Inputs {
-    Manifest manifest; // without kept results
+    Manifest manifest; // without results
     ExpectedResults results;
     std::string doubt; // why the manifest may not describe what the run reads; empty when it does
 };
@@ -27,5 +27,4 @@ struct Inputs {
 std::vector<std::string> input_names(const RunPlace& place);
 
 // Describes a run's inputs from their copies in its backup directory.
-Inputs read_inputs(const RunProcess& run, const RunPlace& place,
-                   const std::filesystem::path& backup);
+Inputs read_inputs(const RunProcess& run, const RunPlace& place, const FileDescriptor& backup);

@@ -46,11 +46,11 @@ void add_post_data_file(LineText line, std::vector<std::string>& files) {
 
 } // namespace
 
-bool read_scenario_logs(const std::filesystem::path& scenario, std::vector<std::string>& logs) {
+bool read_scenario_logs(const FileDescriptor& scenario, std::vector<std::string>& logs) {
     return read_lines(scenario, scenario_line_size, [&](LineText line) { add_log(line, logs); });
 }
 
-bool read_post_data_files(const std::filesystem::path& patterns, std::vector<std::string>& files) {
+bool read_post_data_files(const FileDescriptor& patterns, std::vector<std::string>& files) {
     return read_lines(patterns, pattern_line_size,
                       [&](LineText line) { add_post_data_file(line, files); });
 }

@@ -1,14 +1,17 @@
 #include "checker/results.h"
 
+#include "cache/file_state.h"
 #include "checker/complete_list.h"
-#include "checker/file_state.h"
 #include "tools/load/line_count.h"
 
-#include <fstream>
-#include <iterator>
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sstream>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -30,116 +33,113 @@ std::vector<std::string> loading_results(const ExpectedResults& expected) {
     return names;
 }
 
-std::string kept_line(const std::string& name, const std::string& state) {
-    return name + " " + state + "\n";
+FileDescriptor open_result(const OwnDirectory& config_dir, const std::string& name) {
+    return open_own_file(config_dir.descriptor(), name.c_str());
 }
 
-// Results are written between the making of the manifest and its copying into the cache, and not
-// touched after that. Those that were kept are still in the state that they had then.
-bool is_of_cached_run(const fs::path& result, const Manifest& cached, int64_t cached_at) {
-    const std::string name = result.filename();
-    if (("\n" + cached.kept_results).find("\n" + name + " ") != std::string::npos) {
-        const std::string state = file_state(result).value_or("");
-        return ("\n" + cached.kept_results).find("\n" + kept_line(name, state)) !=
-               std::string::npos;
-    }
-    const int64_t changed = change_time(result).value_or(0);
-    return cached.created <= changed && changed <= cached_at;
-}
-
-bool has_whole_lines(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
+// What is wrong with a result to begin with; empty when it stands there as the last run has left
+// it.
+std::string state_fault(const OwnDirectory& config_dir, const std::string& name,
+                        const Manifest& cached) {
+    const FileDescriptor file = open_result(config_dir, name);
     if (!file.is_open()) {
-        return false;
+        return name + (errno == ENOENT ? " is missing" : " is no regular file of this user");
     }
-    file.seekg(-1, std::ios::end);
-    return file.fail() || file.get() == '\n'; // seeking fails in an empty file
+    const std::optional<std::string> state = file_state(file.get());
+    const bool is_untouched = state && has_line(cached.results, result_line(name, *state));
+    return is_untouched ? "" : name + " was changed since the last run that ended well";
 }
 
-bool has_lines(const fs::path& path, uint64_t count) {
-    return has_whole_lines(path) && zvr_get_total_lines_in_file(path.c_str()) == count;
+bool has_whole_lines(const FileDescriptor& file) {
+    struct stat status;
+    char last = '\n';
+    return fstat(file.get(), &status) == 0 &&
+           (status.st_size == 0 || pread(file.get(), &last, 1, status.st_size - 1) == 1) &&
+           last == '\n';
+}
+
+bool has_lines(const FileDescriptor& file, const std::string& name, uint64_t count) {
+    return has_whole_lines(file) && total_lines_in_open_file(name.c_str(), file.get()) == count;
 }
 
 // The summary line knows the number of rows, which follow it and the column line.
-bool is_whole_url_list(const fs::path& path) {
+bool is_whole_url_list(const FileDescriptor& file) {
     constexpr size_t summary_width = 511;
     constexpr std::string_view key = ";TotalUrlPattern=";
-    std::ifstream file(path, std::ios::binary);
-    std::string summary;
-    if (!std::getline(file, summary) || summary.size() != summary_width) {
+    char line[summary_width + 1];
+    if (pread(file.get(), line, sizeof line, 0) != sizeof line || line[summary_width] != '\n') {
         return false;
     }
+    const std::string summary(line, summary_width);
     const size_t found = summary.find(key);
     return summary.starts_with("Total=") && found != std::string::npos &&
-           has_lines(path, std::stoull("0" + summary.substr(found + key.size())) + 2);
+           has_lines(file, url_list_name,
+                     std::stoull("0" + summary.substr(found + key.size())) + 2);
 }
 
-bool is_whole_hosts_list(const fs::path& path, const CompleteList& complete_list) {
+bool is_whole_hosts_list(const FileDescriptor& file, const CompleteList& complete_list) {
     std::string hosts;
     for (const std::string& host : complete_list.hosts) {
         hosts += host + "\n";
     }
-    std::ifstream file(path, std::ios::binary);
-    return file.is_open() && std::string(std::istreambuf_iterator<char>(file), {}) == hosts;
+    return read_whole(file, hosts.size()) == hosts;
 }
 
-std::string content_fault(const fs::path& directory, const ExpectedResults& expected) {
-    const std::optional<CompleteList> complete_list =
-        read_complete_list(directory / complete_list_name);
-    const bool is_whole = complete_list && has_whole_lines(directory / complete_list_name) &&
+// Name of a result that is not whole; empty when all are.
+std::string damaged_result(const OwnDirectory& config_dir, const ExpectedResults& expected) {
+    const FileDescriptor complete_list_file = open_result(config_dir, complete_list_name);
+    const std::optional<CompleteList> complete_list = read_complete_list(complete_list_file);
+    const bool is_whole = complete_list && has_whole_lines(complete_list_file) &&
                           complete_list->accounted(expected.non_session_counts);
     if (!is_whole) {
         return complete_list_name;
     }
-    if (expected.query_list &&
-        !has_lines(directory / query_list_name, complete_list->query_line_count)) {
+    if (expected.query_list && !has_lines(open_result(config_dir, query_list_name), query_list_name,
+                                          complete_list->query_line_count)) {
         return query_list_name;
     }
-    if (!is_whole_hosts_list(directory / hosts_list_name, *complete_list)) {
+    if (!is_whole_hosts_list(open_result(config_dir, hosts_list_name), *complete_list)) {
         return hosts_list_name;
     }
-    return is_whole_url_list(directory / url_list_name) ? "" : url_list_name;
+    return is_whole_url_list(open_result(config_dir, url_list_name)) ? "" : url_list_name;
 }
 
-bool is_there(const fs::path& path) {
-    std::error_code ignored;
-    return fs::exists(path, ignored);
+bool is_there(const OwnDirectory& directory, const std::string& name) {
+    struct stat status;
+    return fstatat(directory.descriptor(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
 } // namespace
 
-std::string result_fault(const RunPlace& place, const Manifest& cached,
+std::string result_fault(const OwnDirectory& config_dir, const Manifest& cached,
                          const ExpectedResults& expected) {
-    const fs::path& directory = place.config_directory;
-    const int64_t cached_at = change_time(place.input_cache_directory / manifest_name).value_or(0);
     std::vector<std::string> names = loading_results(expected);
     names.insert(names.end(), {hosts_list_name, url_list_name});
     for (const std::string& name : names) {
-        if (!is_there(directory / name)) {
-            return name + " is missing";
-        }
-        if (!is_of_cached_run(directory / name, cached, cached_at)) {
-            return name + " was changed since the last run that ended well";
+        std::string fault = state_fault(config_dir, name, cached);
+        if (!fault.empty()) {
+            return fault;
         }
     }
-    if (!expected.query_list && is_there(directory / query_list_name)) {
+    if (!expected.query_list && is_there(config_dir, query_list_name)) {
         return std::string(query_list_name) + " is there although no run has written it";
     }
-    if (!expected.trace && is_there(directory / trace_name)) {
+    if (!expected.trace && is_there(config_dir, trace_name)) {
         return std::string(trace_name) + " is there although no run has written it";
     }
-    const std::string damaged = content_fault(directory, expected);
+    const std::string damaged = damaged_result(config_dir, expected);
     return damaged.empty() ? "" : damaged + " is not whole";
 }
 
-std::string describe_kept_results(const RunPlace& place, const ExpectedResults& expected) {
+std::string kept_results(const Manifest& cached, const ExpectedResults& expected) {
     std::string lines;
-    for (const std::string& name : loading_results(expected)) {
-        const std::optional<std::string> state = file_state(place.config_directory / name);
-        if (!state) {
-            return "";
+    std::istringstream text(cached.results);
+    const std::vector<std::string> names = loading_results(expected);
+    for (std::string line; std::getline(text, line);) {
+        const std::string name = line.substr(0, line.find(' '));
+        if (std::find(names.begin(), names.end(), name) != names.end()) {
+            lines += line + "\n";
         }
-        lines += kept_line(name, *state);
     }
     return lines;
 }

@@ -113,7 +113,7 @@ std::optional<RunPlace> locate_run(const RunProcess& run) {
     place.scenario_file = project_dir / "scenarios" / (name->scenario + ".conf");
     set_replay_profile(arguments, *name, project_dir, place);
     const fs::path config_dir = project_dir / "ReplayAccessLogs" / name->scenario / "config";
+    place.config_path = config_dir / "";
     place.config_directory = fs::weakly_canonical(config_dir);
-    place.input_cache_directory = place.config_directory.parent_path() / ".tmp";
     return place;
 }

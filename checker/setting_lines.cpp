@@ -26,8 +26,8 @@ bool is_neutral(const std::string& line) {
 
 } // namespace
 
-bool SettingLines::read(const std::filesystem::path& path) {
-    return read_lines(path, line_size,
+bool SettingLines::read(const FileDescriptor& file) {
+    return read_lines(file, line_size,
                       [this](LineText line) { lines_.emplace_back(line.text, line.size); });
 }
 

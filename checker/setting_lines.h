@@ -1,6 +1,7 @@
 #pragma once
 
-#include <filesystem>
+#include "base/file_descriptor.h"
+
 #include <string>
 #include <vector>
 
@@ -8,7 +9,7 @@
 class SettingLines {
   public:
     // Returns false when the file cannot be read.
-    bool read(const std::filesystem::path& path);
+    bool read(const FileDescriptor& file);
 
     // The lines that may have a say in what complete_url.list holds, in their order: all but
     // comments, empty lines and the keywords that are known to have none.

@@ -1,9 +1,8 @@
+#include "tests/checker/checker_fixture.h"
 #include "tests/support/held_stream.h"
-#include "tests/support/test_installation.h"
 
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
@@ -16,91 +15,6 @@
 namespace fs = std::filesystem;
 
 // Whole runs that ask the real checker command.
-
-namespace {
-
-constexpr const char* main_pattern = "active|main|POST|1|Order|na|d|body.txt|/order\n";
-const std::string cache = project_directory + "/ReplayAccessLogs/web/.tmp/";
-const std::string cache_manifest = cache + "cache_manifest.txt";
-const std::string cache_answer = cache + "cache_answer.txt";
-constexpr const char* results[] = {"complete_url.list", "hosts.list", "url.list", "query_url.list"};
-
-std::string backup_path(pid_t pid) {
-    return "/tmp/zvr_al_gen_url_list.backup." + std::to_string(pid);
-}
-
-class Checker : public testing::Test {
-  protected:
-    Checker() {
-        installation_.use_checker();
-        write_logs();
-        installation_.add_settings("IGNORE_URL_QUERY_PARAM 1\nINLINE_OBJECT_MODE skip\n");
-        installation_.write_patterns(main_pattern);
-        installation_.write_profile("body.txt", "order=1");
-        remove(cache);
-    }
-
-    void write_logs() const {
-        installation_.write_logs({combined_line({.url = "/a?x=1"}) + combined_line({.url = "/a?y"}),
-                                  combined_line({.url = "/order", .method = "POST"})});
-    }
-
-    // Makes a run and returns what the checker answered it, -1 when it did not.
-    int answer(const Lines& words = {"-s", "web"}, const Environment& environment = {}) const {
-        remove(cache_answer);
-        let_files_settle();
-        last_run_ = installation_.run_words(words, environment);
-        EXPECT_EQ(last_run_.status, 0) << last_run_.output;
-        const std::string text = installation_.read(cache_answer);
-        return text.empty() ? -1 : std::atoi(text.c_str());
-    }
-
-    // A run that reads the logs, and time enough for later changes to have later times.
-    void run_in_full() const {
-        ASSERT_EQ(answer(), 1);
-        usleep(20'000);
-    }
-
-    // Answer to a second run, with a change made after a full one.
-    int answer_after(const std::function<void()>& change) const {
-        run_in_full();
-        change();
-        return answer();
-    }
-
-    void remove(const std::string& path) const { fs::remove_all(installation_.path(path)); }
-
-    // Expects each change to the cache or the results to prevent their reuse.
-    void expect_read_again(const std::vector<std::function<void()>>& changes) const {
-        for (size_t i = 0; i < changes.size(); ++i) {
-            EXPECT_EQ(answer_after(changes[i]), 1) << i;
-            remove(cache);
-        }
-    }
-
-    void append(const std::string& path, const std::string& text) const {
-        installation_.write(path, installation_.read(path) + text);
-    }
-
-    void cut_end(const std::string& path, size_t count) const {
-        const fs::path file = installation_.root() / path;
-        fs::resize_file(file, fs::file_size(file) - count);
-    }
-
-    // Makes a change that leaves a file its time of modification, but for some nanoseconds.
-    void keep_time(const std::string& path, long nanoseconds,
-                   const std::function<void()>& change) const {
-        const fs::path file = installation_.path(path);
-        const fs::file_time_type time = fs::last_write_time(file);
-        change();
-        fs::last_write_time(file, time + std::chrono::nanoseconds(nanoseconds));
-    }
-
-    TestInstallation installation_;
-    mutable RunResult last_run_;
-};
-
-} // namespace
 
 TEST_F(Checker, TheFirstRunPreparesTheCacheOfTheSecond) {
     EXPECT_EQ(answer(), 1);
@@ -212,9 +126,9 @@ TEST_F(Checker, ResultsThatAreNotThoseOfTheLastRunPreventReuse) {
     for (const std::string name : results) {
         const std::string path = config_directory + "/" + name;
         SCOPED_TRACE(name);
-        const auto damage = [&](size_t size) { // which times do not tell
+        const auto damage = [&](size_t size) { // which no state tells
             cut_end(path, size);
-            append(cache_manifest, "");
+            seal_again();
         };
         const auto last_row_size = [&] {
             const std::string text = installation_.read(path);

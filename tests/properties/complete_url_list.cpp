@@ -46,10 +46,14 @@ void check_complete_url_list(Choices& choices) {
     for (uint64_t* counter : counters) {
         *counter = choices.one_in(3) ? UINT64_MAX : choices.below(9999);
     }
+    const bool any_odd = !choices.one_in(20); // columns may look like something else
+    const size_t text_count = any_odd ? 400 : 40'000;
     std::vector<std::string> texts;
-    texts.reserve(40'000);
-    while (texts.size() < 40'000 && choices.any_left()) {
-        const std::string& host = texts.emplace_back(choices.text(".:ah", 8));
+    texts.reserve(text_count);
+    while (texts.size() < text_count && choices.any_left()) {
+        const bool is_odd = any_odd && choices.below(200) == 0;
+        const std::string& host =
+            texts.emplace_back(choices.text(is_odd ? "#|" : ".:ah", is_odd ? 2 : 8));
         std::string& url = texts.emplace_back(choices.text("/a|?# \r", 12));
         if (choices.below(4000) == 3999) {
             url.append(200'000, 'u');
@@ -57,7 +61,7 @@ void check_complete_url_list(Choices& choices) {
         const int index = create_url_pattern();
         UrlInfo& entry = url_pattern[index];
         entry = {};
-        std::strcpy(entry.method, choices.text("ETOS", 16).c_str());
+        std::strcpy(entry.method, choices.text(is_odd ? "#|" : "ETOS", is_odd ? 2 : 16).c_str());
         entry.host_hdr = host.c_str();
         entry.count = choices.one_in(9) ? UINT64_MAX : choices.below(9999);
         entry.query_url_offset = static_cast<int64_t>(choices.below(9999)) - 1;
@@ -66,9 +70,12 @@ void check_complete_url_list(Choices& choices) {
     const Rows expected = contents();
     const TemporaryDirectory directory;
     directory.write("complete_url.list", "of an earlier run");
-    write_complete_url_list(OwnDirectory(directory.path()));
-    read_list(directory.path());
-    EXPECT_TRUE(contents() == expected);
+    if (write_complete_url_list(OwnDirectory(directory.path()))) {
+        read_list(directory.path());
+        EXPECT_TRUE(contents() == expected);
+    } else {
+        EXPECT_TRUE(any_odd) << "every other list can be read back";
+    }
 }
 
 void forget_unique_urls() {
@@ -79,7 +86,7 @@ void forget_unique_urls() {
 void expect_list_is_kept(const std::string& config_dir) {
     read_list(config_dir);
     const Rows expected = contents();
-    write_complete_url_list(OwnDirectory(config_dir));
+    EXPECT_TRUE(write_complete_url_list(OwnDirectory(config_dir)));
     read_list(config_dir);
     EXPECT_EQ(contents(), expected);
 }

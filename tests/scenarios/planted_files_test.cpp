@@ -20,7 +20,8 @@ namespace {
 
 constexpr const char* secret = "a file of the user who runs\n";
 constexpr uid_t other_user = 65534;
-const std::string cache_directory = project_directory + "/ReplayAccessLogs/web/.tmp";
+const std::string scenario = project_directory + "/ReplayAccessLogs/web";
+const std::string cache_directory = scenario + "/.tmp";
 
 class PlantedFiles : public testing::Test {
   protected:
@@ -60,15 +61,18 @@ class PlantedFiles : public testing::Test {
 
 TEST_F(PlantedFiles, SomebodyWhoKeepsPlantingLinksGetsNothingOverwritten) {
     constexpr int runs = 12;
-    const fs::path config = path(config_directory);
-    const std::string names[] = {"hosts.list", "url.list", "complete_url.list", "query_url.list",
-                                 "akaau.trace"};
+    const std::string names[] = {"config/hosts.list",      "config/url.list",
+                                 "config/akaau.trace",     "config/complete_url.list",
+                                 "config/query_url.list",  ".tmp/cache_answer.txt",
+                                 ".tmp/cache_manifest.txt"};
+    installation_.use_checker();
     EXPECT_EQ(installation_.run().status, 0);
     for (const std::string& name : names) {
+        const std::string file = path(scenario + "/" + name);
         const pid_t planter = fork();
         while (planter == 0) {
-            unlink((config / name).c_str());
-            (void)!symlink(path("victim").c_str(), (config / name).c_str());
+            unlink(file.c_str());
+            (void)!symlink(path("victim").c_str(), file.c_str());
         }
         for (int i = 0; i < runs; ++i) {
             installation_.run({"-a"}); // which may give up
@@ -76,8 +80,9 @@ TEST_F(PlantedFiles, SomebodyWhoKeepsPlantingLinksGetsNothingOverwritten) {
         }
         kill(planter, SIGKILL);
         waitpid(planter, nullptr, 0);
-        fs::remove(config / name);
+        fs::remove(file);
     }
+    fs::remove_all(path(cache_directory));
     expect_whole_result(installation_.run());
 }
 
@@ -133,7 +138,6 @@ TEST_F(PlantedFiles, DirectoriesOfOthersAreRefused) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "others' directories are the superuser's to make";
     }
-    const std::string scenario = project_directory + "/ReplayAccessLogs/web";
     for (const std::string& name : {scenario, config_directory, cache_directory}) {
         const auto expect_refusal = [&](bool is_refused) {
             const RunResult run = installation_.run();

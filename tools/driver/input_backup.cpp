@@ -1,6 +1,9 @@
 #include "tools/driver/input_backup.h"
 
 #include "base/new_file.h"
+#include "cache/backup_names.h"
+#include "cache/manifest.h"
+#include "tools/driver/left_results.h"
 #include "tools/driver/logs.h"
 #include "tools/driver/paths.h"
 
@@ -8,6 +11,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <initializer_list>
+#include <optional>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -60,19 +64,14 @@ bool make_private_directory(const std::string& path) {
     return is_made;
 }
 
-bool is_at(const std::string& path, const FileDescriptor& file) {
-    struct stat status, at_path;
-    return fstat(file.get(), &status) == 0 && lstat(path.c_str(), &at_path) == 0 &&
-           status.st_dev == at_path.st_dev && status.st_ino == at_path.st_ino;
-}
-
 // Whoever tidies up may take a directory for a left one, and remove it, as long as it is not
 // locked; then another one is made.
 FileDescriptor make_locked_directory(const std::string& path) {
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     while (make_private_directory(path)) {
         FileDescriptor directory(open(path.c_str(), flags));
-        if (directory.is_open() && flock(directory.get(), LOCK_EX) == 0 && is_at(path, directory)) {
+        if (directory.is_open() && flock(directory.get(), LOCK_EX) == 0 &&
+            is_at(AT_FDCWD, path.c_str(), directory)) {
             return directory;
         }
     }
@@ -82,7 +81,7 @@ FileDescriptor make_locked_directory(const std::string& path) {
 } // namespace
 
 InputBackup::InputBackup()
-    : path_("/tmp/zvr_al_gen_url_list.backup." + std::to_string(getpid())),
+    : path_(std::string(backups_directory) + "/" + backup_name(getpid())),
       directory_(make_locked_directory(path_)) {
     require_success("mkdir " + path_, directory_.is_open());
     copy_files({scenario_file_path()});
@@ -107,20 +106,36 @@ void InputBackup::copy_files(std::initializer_list<std::string> files) const {
     require_success(command, succeeded);
 }
 
-void InputBackup::copy_to_cache(const OwnDirectory& config_dir) const {
+bool InputBackup::copy_inputs_to(const OwnDirectory& cache) const {
     constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC; // never waits
-    const OwnDirectory cache = config_dir.beside(".tmp");
     std::error_code error;
     fs::directory_iterator entry(path_, error);
-    bool succeeded = cache.is_open() && !error && entry != fs::directory_iterator();
+    bool succeeded = !error && entry != fs::directory_iterator();
     for (; succeeded && entry != fs::directory_iterator(); entry.increment(error)) {
         const std::string name = entry->path().filename();
         const FileDescriptor source(openat(directory_.get(), name.c_str(), flags));
-        succeeded = name.starts_with('.') ||
+        succeeded = name.starts_with('.') || name == manifest_name ||
                     (S_ISREG(mode_of(source)) &&
                      copy_into_directory(source, cache.descriptor(), name.c_str()));
     }
-    if (error || !succeeded) {
+    return succeeded && !error;
+}
+
+// There may be none, as with another checker.
+bool InputBackup::seal_manifest_in(const OwnDirectory& cache) const {
+    std::optional<Manifest> manifest = read_manifest(directory_.get());
+    if (!manifest) {
+        return true;
+    }
+    manifest->results += left_result_lines();
+    return write_sealed_manifest(cache.descriptor(), *manifest);
+}
+
+void InputBackup::copy_to_cache(const OwnDirectory& config_dir, bool is_reusable) const {
+    const OwnDirectory cache = config_dir.beside(".tmp");
+    const bool succeeded =
+        cache.is_open() && copy_inputs_to(cache) && (!is_reusable || seal_manifest_in(cache));
+    if (!succeeded) {
         error_log(fname, "Failed to copy to cache");
     }
 }

@@ -14,15 +14,19 @@ class InputBackup {
     // tell it from what earlier runs have left behind.
     InputBackup();
 
-    // Copies what is in the directory into the input cache directory beside `config_dir`. A failure
-    // is an error line, and the run goes on.
-    void copy_to_cache(const OwnDirectory& config_dir) const;
+    // Copies what is in the directory into the input cache directory beside `config_dir`, at last
+    // the checker's manifest, sealed with the states in which this run leaves its results. When the
+    // results are not reusable there is no manifest, so that nobody uses them again. A failure is
+    // an error line, and the run goes on.
+    void copy_to_cache(const OwnDirectory& config_dir, bool is_reusable) const;
 
     // Removes the directory.
     void remove() const;
 
   private:
     void copy_files(std::initializer_list<std::string> files) const;
+    bool copy_inputs_to(const OwnDirectory& cache) const;
+    bool seal_manifest_in(const OwnDirectory& cache) const;
 
     std::string path_;
     FileDescriptor directory_; // holds the lock

@@ -91,13 +91,9 @@ void load_replay_profile() {
     load_pattern_file("replay_url_patterns.dat", save_url_pattern);
 }
 
-// The results are for all users of the installation, whatever mask this process was started with.
 OwnDirectory create_config_directory() {
     const std::string path = config_directory();
-    const mode_t mask = umask(0);
-    const bool is_created = mkdir_ex1(path.c_str()) == 1;
-    umask(mask);
-    OwnDirectory config_dir = is_created ? OwnDirectory(path) : OwnDirectory();
+    OwnDirectory config_dir = make_shared_directory(path);
     if (!config_dir.is_open()) {
         fatal_error(fname, "Unable to create directory - %s", path.c_str());
     }
@@ -141,12 +137,14 @@ void make_unique_urls(SessionOrder session_order, const OwnDirectory& config_dir
     DEBUG_LOG(4, fname, "Total url pattern - %d", url_pattern_count);
 }
 
-void dump_complete_url_list(const OwnDirectory& config_dir) {
+// Returns whether a later run can read the list back.
+bool dump_complete_url_list(const OwnDirectory& config_dir) {
     const PhaseProgress progress(
         "Start dumping complete url list to complete_url.list at %s\n",
         "End dumping complete url list to complete_url.list at %s\nTime taken = %ld(sec)\n");
-    write_complete_url_list(config_dir);
+    const bool can_be_read_back = write_complete_url_list(config_dir);
     progress.finish();
+    return can_be_read_back;
 }
 
 void read_cache(const OwnDirectory& config_dir) {
@@ -193,19 +191,20 @@ int main(int argc, char* argv[]) {
     read_scenario_file();
     sort_pattern_tables();
 
+    bool is_reusable = true;
     if (cache_level == CacheLevel::complete_list) {
         read_cache(config_dir);
     } else {
         load_logs(config_dir);
         make_unique_urls(order_requests(), config_dir);
-        dump_complete_url_list(config_dir);
+        is_reusable = dump_complete_url_list(config_dir);
     }
     write_hosts_list(config_dir);
     classify_urls();
     write_url_list(config_dir);
 
     close_debug_log();
-    backup.copy_to_cache(config_dir);
+    backup.copy_to_cache(config_dir, is_reusable);
     backup.remove();
     return 0;
 }

@@ -1,6 +1,5 @@
 #include "tools/driver/paths.h"
 
-#include "base/own_directory.h"
 #include "base/workspace_directory.h"
 #include "tools/driver/allocation.h"
 #include "tools/driver/logs.h"
@@ -225,4 +224,11 @@ int mkdir_ex1(const char* path) {
         }
     }
     return 1;
+}
+
+OwnDirectory make_shared_directory(const std::string& path) {
+    const mode_t mask = umask(0);
+    const bool is_created = mkdir_ex1(path.c_str()) == 1;
+    umask(mask);
+    return is_created ? OwnDirectory(path) : OwnDirectory();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/own_directory.h"
+
 #include <string>
 
 // Where a run finds its scenario, its replay profile and its results.
@@ -51,3 +53,7 @@ bool file_exists(const char* path);
 // after an error line when the path is longer than 2,048 characters, has more than 30 components,
 // or a directory cannot be created.
 int mkdir_ex1(const char* path);
+
+// Creates the directory as mkdir_ex1 does, but with permission 0777 whatever the process's mask:
+// results are for all users of the installation. Not open when that fails.
+OwnDirectory make_shared_directory(const std::string& path);

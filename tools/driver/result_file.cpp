@@ -1,5 +1,7 @@
 #include "tools/driver/result_file.h"
 
+#include "tools/driver/left_results.h"
+
 #include <charconv>
 #include <cstring>
 #include <unistd.h>
@@ -19,6 +21,7 @@ ResultFile::~ResultFile() {
 
 bool ResultFile::create(const OwnDirectory& directory, const char* name) {
     file_ = directory.create(name, 0666);
+    name_ = name;
     buffer_ = std::make_unique_for_overwrite<char[]>(buffer_size);
     return is_open();
 }
@@ -58,6 +61,7 @@ void ResultFile::overwrite_start(std::string_view text) {
 
 bool ResultFile::close() {
     flush();
+    note_left_result(name_.c_str(), file_.get());
     if (!file_.close()) {
         has_failed_ = true;
     }

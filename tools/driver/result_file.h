@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 // A result file while it is written, through a large buffer. A write that fails is remembered until
@@ -30,7 +31,8 @@ class ResultFile {
     // Writes `text` over what stands at the start of the file.
     void overwrite_start(std::string_view text);
 
-    // Writes out what is buffered and closes the file. Returns whether all of it was written.
+    // Writes out what is buffered, notes the state in which the file is left, and closes it.
+    // Returns whether all of it was written.
     bool close();
 
   private:
@@ -38,6 +40,7 @@ class ResultFile {
     void write_all(std::string_view text);
 
     FileDescriptor file_;
+    std::string name_;
     bool has_failed_ = false;
     size_t used_ = 0;
     std::unique_ptr<char[]> buffer_;

@@ -1,12 +1,18 @@
 #include "tools/parse/secondary_cookie_trace.h"
 
+#include "tools/driver/left_results.h"
 #include "tools/driver/logs.h"
 
 char akaau_trace = 0;
 FILE* akaau_trace_fp = nullptr;
 
+namespace {
+
+constexpr const char* name = "akaau.trace";
+
+} // namespace
+
 void open_akaau_trace(const OwnDirectory& config_dir) {
-    constexpr const char* name = "akaau.trace";
     config_dir.remove(name);
     if (akaau_trace == 0) {
         return;
@@ -21,7 +27,8 @@ void close_akaau_trace() {
     if (akaau_trace_fp == nullptr) {
         return;
     }
-    const bool failed = std::ferror(akaau_trace_fp) != 0;
+    const bool failed = std::fflush(akaau_trace_fp) != 0 || std::ferror(akaau_trace_fp) != 0;
+    note_left_result(name, fileno(akaau_trace_fp));
     if (std::fclose(akaau_trace_fp) != 0 || failed) {
         fatal_error("main", "Failed to write to akaau.trace file");
     }

@@ -40,6 +40,11 @@ std::string list_path(const OwnDirectory& config_dir) {
     return config_dir.path() + "/" + list_name;
 }
 
+bool can_be_read_back(const UrlInfo& entry) {
+    return entry.method[0] != '#' && std::strchr(entry.method, '|') == nullptr &&
+           std::strchr(entry.host_hdr, '|') == nullptr;
+}
+
 void write_row(ResultFile& file, const UrlInfo& entry) {
     file.append(entry.method);
     file.append('|');
@@ -138,7 +143,7 @@ void allocate_table(const std::string& path, int descriptor) {
 
 } // namespace
 
-void write_complete_url_list(const OwnDirectory& config_dir) {
+bool write_complete_url_list(const OwnDirectory& config_dir) {
     DEBUG_LOG(3, "main", "Start dumping complete url list to complete_url.list file");
     const std::string path = list_path(config_dir);
     ResultFile file;
@@ -151,13 +156,16 @@ void write_complete_url_list(const OwnDirectory& config_dir) {
         file.append('\n');
     }
     file.append("#Method|Host|Count|Query_Offset|Url\n");
+    bool can_all_be_read_back = true;
     for (int i = 0; i < url_pattern_count; ++i) {
         write_row(file, url_pattern[i]);
+        can_all_be_read_back = can_all_be_read_back && can_be_read_back(url_pattern[i]);
     }
     if (!file.close()) {
         fatal_error("main", "Unable to write file - %s", path.c_str());
     }
     DEBUG_LOG(3, "main", "Dumped complete url list.");
+    return can_all_be_read_back;
 }
 
 void fill_url_pattern_from_cache(const OwnDirectory& config_dir) {

@@ -6,7 +6,9 @@
 // later run can classify them anew without reading the logs.
 
 // Writes the file into the configuration directory. Ends the run when it cannot be written whole.
-void write_complete_url_list(const OwnDirectory& config_dir);
+// Returns whether fill_url_pattern_from_cache would read back what was written: it would not when a
+// log has a method that begins like a counter's line, or a separator in a method or host.
+bool write_complete_url_list(const OwnDirectory& config_dir);
 
 // Reads the counters (request_table.h, request_selection.h) and the table url_pattern back from the
 // file. Ends the run when the file cannot be read or a row is malformed.
