@@ -1,7 +1,7 @@
 #include "checker/answer.h"
 
 #include "base/own_directory.h"
-#include "cache/manifest.h"
+#include "cache/work_mark.h"
 #include "checker/backups.h"
 #include "checker/file_state.h"
 #include "checker/inputs.h"
@@ -135,24 +135,42 @@ void write_answer(const Answer& answer, const OwnDirectory& input_cache) {
                 std::to_string(static_cast<int>(answer.reuse)) + ": " + answer.reason + "\n");
 }
 
-void record(const Answer& answer, const RunPlace& place, const Directories& directories,
-            const Inputs& inputs) {
-    if (answer.reuse != Reuse::everything) {
+// A run whose result is printed again needs its backup no more, and leaves it behind: in the way of
+// a later run with its process id.
+void record(const Answer& answer, const RunProcess& run, const RunPlace& place,
+            const Directories& directories, const Inputs& inputs) {
+    if (answer.reuse == Reuse::everything) {
+        remove_backup(run.pid, directories.backup);
+    } else {
         forget_last_run(place, directories.input_cache);
-    }
-    if (inputs.doubt.empty()) {
-        write_manifest(directories.backup.get(), inputs.manifest);
+        if (inputs.doubt.empty()) {
+            write_manifest(directories.backup.get(), inputs.manifest);
+        }
     }
     write_answer(answer, directories.input_cache);
+}
+
+// A run that asks for itself has not marked its own work yet.
+std::optional<Answer> refuse(const RunPlace& place, const OwnDirectory& config_dir, pid_t pid,
+                             bool asks_itself) {
+    const std::optional<pid_t> other = find_other_run(pid, place.config_directory);
+    if (other) {
+        return Answer{Reuse::refused,
+                      "process " + std::to_string(*other) + " works on the same scenario"};
+    }
+    if (asks_itself && is_work_marked(config_dir)) {
+        return Answer{Reuse::refused, "a run of another user or in another container works on the "
+                                      "same scenario"};
+    }
+    return std::nullopt;
 }
 
 Answer answer_and_record(const RunProcess& run, const RunPlace& place, FileDescriptor backup) {
     const bool asks_itself = is_ancestor(run.pid);
     Directories directories = {OwnDirectory(place.config_path), {}, std::move(backup)};
-    const std::optional<pid_t> other = find_other_run(run.pid, place.config_directory);
-    if (other) {
-        return {Reuse::refused,
-                "process " + std::to_string(*other) + " works on the same scenario"};
+    const std::optional<Answer> refusal = refuse(place, directories.config, run.pid, asks_itself);
+    if (refusal) {
+        return *refusal;
     }
     directories.input_cache = directories.config.beside(input_cache_name);
     if (asks_itself) {
@@ -161,7 +179,7 @@ Answer answer_and_record(const RunProcess& run, const RunPlace& place, FileDescr
     Inputs inputs = read_inputs(run, place, directories.backup);
     Answer answer = decide(place, directories, inputs);
     if (asks_itself) {
-        record(answer, place, directories, inputs);
+        record(answer, run, place, directories, inputs);
     }
     return answer;
 }

@@ -6,9 +6,10 @@
 #include "checker/run_process.h"
 
 #include <charconv>
-#include <ctime>
+#include <dirent.h>
 #include <fcntl.h>
 #include <string>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -74,6 +75,26 @@ bool works_on(pid_t pid, const fs::path& config_directory) {
     return place && place->config_directory == config_directory;
 }
 
+std::vector<std::string> names_in(const FileDescriptor& directory) {
+    std::vector<std::string> names;
+    DIR* entries = fdopendir(openat(directory.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (entries == nullptr) {
+        return names;
+    }
+    while (const dirent* entry = readdir(entries)) {
+        names.emplace_back(entry->d_name);
+    }
+    closedir(entries);
+    return names;
+}
+
+// A run that has made its directory a moment ago and not locked it yet makes another one when it
+// finds this one gone.
+bool is_left(pid_t pid, const FileDescriptor& directory) {
+    return flock(directory.get(), LOCK_EX | LOCK_NB) == 0 &&
+           is_at(AT_FDCWD, path_of(pid).c_str(), directory);
+}
+
 } // namespace
 
 FileDescriptor open_own_backup(pid_t pid) {
@@ -95,16 +116,18 @@ std::optional<pid_t> find_other_run(pid_t pid, const fs::path& config_directory)
     return std::nullopt;
 }
 
-void remove_stale_backups() {
-    constexpr time_t hour = 3600;
-    constexpr time_t day = 24 * hour;
+void remove_backup(pid_t pid, const FileDescriptor& directory) {
+    for (const std::string& name : names_in(directory)) {
+        unlinkat(directory.get(), name.c_str(), 0);
+    }
+    rmdir(path_of(pid).c_str());
+}
+
+void remove_left_backups() {
     for (const pid_t pid : processes_with_backup()) {
-        struct stat status;
         const FileDescriptor directory = open_own_backup(pid);
-        if (directory.is_open() && fstat(directory.get(), &status) == 0 &&
-            std::time(nullptr) - status.st_mtime > day && !is_live_run(pid)) {
-            std::error_code ignored;
-            fs::remove_all(path_of(pid), ignored);
+        if (directory.is_open() && is_left(pid, directory)) {
+            remove_backup(pid, directory);
         }
     }
 }

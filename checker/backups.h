@@ -17,5 +17,9 @@ FileDescriptor open_own_backup(pid_t pid);
 // one goes on.
 std::optional<pid_t> find_other_run(pid_t pid, const std::filesystem::path& config_directory);
 
-// Removes the calling user's backups that belong to no live run and are older than a day.
-void remove_stale_backups();
+// Removes the backup directory of this process id, which is open.
+void remove_backup(pid_t pid, const FileDescriptor& directory);
+
+// Removes the calling user's backups that no run holds any more, also those that runs in other
+// containers have left, where their process ids mean something else.
+void remove_left_backups();

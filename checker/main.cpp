@@ -16,7 +16,7 @@ bool read_process(const char* argument, pid_t& pid) {
 // What goes wrong here must not look like an answer that lets anything be used again.
 Answer answer_safely(const char* profile, pid_t pid) {
     try {
-        remove_stale_backups();
+        remove_left_backups();
         return answer_run(profile, pid);
     } catch (const std::exception& failure) {
         return {Reuse::nothing, failure.what()};

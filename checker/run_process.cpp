@@ -114,7 +114,7 @@ std::optional<RunProcess> find_run(pid_t pid) {
 }
 
 bool is_ancestor(pid_t pid) {
-    for (pid_t process = getppid(); process > 1; process = parent_of(process)) {
+    for (pid_t process = getppid(); process > 0; process = parent_of(process)) {
         if (process == pid) {
             return true;
         }

@@ -1,7 +1,6 @@
 #include "tests/checker/checker_fixture.h"
 #include "tests/support/held_stream.h"
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <functional>
@@ -224,33 +223,5 @@ TEST_F(Checker, ASecondLiveRunIsRefused) {
     waitpid(waiting, nullptr, 0);
     EXPECT_EQ(answer(), 1);
     EXPECT_EQ(answer(), 0);
-    EXPECT_GT(fs::remove_all(backup_path(waiting)), 0U);
-}
-
-TEST_F(Checker, ABackupWhoseNumberBelongsToAnotherProgramDoesNotCount) {
-    run_in_full();
-    fs::copy(installation_.path(cache), backup_path(getpid()));
-    EXPECT_EQ(answer(), 0);
-    fs::remove_all(backup_path(getpid()));
-}
-
-TEST_F(Checker, OldBackupsOfRunsThatAreGoneAreRemoved) {
-    const pid_t no_process = 2'000'000'000; // above every process id
-    const std::string old = backup_path(no_process);
-    const std::string young = backup_path(no_process + 1);
-    const std::string link = backup_path(no_process + 2);
-    const auto a_day_ago = fs::file_time_type::clock::now() - std::chrono::hours(24);
-    fs::copy(installation_.path("logs"), old);
-    fs::copy(installation_.path("logs"), young);
-    fs::create_directory_symlink(installation_.path("logs"), link);
-    for (const std::string& path : {old, installation_.path("logs")}) {
-        fs::last_write_time(path, a_day_ago - std::chrono::minutes(1));
-    }
-    fs::last_write_time(young, a_day_ago + std::chrono::minutes(5));
-    EXPECT_EQ(answer(), 1);
-    EXPECT_FALSE(fs::exists(old));
-    EXPECT_TRUE(fs::exists(young + "/access_0"));
-    EXPECT_TRUE(fs::exists(link));
-    fs::remove_all(young);
-    fs::remove(link);
+    EXPECT_FALSE(fs::exists(backup_path(waiting)));
 }

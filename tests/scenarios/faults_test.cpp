@@ -9,7 +9,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
-#include <sched.h>
 #include <string>
 #include <sys/mount.h>
 #include <tuple>
@@ -24,12 +23,6 @@ namespace {
 
 const std::string log_name = "logs/access_0";
 const std::string cache_directory = config_directory + "/../.tmp";
-
-// Gives the process its own view of the file system.
-void leave_file_system() {
-    require(unshare(geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) == 0);
-    require(mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0);
-}
 
 void hide_shell() {
     leave_file_system();

@@ -1,4 +1,5 @@
 #include "base/own_directory.h"
+#include "cache/work_mark.h"
 #include "tools/config/field_layout.h"
 #include "tools/config/replay_settings.h"
 #include "tools/config/scenario_file.h"
@@ -186,6 +187,7 @@ int main(int argc, char* argv[]) {
         return 0;
     }
 
+    const FileDescriptor work_mark = mark_work(config_dir);
     set_default_field_positions();
     validate_al_format();
     read_scenario_file();
