@@ -123,10 +123,10 @@ struct KnownMinute {
     time_t start;
 };
 
-// Lines of a log are not in order: each has the time at which its request came and is written when
-// the request has been answered. So it is not enough to know one minute; this many fit between the
-// first and the last of neighbouring lines, 17 hours.
-constexpr size_t known_minute_count = 1024;
+// A line of a log has the time at which its request came and is written when the request has been
+// answered, so that minutes take turns. 17 hours in a row have a place each; as the number is
+// prime, so has a minute that is some days older.
+constexpr size_t known_minute_count = 1021;
 
 } // namespace
 
