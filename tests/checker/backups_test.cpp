@@ -50,6 +50,7 @@ TEST_F(Checker, ABackupIsNeverRemovedUnderItsRun) {
 
 TEST_F(Checker, RunsInContainersThatShareTheirFilesAreNotInEachOthersWay) {
     installation_.prepare_process(enter_container);
+    let_files_settle();
     if (installation_.run().status == not_permitted) {
         GTEST_SKIP() << "no process may have its own view of the file system";
     }
