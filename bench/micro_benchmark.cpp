@@ -1,5 +1,5 @@
 #include "tools/config/replay_settings.h"
-#include "tools/driver/result_file.h"
+#include "base/result_file.h"
 #include "tools/load/request_table.h"
 #include "tools/parse/cookie_values.h"
 #include "tools/parse/field_splitter.h"
@@ -9,8 +9,8 @@
 #include "tools/patterns/pattern_index.h"
 #include "tools/patterns/pattern_regex.h"
 #include "tools/patterns/pattern_tables.h"
-#include "tools/patterns/request_collapse.h"
-#include "tools/patterns/session_order.h"
+#include "tools/urls/request_collapse.h"
+#include "tools/urls/session_order.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>

@@ -2,7 +2,7 @@
 
 #include "base/new_file.h"
 #include "base/own_directory.h"
-#include "cache/file_state.h"
+#include "base/file_state.h"
 
 #include <cerrno>
 #include <charconv>

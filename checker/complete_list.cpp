@@ -1,7 +1,7 @@
 #include "checker/complete_list.h"
 
 #include "checker/file_state.h"
-#include "tools/parse/line_reader.h"
+#include "base/line_reader.h"
 
 #include <charconv>
 #include <string_view>

@@ -1,7 +1,7 @@
 #include "checker/file_state.h"
 
-#include "cache/file_state.h"
-#include "tools/parse/line_reader.h"
+#include "base/file_state.h"
+#include "base/line_reader.h"
 
 #include <cerrno>
 #include <ctime>

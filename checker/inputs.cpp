@@ -4,11 +4,8 @@
 #include "checker/file_state.h"
 #include "checker/named_files.h"
 #include "checker/setting_lines.h"
-#include "tools/driver/paths.h"
 #include "tools/load/thread_count.h"
-#include "tools/parse/timestamps.h"
-
-#include <cstdio>
+#include "tools/parse/replay_zone.h"
 
 namespace fs = std::filesystem;
 
@@ -108,8 +105,8 @@ class Collector {
     }
 
     void collect_time_zones() {
-        std::snprintf(g_wdir, sizeof g_wdir, "%s", place_.work_dir.c_str());
-        add_loading(joined("replay zone", std::to_string(get_timezone_from_default_setting())));
+        add_loading(joined("replay zone",
+                           std::to_string(get_timezone_from_default_setting(place_.work_dir))));
         const std::string* zone = run_.variable("TZ");
         add_loading(zone == nullptr ? "no TZ" : joined("TZ", *zone));
         const fs::path file = zone_file(zone);

@@ -1,7 +1,7 @@
 #include "checker/named_files.h"
 
 #include "checker/file_state.h"
-#include "tools/parse/tokenizers.h"
+#include "base/tokenizers.h"
 
 #include <algorithm>
 #include <cstring>

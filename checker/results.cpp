@@ -1,6 +1,6 @@
 #include "checker/results.h"
 
-#include "cache/file_state.h"
+#include "base/file_state.h"
 #include "checker/complete_list.h"
 #include "tools/load/line_count.h"
 

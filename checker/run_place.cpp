@@ -2,7 +2,7 @@
 
 #include "tools/driver/command_line.h"
 #include "tools/driver/paths.h"
-#include "tools/parse/tokenizers.h"
+#include "base/tokenizers.h"
 
 #include <algorithm>
 #include <cstdlib>

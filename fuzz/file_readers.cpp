@@ -4,8 +4,10 @@
 #include "base/workspace_directory.h"
 #include "tests/properties/properties.h"
 #include "tools/config/field_layout.h"
+#include "tools/config/replay_profile.h"
 #include "tools/config/replay_settings.h"
 #include "tools/config/scenario_file.h"
+#include "tools/config/settings_file.h"
 #include "tools/driver/paths.h"
 #include "tools/load/input_files.h"
 #include "tools/patterns/pattern_files.h"
@@ -82,7 +84,7 @@ void check_scenario(Choices& choices) {
     std::strcpy(scenario, "name");
     g_num_instance = 0;
     run_to_some_end([] {
-        read_scenario_file();
+        read_scenario_file(directory.path("p/s/scenarios/name.conf"));
         process_input_file_list2();
         EXPECT_LE(g_num_instance, num_al_files);
     });

@@ -2,8 +2,8 @@
 
 #include "tests/properties/properties.h"
 #include "tools/load/request_table.h"
-#include "tools/patterns/request_selection.h"
-#include "tools/patterns/unique_urls.h"
+#include "tools/urls/request_selection.h"
+#include "tools/urls/unique_urls.h"
 
 #include <cstring>
 #include <vector>

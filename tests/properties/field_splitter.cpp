@@ -1,4 +1,5 @@
 #include "tools/parse/field_splitter.h"
+#include "tools/config/field_layout.h"
 
 #include "tests/properties/properties.h"
 

@@ -1,4 +1,4 @@
-#include "tools/parse/line_reader.h"
+#include "base/line_reader.h"
 
 #include "tests/properties/properties.h"
 

@@ -4,7 +4,7 @@
 #include "tools/config/field_layout.h"
 #include "tools/config/replay_period.h"
 #include "tools/config/replay_settings.h"
-#include "tools/driver/logs.h"
+#include "base/logs.h"
 #include "tools/load/input_files.h"
 #include "tools/parse/cookie_values.h"
 #include "tools/parse/request_fields.h"

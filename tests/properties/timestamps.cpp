@@ -1,8 +1,9 @@
 #include "tools/parse/timestamps.h"
+#include "tools/parse/replay_zone.h"
 
+#include "base/tokenizers.h"
 #include "tests/properties/properties.h"
 #include "tests/support/fresh_mktime.h"
-#include "tools/parse/tokenizers.h"
 
 #include <algorithm>
 #include <set>

@@ -1,7 +1,7 @@
 #include "tools/config/field_layout.h"
 
 #include "tools/config/replay_settings.h"
-#include "tools/driver/logs.h"
+#include "base/logs.h"
 
 #include <algorithm>
 #include <cstdlib>

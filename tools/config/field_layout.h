@@ -1,7 +1,5 @@
 #pragma once
 
-#include "tools/parse/field_splitter.h"
-
 // Which field of an access-log line holds what: from AL_FIELD lines of the replay settings, or the
 // default layout of the log type.
 
@@ -29,6 +27,8 @@ enum FieldKind {
     AL_URL_QUERY,
     al_field_kind_count
 };
+
+constexpr int max_al_fields = 25; // fields of an access-log line that are looked at
 
 struct AlFields {
     char name[25]; // keyword in an AL_FIELD line

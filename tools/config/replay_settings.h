@@ -35,8 +35,3 @@ extern int inline_mode;        // INLINE_MODE_..., 1; INLINE_OBJECT_MODE
 extern int dump_query_flag;    // 1: write query_url.list when URLs are cut; option dump_query_url,
                                // DUMP_QUERY_STRING_URL
 extern char default_host[256]; // "127.0.0.1"; DEFAULT_HOST; nothing depends on it
-
-// Reads the settings file and sets the values above and the field positions of field_layout.h. Ends
-// the run with an error line when the file cannot be opened, a value is malformed or too long, or
-// sessions go by cookie and no cookie is named.
-void read_replay_prof_setting(const char* replay_setting_file);

@@ -1,14 +1,13 @@
 #include "tools/config/scenario_file.h"
 
+#include "base/allocation.h"
+#include "base/line_reader.h"
 #include "base/local_time.h"
+#include "base/logs.h"
+#include "base/tokenizers.h"
 #include "tools/config/keyword_text.h"
+#include "tools/config/log_files.h"
 #include "tools/config/replay_period.h"
-#include "tools/driver/allocation.h"
-#include "tools/driver/logs.h"
-#include "tools/driver/paths.h"
-#include "tools/load/input_files.h"
-#include "tools/parse/line_reader.h"
-#include "tools/parse/tokenizers.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -124,22 +123,21 @@ void apply_line(LineText line, const LinePlace& place) {
 
 } // namespace
 
-void read_scenario_file() {
+void read_scenario_file(const std::string& scenario_file) {
     constexpr size_t line_size = 2048;
-    const std::string path = scenario_file_path();
-    FILE* file = std::fopen(path.c_str(), "r");
+    FILE* file = std::fopen(scenario_file.c_str(), "r");
     if (file == nullptr) {
-        fatal_error(fname, "Failed to open scenario file '%s'", path.c_str());
+        fatal_error(fname, "Failed to open scenario file '%s'", scenario_file.c_str());
     }
     LineReader lines(fileno(file), line_size);
     LineText line;
-    LinePlace place = {path.c_str(), 0};
+    LinePlace place = {scenario_file.c_str(), 0};
     while (lines.next(line)) {
         ++place.line_num;
         if (line.text[0] != '#') {
             apply_line(line, place);
         }
     }
-    lines.require_whole(fname, path.c_str());
+    lines.require_whole(fname, scenario_file.c_str());
     std::fclose(file);
 }

@@ -1,7 +1,9 @@
 #pragma once
 
-// Reads the scenario file: its REPLAY_LOG_FILE lines into the input file list
-// (tools/load/input_files.h) and its REPLAY_PERIOD lines into the replay period (replay_period.h).
+#include <string>
+
+// Reads a scenario file: its REPLAY_LOG_FILE lines into the input file list
+// (log_files.h) and its REPLAY_PERIOD lines into the replay period (replay_period.h).
 // Ends the run with an error line when the file cannot be opened, a line of these keywords is
 // malformed, or more than 1000 log files are named.
-void read_scenario_file();
+void read_scenario_file(const std::string& scenario_file);

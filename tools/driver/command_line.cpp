@@ -1,9 +1,9 @@
 #include "tools/driver/command_line.h"
 
 #include "tools/config/replay_settings.h"
-#include "tools/driver/logs.h"
+#include "base/logs.h"
 #include "tools/driver/paths.h"
-#include "tools/driver/progress.h"
+#include "base/progress.h"
 #include "tools/parse/secondary_cookie_trace.h"
 
 #include <cstdio>

@@ -1,10 +1,10 @@
 #include "tools/driver/input_backup.h"
 
+#include "base/left_results.h"
+#include "base/logs.h"
 #include "base/new_file.h"
 #include "cache/backup_names.h"
 #include "cache/manifest.h"
-#include "tools/driver/left_results.h"
-#include "tools/driver/logs.h"
 #include "tools/driver/paths.h"
 
 #include <cerrno>
@@ -127,7 +127,9 @@ bool InputBackup::seal_manifest_in(const OwnDirectory& cache) const {
     if (!manifest) {
         return true;
     }
-    manifest->results += left_result_lines();
+    for (const auto& [name, state] : left_results()) {
+        manifest->results += result_line(name, state);
+    }
     return write_sealed_manifest(cache.descriptor(), *manifest);
 }
 

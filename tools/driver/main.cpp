@@ -1,28 +1,31 @@
+#include "base/file_exists.h"
+#include "base/logs.h"
 #include "base/own_directory.h"
+#include "base/progress.h"
 #include "cache/work_mark.h"
 #include "tools/config/field_layout.h"
+#include "tools/config/replay_profile.h"
 #include "tools/config/replay_settings.h"
 #include "tools/config/scenario_file.h"
+#include "tools/config/settings_file.h"
 #include "tools/driver/command_line.h"
 #include "tools/driver/input_backup.h"
-#include "tools/driver/logs.h"
 #include "tools/driver/paths.h"
-#include "tools/driver/progress.h"
 #include "tools/driver/result_cache.h"
 #include "tools/load/input_files.h"
 #include "tools/load/request_table.h"
 #include "tools/load/worker_threads.h"
+#include "tools/parse/replay_zone.h"
 #include "tools/parse/secondary_cookie_trace.h"
-#include "tools/parse/timestamps.h"
 #include "tools/patterns/classification.h"
 #include "tools/patterns/pattern_files.h"
 #include "tools/patterns/pattern_tables.h"
-#include "tools/patterns/query_list.h"
-#include "tools/patterns/session_order.h"
-#include "tools/patterns/unique_urls.h"
 #include "tools/results/complete_url_list.h"
 #include "tools/results/hosts_list.h"
 #include "tools/results/url_list.h"
+#include "tools/urls/query_list.h"
+#include "tools/urls/session_order.h"
+#include "tools/urls/unique_urls.h"
 
 #include <csignal>
 #include <ctime>
@@ -62,7 +65,7 @@ void take_over_signals() {
 }
 
 void set_replay_timezone() {
-    replay_timezone = get_timezone_from_default_setting();
+    replay_timezone = get_timezone_from_default_setting(g_wdir);
     if (replay_timezone == -1) {
         tzset();
         replay_timezone = timezone;
@@ -190,7 +193,7 @@ int main(int argc, char* argv[]) {
     const FileDescriptor work_mark = mark_work(config_dir);
     set_default_field_positions();
     validate_al_format();
-    read_scenario_file();
+    read_scenario_file(scenario_file_path());
     sort_pattern_tables();
 
     bool is_reusable = true;

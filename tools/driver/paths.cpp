@@ -1,9 +1,11 @@
 #include "tools/driver/paths.h"
 
+#include "base/allocation.h"
+#include "base/file_exists.h"
+#include "base/logs.h"
+#include "base/tokenizers.h"
 #include "base/workspace_directory.h"
-#include "tools/driver/allocation.h"
-#include "tools/driver/logs.h"
-#include "tools/parse/tokenizers.h"
+#include "tools/config/replay_profile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -18,8 +20,6 @@ char g_wdir[1024];
 char project[512];
 char sub_proj[512];
 char scenario[512];
-char* replay_profile = nullptr;
-char* replay_profile_dir = nullptr;
 
 namespace {
 
@@ -183,11 +183,6 @@ void refuse_long_path(const std::string& path) {
         fatal_error(fname, "Path or command is longer than %zu characters: '%s'", max_path_length,
                     path.c_str());
     }
-}
-
-bool file_exists(const char* path) {
-    struct stat status;
-    return stat(path, &status) == 0;
 }
 
 int mkdir_ex1(const char* path) {

@@ -8,12 +8,10 @@
 
 // Names of the run, set while the command line is read and completed by find_scenario_and_profile
 // on the main thread, only read afterwards.
-extern char g_wdir[1024];    // the installation's directory, from environment variable ZV_WDIR
-extern char project[512];    // the scenario's project, from option `scenario` or "default"
-extern char sub_proj[512];   // the scenario's sub-project, likewise
-extern char scenario[512];   // the scenario's name without ".conf"
-extern char* replay_profile; // relative name of the replay profile; null until known; never freed
-extern char* replay_profile_dir; // directory of the replay profile; null until known; never freed
+extern char g_wdir[1024];  // the installation's directory, from environment variable ZV_WDIR
+extern char project[512];  // the scenario's project, from option `scenario` or "default"
+extern char sub_proj[512]; // the scenario's sub-project, likewise
+extern char scenario[512]; // the scenario's name without ".conf"
 
 // Takes ZV_WDIR from the environment into g_wdir. Ends the run when it is unset, no absolute
 // path or too long.
@@ -44,8 +42,6 @@ std::string config_directory(); // of the results; ends with "/"
 // Refuses a path or command that is longer than 2,047 characters with an error line, and ends the
 // run.
 void refuse_long_path(const std::string& path);
-
-bool file_exists(const char* path);
 
 // Creates every directory of `path` up to its last "/", with permission 0777 less the process's
 // mask. The path is built from the root. The last two of the directories have to be of this user or

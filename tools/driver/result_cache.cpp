@@ -1,6 +1,7 @@
 #include "tools/driver/result_cache.h"
 
-#include "tools/driver/logs.h"
+#include "base/logs.h"
+#include "tools/config/replay_profile.h"
 #include "tools/driver/paths.h"
 
 #include <cerrno>

@@ -1,13 +1,11 @@
 #include "tools/load/input_files.h"
 
-#include "tools/driver/logs.h"
+#include "base/logs.h"
 
 #include <algorithm>
 #include <cstring>
 #include <string_view>
 
-InputFileInfo seq_file_path[max_al_files];
-int num_al_files = 0;
 int g_num_instance = 0;
 
 namespace {

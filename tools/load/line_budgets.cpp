@@ -1,8 +1,8 @@
 #include "tools/load/line_budgets.h"
 
 #include "tools/config/replay_settings.h"
-#include "tools/driver/logs.h"
-#include "tools/driver/progress.h"
+#include "base/logs.h"
+#include "base/progress.h"
 #include "tools/load/input_files.h"
 #include "tools/load/line_count.h"
 #include "tools/load/thread_count.h"

@@ -1,8 +1,8 @@
 #include "tools/load/line_count.h"
 
 #include "base/file_descriptor.h"
-#include "tools/driver/logs.h"
-#include "tools/driver/paths.h"
+#include "base/file_exists.h"
+#include "base/logs.h"
 
 #include <cerrno>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "tools/load/thread_count.h"
 
-#include "tools/driver/logs.h"
-#include "tools/parse/line_reader.h"
+#include "base/logs.h"
+#include "base/line_reader.h"
 
 #include <cstdio>
 #include <cstring>

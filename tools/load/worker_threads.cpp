@@ -1,9 +1,9 @@
 #include "tools/load/worker_threads.h"
 
 #include "tools/config/replay_settings.h"
-#include "tools/driver/allocation.h"
-#include "tools/driver/logs.h"
-#include "tools/driver/progress.h"
+#include "base/allocation.h"
+#include "base/logs.h"
+#include "base/progress.h"
 #include "tools/load/input_files.h"
 #include "tools/load/line_budgets.h"
 #include "tools/load/request_table.h"

@@ -1,6 +1,6 @@
 #include "tools/parse/cookie_values.h"
 
-#include "tools/driver/logs.h"
+#include "base/logs.h"
 
 #include <cstring>
 

@@ -1,7 +1,7 @@
 #include "tools/parse/field_splitter.h"
 
-#include "tools/driver/logs.h"
-#include "tools/parse/byte_search.h"
+#include "base/logs.h"
+#include "base/byte_search.h"
 
 namespace {
 

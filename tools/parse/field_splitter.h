@@ -1,14 +1,6 @@
 #pragma once
 
-#include <cstddef>
-
-constexpr int max_al_fields = 25; // fields of an access-log line that are looked at
-
-// A line or a part of one: `size` characters at `text`, none of them NUL, followed by a terminator.
-struct LineText {
-    char* text;
-    size_t size;
-};
+#include "base/line_text.h"
 
 // Splits an access-log line in place into words, "quoted" fields and [bracketed] fields; a
 // backslash keeps the quote or bracket after it from closing its field. A field's text is without

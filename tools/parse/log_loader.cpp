@@ -1,11 +1,11 @@
 #include "tools/parse/log_loader.h"
 
+#include "base/line_reader.h"
+#include "base/logs.h"
+#include "tools/config/log_files.h"
 #include "tools/config/replay_settings.h"
-#include "tools/driver/logs.h"
-#include "tools/load/input_files.h"
 #include "tools/parse/cookie_values.h"
 #include "tools/parse/line_parsers.h"
-#include "tools/parse/line_reader.h"
 #include "tools/parse/secondary_cookie_trace.h"
 
 #include <cstring>

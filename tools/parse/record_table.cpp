@@ -1,6 +1,6 @@
 #include "tools/parse/record_table.h"
 
-#include "tools/driver/allocation.h"
+#include "base/allocation.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "tools/parse/relative_location.h"
 
-#include "tools/driver/logs.h"
+#include "base/logs.h"
 
 #include <strings.h>
 

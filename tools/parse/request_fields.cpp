@@ -3,7 +3,7 @@
 #include "tools/config/field_layout.h"
 #include "tools/config/replay_period.h"
 #include "tools/config/replay_settings.h"
-#include "tools/driver/logs.h"
+#include "base/logs.h"
 #include "tools/parse/client_address.h"
 #include "tools/parse/relative_location.h"
 

@@ -1,8 +1,8 @@
 #include "tools/parse/request_numbers.h"
 
 #include "tools/config/replay_settings.h"
-#include "tools/driver/logs.h"
-#include "tools/parse/text_hash.h"
+#include "base/logs.h"
+#include "base/text_hash.h"
 
 #include <algorithm>
 #include <cstring>

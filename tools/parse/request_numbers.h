@@ -1,8 +1,8 @@
 #pragma once
 
-#include "tools/driver/allocation.h"
+#include "base/allocation.h"
 #include "tools/parse/request_record.h"
-#include "tools/parse/text_numbers.h"
+#include "base/text_numbers.h"
 
 #include <array>
 #include <cstddef>

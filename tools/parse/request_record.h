@@ -1,14 +1,11 @@
 #pragma once
 
+#include "base/request_values.h"
+
 #include <cstddef>
 #include <cstdint>
 
-// Stands for a value that is not available: any method, any host, no transaction, no file. Shared
-// by pointer, never written to.
-extern const char na_string[];
-
 constexpr int max_cookie_length = 64; // characters kept of a session id, with the terminator
-constexpr int max_method_length = 16; // characters kept of a method
 
 // One accepted request. The texts are terminated and live to the end of the run.
 struct accessLogInfo {

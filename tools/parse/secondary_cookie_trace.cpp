@@ -1,7 +1,7 @@
 #include "tools/parse/secondary_cookie_trace.h"
 
-#include "tools/driver/left_results.h"
-#include "tools/driver/logs.h"
+#include "base/left_results.h"
+#include "base/logs.h"
 
 char akaau_trace = 0;
 FILE* akaau_trace_fp = nullptr;

@@ -1,45 +1,19 @@
 #include "tools/parse/timestamps.h"
 
 #include "base/local_time.h"
-#include "tools/driver/logs.h"
-#include "tools/driver/paths.h"
-#include "tools/parse/line_reader.h"
-#include "tools/parse/tokenizers.h"
+#include "base/logs.h"
+#include "base/tokenizers.h"
+#include "tools/parse/replay_zone.h"
+#include "tools/parse/zone_text.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
-#include <string>
-#include <string_view>
-#include <strings.h>
-
-int64_t replay_timezone = -1;
 
 namespace {
 
 constexpr const char* month_names[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                        "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-
-// A zone as the logs write it: a sign, hours and minutes, each text empty when it is missing.
-struct ZoneText {
-    char sign[2] = "";
-    char hours[3] = "";
-    char minutes[3] = "";
-};
-
-ZoneText read_zone(const char* text) {
-    ZoneText zone;
-    std::sscanf(text, "%1s%2s%2s", zone.sign, zone.hours, zone.minutes);
-    return zone;
-}
-
-// Seconds east of UTC.
-int64_t zone_offset(const ZoneText& zone) {
-    const int64_t offset =
-        int64_t{3600} * std::atoi(zone.hours) + int64_t{60} * std::atoi(zone.minutes);
-    return zone.sign[0] == '-' ? -offset : offset;
-}
 
 int read_number(const char* text) {
     return static_cast<int>(std::strtol(text, nullptr, 10));
@@ -219,37 +193,6 @@ time_t convert_any_shape_iis(char* date, char* time) {
 }
 
 } // namespace
-
-int64_t get_timezone_from_default_setting() {
-    constexpr const char* fname = "get_timezone_from_default_setting";
-    constexpr std::string_view keyword = "GMT_OFFSET";
-    constexpr size_t line_size = 4096;
-    DEBUG_LOG(4, fname, "Method called");
-    const std::string path = std::string(g_wdir) + "/sys/replay_settings.default";
-    if (!file_exists(path.c_str())) {
-        DEBUG_LOG(3, fname, "replay_setting.default file not found, setting local timeoffset");
-        std::fprintf(stderr, "%s file not found, setting local timeoffset\n", path.c_str());
-        return -1;
-    }
-    FILE* file = std::fopen(path.c_str(), "r");
-    if (file == nullptr) {
-        DEBUG_LOG(3, fname, "Failed to open replay_setting.default, setting local timeoffset");
-        std::fprintf(stderr, "Failed to open %s file, setting local timeoffset\n", path.c_str());
-        return -1;
-    }
-    LineReader lines(fileno(file), line_size);
-    LineText line;
-    int64_t offset = -1;
-    while (lines.next(line)) {
-        if (strncasecmp(line.text, keyword.data(), keyword.size()) == 0) {
-            offset = -zone_offset(read_zone(line.text + keyword.size()));
-            DEBUG_LOG(4, fname, "GMT_OFFSET value : %ld", offset);
-            break;
-        }
-    }
-    std::fclose(file);
-    return offset;
-}
 
 int get_month(const char* month_name) {
     for (int month = 0; month < 12; ++month) {

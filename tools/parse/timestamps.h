@@ -2,22 +2,12 @@
 
 #include "tools/parse/field_splitter.h"
 
-#include <cstdint>
 #include <ctime>
 
 // Log times on the scale of the replay period. The period's bounds are wall-clock times of the
 // replay zone converted by the C library as local times of this process; a log time is brought to
 // the same scale: its wall-clock fields converted as local time, less the replay zone's offset,
 // less the log zone's own.
-
-// Offset of the replay zone in seconds west of UTC. Set once by the driver before any log is read,
-// from get_timezone_from_default_setting or, when that gives -1, from the process's local zone.
-extern int64_t replay_timezone;
-
-// Reads GMT_OFFSET from sys/replay_settings.default of the installation named by ZV_WDIR. Returns
-// the offset in seconds west of UTC (a line without a value means 0); -1 when the file or the line
-// is missing (a missing file is reported on standard error).
-int64_t get_timezone_from_default_setting();
 
 // 1 to 12 for "Jan" to "Dec"; 1 for anything else.
 int get_month(const char* month_name);

@@ -1,10 +1,10 @@
 #include "tools/parse/unaccounted_requests.h"
 
-#include "tools/driver/allocation.h"
-#include "tools/driver/logs.h"
-#include "tools/load/input_files.h"
+#include "base/allocation.h"
+#include "base/logs.h"
+#include "base/text_hash.h"
+#include "tools/config/log_files.h"
 #include "tools/parse/secondary_cookie_trace.h"
-#include "tools/parse/text_hash.h"
 
 #include <algorithm>
 #include <cstdlib>

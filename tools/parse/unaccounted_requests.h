@@ -2,7 +2,7 @@
 
 #include "tools/parse/parsing_thread.h"
 #include "tools/parse/request_record.h"
-#include "tools/parse/text_numbers.h"
+#include "base/text_numbers.h"
 
 #include <cstdint>
 #include <functional>

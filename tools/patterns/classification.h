@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tools/patterns/pattern_tables.h"
-#include "tools/patterns/unique_urls.h"
+#include "tools/urls/unique_urls.h"
 
 #include <cstdint>
 

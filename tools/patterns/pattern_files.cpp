@@ -1,10 +1,11 @@
 #include "tools/patterns/pattern_files.h"
 
-#include "tools/driver/allocation.h"
-#include "tools/driver/logs.h"
-#include "tools/driver/paths.h"
-#include "tools/parse/line_reader.h"
-#include "tools/parse/tokenizers.h"
+#include "base/allocation.h"
+#include "base/file_exists.h"
+#include "base/line_reader.h"
+#include "base/logs.h"
+#include "base/tokenizers.h"
+#include "tools/config/replay_profile.h"
 #include "tools/patterns/pattern_regex.h"
 #include "tools/patterns/pattern_tables.h"
 

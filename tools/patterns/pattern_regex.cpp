@@ -1,6 +1,6 @@
 #include "tools/patterns/pattern_regex.h"
 
-#include "tools/driver/logs.h"
+#include "base/logs.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/parse/request_record.h"
+#include "base/request_values.h"
 
 #include <cstdint>
 #include <regex.h>

@@ -1,15 +1,15 @@
 #include "tools/results/complete_url_list.h"
 
-#include "tools/driver/allocation.h"
-#include "tools/driver/logs.h"
-#include "tools/driver/result_file.h"
+#include "base/allocation.h"
+#include "base/logs.h"
+#include "base/result_file.h"
 #include "tools/load/line_count.h"
 #include "tools/load/request_table.h"
-#include "tools/parse/line_reader.h"
-#include "tools/parse/text_arena.h"
-#include "tools/parse/tokenizers.h"
-#include "tools/patterns/request_selection.h"
-#include "tools/patterns/unique_urls.h"
+#include "base/line_reader.h"
+#include "base/text_arena.h"
+#include "base/tokenizers.h"
+#include "tools/urls/request_selection.h"
+#include "tools/urls/unique_urls.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,11 +1,11 @@
 #include "tools/results/hosts_list.h"
 
-#include "tools/driver/allocation.h"
-#include "tools/driver/logs.h"
-#include "tools/driver/result_file.h"
-#include "tools/parse/text_hash.h"
-#include "tools/parse/text_numbers.h"
-#include "tools/patterns/unique_urls.h"
+#include "base/allocation.h"
+#include "base/logs.h"
+#include "base/result_file.h"
+#include "base/text_hash.h"
+#include "base/text_numbers.h"
+#include "tools/urls/unique_urls.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,15 +1,15 @@
 #include "tools/results/url_list.h"
 
 #include "tools/config/replay_settings.h"
-#include "tools/driver/logs.h"
-#include "tools/driver/progress.h"
-#include "tools/driver/result_file.h"
+#include "base/logs.h"
+#include "base/progress.h"
+#include "base/result_file.h"
 #include "tools/load/request_table.h"
 #include "tools/parse/secondary_cookie_trace.h"
 #include "tools/patterns/classification.h"
 #include "tools/patterns/pattern_tables.h"
-#include "tools/patterns/request_selection.h"
-#include "tools/patterns/unique_urls.h"
+#include "tools/urls/request_selection.h"
+#include "tools/urls/unique_urls.h"
 
 #include <cstdio>
 #include <cstring>

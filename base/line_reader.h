@@ -1,0 +1,47 @@
+#pragma once
+
+#include "base/line_text.h"
+
+#include <cstddef>
+
+// Reads the lines of a file from its descriptor in large blocks and cuts them in place. Lines are
+// those that a line-by-line reader with a buffer of `line_size` bytes gives: a line of more than
+// line_size - 1 characters comes in pieces of that length, each a line of its own, and the text of
+// a line ends at its first NUL byte. One trailing line feed is removed.
+class LineReader {
+  public:
+    static constexpr size_t unlimited = static_cast<size_t>(-1);
+
+    // Reads from `descriptor`, which stays the caller's. With `unlimited`, every line comes whole.
+    LineReader(int descriptor, size_t line_size);
+    ~LineReader();
+    LineReader(const LineReader&) = delete;
+    LineReader& operator=(const LineReader&) = delete;
+
+    // Gives the next line, which stays valid until the next call and may be written to; returns
+    // false at the end of the file or when reading fails.
+    bool next(LineText& line);
+
+    // Ends the run with an error line when reading has stopped before the end of the file.
+    void require_whole(const char* fname, const char* file_name) const;
+
+  private:
+    char* find_line_end();
+    bool read_more();
+    void make_room();
+    size_t text_size(char* line_end);
+
+    int descriptor_;
+    size_t max_piece_;
+    size_t capacity_ = 0;
+    char* buffer_ = nullptr;
+    char* next_ = nullptr;     // first character not yet given out
+    char* searched_ = nullptr; // no line feed before this one
+    char* end_ = nullptr;      // end of what was read
+    char* next_nul_ = nullptr; // the first NUL byte at or after next_, or end_; not known when
+                               // before next_ or null
+    char* cut_ = nullptr;      // where a terminator stands in place of a character of the next line
+    char cut_character_ = '\0';
+    bool at_end_ = false;
+    int error_ = 0; // errno of a failed read
+};

@@ -1,0 +1,3 @@
+#include "base/request_values.h"
+
+const char na_string[] = "NA";

@@ -1,0 +1,193 @@
+#include "tools/urls/unique_urls.h"
+
+#include "tests/urls/numbered_requests.h"
+#include "tests/urls/plain_redirects.h"
+#include "tools/config/replay_settings.h"
+#include "tools/load/request_table.h"
+#include "tools/urls/request_selection.h"
+#include "tools/urls/session_order.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <deque>
+#include <map>
+#include <tuple>
+
+namespace {
+
+// What comes out: the table, a line an entry, the query lines and the counters, one text each.
+using Outcome = std::array<std::string, 3>;
+
+std::string row(const char* method, const char* host, uint64_t count, const std::string& url,
+                int64_t offset) {
+    return std::string(method) + "|" + host + "|" + std::to_string(count) + "|" + url + "|" +
+           std::to_string(offset) + "\n";
+}
+
+std::string counters(uint64_t redirected, uint64_t non_session, uint64_t with_secondary_cookie) {
+    return std::to_string(redirected) + " " + std::to_string(non_session) + " " +
+           std::to_string(with_secondary_cookie);
+}
+
+// Cookie or address; empty: none.
+std::string session_of(const alInfo& request) {
+    return request.client_ip != 0 ? std::to_string(request.client_ip) : request.jsession_id;
+}
+
+Outcome plain_unique_urls(std::vector<alInfo> requests) {
+    std::stable_sort(requests.begin(), requests.end(), [](const alInfo& a, const alInfo& b) {
+        return std::tuple(session_of(a), a.time_stamp) < std::tuple(session_of(b), b.time_stamp);
+    });
+    uint64_t redirected = 0;
+    uint64_t non_session = 0;
+    uint64_t with_secondary_cookie = 0;
+    std::string session;
+    PlainRedirects locations;
+    std::map<std::array<std::string, 3>, std::vector<const alInfo*>> urls; // by URL, method, host
+    for (const alInfo& request : requests) {
+        bool counts = true;
+        if (session_of(request).empty()) {
+            ++non_session;
+            with_secondary_cookie +=
+                session_mode == SESSION_MODE_COOKIE && request.akaau_id[0] != '\0';
+            counts = ignore_non_session_urls == 0;
+        } else if (auto_redirect_flag != 0) {
+            if (session_of(request) != session) {
+                locations.clear();
+                session = session_of(request);
+            }
+            counts = !locations.take(request.host_ip, request.url);
+            redirected += !counts;
+            const int code = request.response_code;
+            if ((code == 301 || code == 302 || code == 307) && request.redirect_url != nullptr) {
+                locations.remember(request.redirect_url);
+            }
+        }
+        if (counts) {
+            const std::string method = request.method;
+            urls[{std::string(request.url).substr(0, static_cast<size_t>(request.url_len)),
+                  method == "az" ? "AZ" : method, request.host_ip}]
+                .push_back(&request);
+        }
+    }
+    std::string table;
+    std::string queries;
+    for (const auto& [url, its_requests] : urls) {
+        const alInfo& first = *its_requests[0];
+        const bool is_cut = first.ignore_query_flag != 0;
+        const bool is_dumped = is_cut && dump_query_flag != 0;
+        table += row(first.method, first.host_ip, its_requests.size(), url[0] + (is_cut ? "*" : ""),
+                     is_dumped ? static_cast<int64_t>(queries.size()) : -1);
+        for (const alInfo* request : its_requests) {
+            queries += is_dumped ? std::string(request->url) + "\n" : "";
+        }
+    }
+    return {table, queries, counters(redirected, non_session, with_secondary_cookie)};
+}
+
+Outcome make_unique_urls(std::vector<alInfo>& records, Choices& choices) {
+    const TemporaryDirectory directory;
+    directory.write("query_url.list", "of an earlier run");
+    QueryList query_list{OwnDirectory(directory.path())};
+    const RequestNumbers numbers = number_requests(records, choices);
+    al_info_array = records.data();
+    make_url_pattern_list(order_by_session(al_info_array, numbers), numbers.url_count(),
+                          query_list);
+    EXPECT_EQ(std::filesystem::exists(directory.path("query_url.list")),
+              dump_query_flag != 0 && ignore_query_flag != 0);
+
+    std::string table;
+    for (int i = 0; i < url_pattern_count; ++i) {
+        const UrlInfo& entry = url_pattern[i];
+        table += row(entry.method, entry.host_hdr, entry.count, entry.url, entry.query_url_offset);
+    }
+    return {table, directory.read("query_url.list"),
+            counters(g_redirected_req, g_total_non_session_req,
+                     g_total_non_session_with_secondary_cookie)};
+}
+
+// Texts and numbers that sort otherwise when they are taken for signed or are cut off.
+void give_session(alInfo& request, Choices& choices) {
+    static const std::string x62(62, 'x');
+    static const std::string ids[] = {
+        "",          "a",         "A",       "ab",   "a\xe9",        "b",       "12345678",
+        "123456789", "123456780", "1234567", "\xe9", "12345678\xe9", x62 + "x", x62 + "y"};
+    const uint32_t addresses[] = {0, 1, 2, 0x7fffffff, 0x80000000, 0xffffffff};
+    if (session_mode == SESSION_MODE_COOKIE) {
+        std::strcpy(request.jsession_id, choices.of(ids).c_str());
+    } else {
+        request.client_ip = choices.of(addresses);
+    }
+}
+
+// Their texts are in `texts`. Many URLs share long beginnings.
+std::vector<alInfo> random_requests(Choices& choices, size_t count, std::string_view letters,
+                                    size_t max_url, std::deque<std::string>& texts) {
+    const int codes[] = {200, 301, 302, 303, 307, 308};
+    const uint64_t times[] = {0, 1, 2, 3, 971211336, uint64_t{1} << 63, UINT64_MAX};
+    const std::string prefixes[] = {"", "http://", "HTTPS://", "http:/"};
+    const std::string directories[] = {"/", "/", "/shared/beginning/of/very/many/urls/",
+                                       "/shared/catalog/and/more/"};
+    std::vector<alInfo> requests(count);
+    for (alInfo& request : requests) {
+        const char* host = choices.of(std::array{"h", "H", "NA", "h2"});
+        give_session(request, choices);
+        std::strcpy(request.akaau_id, choices.one_in(2) ? "=k" : "");
+        std::strcpy(request.method, choices.of(std::array{"AZ", "az", "POST", "PROPERTYOFSIXTEE"}));
+        request.time_stamp = choices.of(times);
+        request.host_ip = host;
+        request.response_code = choices.of(codes);
+        const std::string url = choices.of(directories) + choices.text(letters, max_url);
+        request.url = texts.emplace_back(url + std::string(2, '\0')).data();
+        const size_t query = url.find_first_of("?#;");
+        request.ignore_query_flag = ignore_query_flag != 0 && query != std::string::npos;
+        request.url_len = static_cast<int>(request.ignore_query_flag ? query + 1 : url.size());
+        if (choices.one_in(2)) {
+            const std::string& prefix = choices.of(prefixes);
+            const std::string start = (prefix.empty() ? "" : prefix + host);
+            request.redirect_url =
+                texts.emplace_back(start + "/" + choices.text(letters, max_url)).data();
+        }
+    }
+    if (choices.one_in(3)) { // as single logs mostly are
+        std::stable_sort(requests.begin(), requests.end(), [](const alInfo& a, const alInfo& b) {
+            return a.time_stamp < b.time_stamp;
+        });
+    }
+    return requests;
+}
+
+void expect_plain_form(unsigned seed, size_t count, std::string_view letters, size_t max_url) {
+    Choices choices(seed);
+    std::deque<std::string> texts;
+    std::vector<alInfo> records = random_requests(choices, count, letters, max_url, texts);
+    const Outcome expected = plain_unique_urls(records);
+    EXPECT_EQ(make_unique_urls(records, choices), expected);
+}
+
+} // namespace
+
+TEST(UniqueUrls, AgreeWithThePlainFormInAllSettings) {
+    for (unsigned settings = 0; settings < 32; ++settings) {
+        for (const size_t count : {0U, 1U, 2U, 10U, 400U}) {
+            SCOPED_TRACE(testing::Message() << "settings " << settings << " count " << count);
+            run_in_child([&] {
+                session_mode = settings & 1 ? SESSION_MODE_COOKIE : SESSION_MODE_CLIENT_IP;
+                ignore_query_flag = settings >> 1 & 1;
+                dump_query_flag = settings >> 2 & 1;
+                auto_redirect_flag = settings >> 3 & 1;
+                ignore_non_session_urls = settings >> 4 & 1;
+                expect_plain_form(settings, count, "abB?;#|\xe4\x01", 3);
+            });
+        }
+    }
+}
+
+// Sessions with more redirects than are remembered, and more URLs than the first table holds.
+TEST(UniqueUrls, AgreeWithThePlainFormBeyondTheFirstTable) {
+    run_in_child([] {
+        ignore_query_flag = 1;
+        expect_plain_form(11, 30'000, "0123456789;", 5);
+    });
+}

@@ -1,0 +1,183 @@
+#include "tools/config/settings_file.h"
+
+#include "base/line_reader.h"
+#include "base/logs.h"
+#include "base/tokenizers.h"
+#include "tools/config/field_layout.h"
+#include "tools/config/keyword_text.h"
+#include "tools/config/replay_profile.h"
+#include "tools/config/replay_settings.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr const char* fname = "read_replay_prof_setting";
+
+// Stores the value up to its first blank; a tab or a carriage return belongs to the word.
+template <size_t capacity>
+void store_word(char (&field)[capacity], const char* keyword, const char* value) {
+    const size_t length = std::strcspn(value, " ");
+    if (length >= capacity) {
+        fatal_error(fname, "Value of %s in replay setting file is longer than %zu characters",
+                    keyword, capacity - 1);
+    }
+    std::memcpy(field, value, length);
+    field[length] = '\0';
+}
+
+bool read_flag(const char* value) {
+    return std::atoi(value) != 0;
+}
+
+void set_default_host(const char* value) {
+    store_word(default_host, "DEFAULT_HOST", value);
+    DEBUG_LOG(4, fname, "Default host = '%s'", default_host);
+}
+
+void set_ignore_query(const char* value) {
+    ignore_query_flag = read_flag(value);
+    DEBUG_LOG(4, fname, "IGNORE_URL_QUERY_PARAM = %d", ignore_query_flag);
+}
+
+void set_auto_redirect(const char* value) {
+    auto_redirect_flag = read_flag(value);
+    DEBUG_LOG(4, fname, "AUTO_REDIRECT = %d", auto_redirect_flag);
+}
+
+void set_inline_mode(const char* value) {
+    if (begins_with(value, "skip")) {
+        inline_mode = INLINE_MODE_SKIP;
+    } else if (begins_with(value, "auto")) {
+        inline_mode = INLINE_MODE_AUTO;
+    } else if (begins_with(value, "asperlog")) {
+        inline_mode = INLINE_MODE_AS_PER_LOG;
+    }
+}
+
+void set_session_mode(const char* value) {
+    session_mode = begins_with(value, "client_ip") ? SESSION_MODE_CLIENT_IP : SESSION_MODE_COOKIE;
+}
+
+void set_cookie_name(const char* value) {
+    store_word(cookie_name, "COOKIE_NAME", value);
+}
+
+void set_ignore_non_session(const char* value) {
+    ignore_non_session_urls = read_flag(value);
+    DEBUG_LOG(4, fname, "IGNORE_NON_SESSION_URLS = %d", ignore_non_session_urls);
+}
+
+void set_log_type(const char* value) {
+    if (begins_with(value, "APACHE")) {
+        al_type = AL_TYPE_APACHE;
+    } else if (begins_with(value, "IIS") || begins_with(value, "WEBLOGIC")) {
+        al_type = AL_TYPE_IIS; // both are read with separate fields of the IIS kind
+    } else {
+        al_type = AL_TYPE_OTHER;
+    }
+}
+
+void set_new_user_time(const char* value) {
+    constexpr int part_count = 3;
+    std::string text = value;
+    char* parts[part_count];
+    int count;
+    get_tokens1(text.data(), parts, ":", part_count, &count);
+    if (count < part_count) {
+        fatal_error(fname, "Invalid new user time in replay_setting.dat");
+    }
+    // Unsigned, so that a nonsensical time wraps instead of being undefined.
+    const auto number = [](const char* part) { return static_cast<unsigned>(std::atoi(part)); };
+    new_user_time =
+        static_cast<int>(number(parts[0]) * 3600 + number(parts[1]) * 60 + number(parts[2]));
+}
+
+void set_dump_query(const char* value) {
+    dump_query_flag = std::atoi(value);
+}
+
+void set_num_thread(const char* value) {
+    g_num_thread = std::atoi(value);
+}
+
+// A number that turns the cookie on or off, then optionally a blank and the cookie's name.
+void set_secondary_cookie(const char* value) {
+    secondary_cookie_enable = std::atoi(value);
+    const char* blank = std::strchr(value, ' ');
+    if (secondary_cookie_enable == 0 || blank == nullptr) {
+        return;
+    }
+    store_word(secondary_cookie, "SECONDARY_COOKIE", skip_blanks(blank));
+    DEBUG_LOG(3, fname, "Secondary cookie enabled, name = %s", secondary_cookie);
+}
+
+void set_consider_response_time(const char* value) {
+    consider_response_time = std::atoi(value);
+}
+
+struct SettingKeyword {
+    std::string_view keyword;
+    void (*apply)(const char* value);
+    bool keeps_blanks = false; // the value is handed over with its leading blanks
+};
+
+// In the order in which they are tried; a line counts for the first one that it begins with.
+constexpr SettingKeyword setting_keywords[] = {
+    {"DEFAULT_HOST", set_default_host},
+    {"IGNORE_URL_QUERY_PARAM", set_ignore_query},
+    {"AUTO_REDIRECT", set_auto_redirect},
+    {"INLINE_OBJECT_MODE", set_inline_mode},
+    {"USER_SESSION_KEY", set_session_mode},
+    {"COOKIE_NAME", set_cookie_name},
+    {"IGNORE_NON_SESSION_URLS", set_ignore_non_session},
+    {"AL_FIELD", set_field_position, true},
+    {"ACCESS_LOG_TYPE", set_log_type},
+    {"NEW_USER_TIME", set_new_user_time},
+    {"DUMP_QUERY_STRING_URL", set_dump_query},
+    {"NUM_THREAD", set_num_thread},
+    {"SECONDARY_COOKIE", set_secondary_cookie},
+    {"CONSIDER_RESPONSE_TIME", set_consider_response_time},
+};
+
+// The value begins one character after the keyword, whatever that character is.
+const char* value_after(const SettingKeyword& setting, LineText line) {
+    const size_t start = setting.keyword.size() + 1;
+    return start <= line.size ? line.text + start : "";
+}
+
+void apply_line(LineText line) {
+    for (const SettingKeyword& setting : setting_keywords) {
+        if (begins_with(line.text, setting.keyword)) {
+            const char* value = value_after(setting, line);
+            setting.apply(setting.keeps_blanks ? value : skip_blanks(value));
+            return;
+        }
+    }
+}
+
+} // namespace
+
+void read_replay_prof_setting(const char* replay_setting_file) {
+    constexpr size_t line_size = 2048;
+    FILE* file = std::fopen(replay_setting_file, "r");
+    if (file == nullptr) {
+        fatal_error(fname, "Failed to open 'replay_settings.dat' file for profile - %s",
+                    replay_profile);
+    }
+    LineReader lines(fileno(file), line_size);
+    LineText line;
+    while (lines.next(line)) {
+        if (line.text[0] != '#') {
+            apply_line(line);
+        }
+    }
+    lines.require_whole(fname, replay_setting_file);
+    std::fclose(file);
+    if (session_mode == SESSION_MODE_COOKIE && cookie_name[0] == '\0') {
+        fatal_error(fname, "Cookie name not given in replay setting file");
+    }
+}

@@ -1,3 +1,0 @@
-#include "tools/parse/request_record.h"
-
-const char na_string[] = "NA";

@@ -1,0 +1,36 @@
+#include "tools/urls/query_list.h"
+
+#include "tools/config/replay_settings.h"
+#include "base/logs.h"
+
+namespace {
+
+[[noreturn]] void fail_to_write() {
+    fatal_error("make_url_pattern_list", "Failed to write to query_url.list");
+}
+
+} // namespace
+
+QueryList::QueryList(const OwnDirectory& config_dir) {
+    constexpr const char* name = "query_url.list";
+    config_dir.remove(name);
+    const bool is_wanted = dump_query_flag != 0 && ignore_query_flag != 0;
+    if (is_wanted && !file_.create(config_dir, name)) {
+        fatal_error("main", "Unable to create 'query_url.list' file");
+    }
+}
+
+void QueryList::add(std::string_view url) {
+    file_.append(url);
+    file_.append('\n');
+    written_len_ += static_cast<int64_t>(url.size()) + 1;
+    if (file_.has_failed()) {
+        fail_to_write();
+    }
+}
+
+void QueryList::close() {
+    if (file_.is_open() && !file_.close()) {
+        fail_to_write();
+    }
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "base/result_file.h"
+
+#include <cstdint>
+#include <string_view>
+
+// query_url.list: the full URLs of the requests whose URL was cut at its query, one a line, those
+// of one unique URL together.
+class QueryList {
+  public:
+    // Removes the list of an earlier run and, when the settings ask for one (dump_query_flag and
+    // ignore_query_flag), makes a new one. Ends the run when that fails.
+    explicit QueryList(const OwnDirectory& config_dir);
+
+    bool is_open() const { return file_.is_open(); }
+
+    // Byte offset at which the next line will begin.
+    int64_t offset() const { return written_len_; }
+
+    // Adds a line, or ends the run.
+    void add(std::string_view url);
+
+    // Closes the list if it is open. Ends the run when it could not be written whole.
+    void close();
+
+  private:
+    ResultFile file_;
+    int64_t written_len_ = 0;
+};

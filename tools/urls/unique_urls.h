@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tools/parse/request_record.h"
+#include "tools/urls/query_list.h"
+#include "tools/urls/session_order.h"
+
+#include <cstdint>
+
+// The unique URLs of the run: one entry for each combination of URL, method (ignoring case) and
+// host.
+
+struct UrlInfo {
+    char method[max_method_length + 1]; // of the entry's first request
+    uint64_t count;                     // requests behind the entry
+    char* url;     // the first request's text; a cut one ends with the query separator and '*'
+    char url_type; // not used
+    int32_t
+        pattern_table_idx; // entry of the pattern table that decided; -1: none. From classification
+    char request_type;     // 0 main, 1 main without transaction, 2 inline. From classification
+    char filter_flag;      // 1: fits a filter pattern. From classification
+    const char* host_hdr;  // the first request's host text
+    int64_t query_url_offset; // byte in query_url.list where its lines begin; -1: it has none there
+    int32_t ignore_flag;      // 1: left out of url.list. From classification
+};
+static_assert(sizeof(UrlInfo) == 80);
+
+// The table, in the order of URL, method and host until classification has sorted it anew. Filled
+// by make_url_pattern_list or fill_url_pattern_from_cache, on the main thread.
+extern UrlInfo* url_pattern;
+extern int url_pattern_count; // entries in use
+extern int max_url_pattern;   // entries allocated
+
+// Index of a new entry at the end of url_pattern, which grows by 10240 entries at a time. The
+// caller fills it.
+int create_url_pattern();
+
+// Makes the table from the request table, given the order of its records, whose URLs have numbers
+// below `url_count`: selects the requests that count, and writes the full URLs of those whose URL
+// is cut to `query_list` when it is open. Ends the run when that cannot be written.
+void make_url_pattern_list(SessionOrder session_order, uint32_t url_count, QueryList& query_list);
