@@ -10,9 +10,9 @@ void log_allocation(const char* fname, const char* name, size_t size) {
     DEBUG_LOG(2, fname, "Allocating memory for %s. size = %zd", name, static_cast<ssize_t>(size));
 }
 
-void out_of_memory(const char* fname, const char* name, size_t size) {
-    fatal_error(fname, "Out of Memory: %s (size = %zd) for index %d", name,
-                static_cast<ssize_t>(size), -1);
+void out_of_memory(const char* name, size_t size) {
+    fatal_error("Out of Memory: %s (size = %zd) for index %d", name, static_cast<ssize_t>(size),
+                -1);
 }
 
 void* allocate_zeroed(const char* fname, const char* name, size_t count, size_t element_size) {
@@ -23,32 +23,31 @@ void* allocate_zeroed(const char* fname, const char* name, size_t count, size_t 
     }
     void* block = std::calloc(count, element_size); // refuses a size that overflows
     if (block == nullptr) {
-        out_of_memory(fname, name, size);
+        out_of_memory(name, size);
     }
     return block;
 }
 
-void* grow_table(const char* fname, const char* name, void* table, int old_count, int new_count,
-                 size_t element_size) {
+void* grow_table(const char* name, void* table, int old_count, int new_count, size_t element_size) {
     if (new_count <= 0) {
         const long long size =
             static_cast<long long>(new_count) * static_cast<long long>(element_size);
-        fatal_error(fname, "Trying to realloc a negative or 0 size (%lld) for index  %d", size, -1);
+        fatal_error("Trying to realloc a negative or 0 size (%lld) for index  %d", size, -1);
     }
     const size_t old_size = static_cast<size_t>(old_count) * element_size;
     const size_t new_size = static_cast<size_t>(new_count) * element_size;
     char* grown = static_cast<char*>(std::realloc(table, new_size));
     if (grown == nullptr) {
-        out_of_memory(fname, name, new_size);
+        out_of_memory(name, new_size);
     }
     std::memset(grown + old_size, 0, new_size - old_size);
     return grown;
 }
 
-char* copy_text(const char* fname, const char* name, std::string_view text) {
+char* copy_text(const char* name, std::string_view text) {
     char* copy = static_cast<char*>(std::malloc(text.size() + 1));
     if (copy == nullptr) {
-        out_of_memory(fname, name, text.size() + 1);
+        out_of_memory(name, text.size() + 1);
     }
     text.copy(copy, text.size());
     copy[text.size()] = '\0';
@@ -57,7 +56,7 @@ char* copy_text(const char* fname, const char* name, std::string_view text) {
 
 char* allocate_text(const char* fname, const char* name, std::string_view text) {
     log_allocation(fname, name, text.size() + 1);
-    return copy_text(fname, name, text);
+    return copy_text(name, text);
 }
 
 void* reserve_pages(size_t size) {

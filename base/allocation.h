@@ -12,7 +12,7 @@
 void log_allocation(const char* fname, const char* name, size_t size);
 
 // Reports that `size` bytes for `name` could not be had, and ends the process with status -1.
-[[noreturn]] void out_of_memory(const char* fname, const char* name, size_t size);
+[[noreturn]] void out_of_memory(const char* name, size_t size);
 
 // Announces and returns `count` zeroed elements of `element_size` bytes; null when there are none.
 // The caller owns the block, may grow it with grow_table and release it with std::free.
@@ -21,11 +21,10 @@ void* allocate_zeroed(const char* fname, const char* name, size_t count, size_t 
 // Grows a table from `old_count` to `new_count` elements of `element_size` bytes each, keeps its
 // contents and clears what is new. Takes the table over and returns the one to use from now on. A
 // new size of 0 or less is refused with an error line and status -1. Not announced.
-void* grow_table(const char* fname, const char* name, void* table, int old_count, int new_count,
-                 size_t element_size);
+void* grow_table(const char* name, void* table, int old_count, int new_count, size_t element_size);
 
 // A heap copy of `text`, terminated, owned by the caller. Not announced.
-char* copy_text(const char* fname, const char* name, std::string_view text);
+char* copy_text(const char* name, std::string_view text);
 
 // The same, announced.
 char* allocate_text(const char* fname, const char* name, std::string_view text);
@@ -54,7 +53,7 @@ template <typename Element> struct PageAllocator {
         const size_t size = count * sizeof(Element);
         void* block = size < min_size ? ::operator new(size) : reserve_pages(size);
         if (block == nullptr) {
-            out_of_memory("PageAllocator", "working memory", size);
+            out_of_memory("working memory", size);
         }
         return static_cast<Element*>(block);
     }

@@ -1,6 +1,7 @@
 #include "base/line_reader.h"
 
 #include "base/allocation.h"
+#include "base/failure.h"
 #include "base/logs.h"
 
 #include <algorithm>
@@ -20,10 +21,10 @@ constexpr const char* buffer_name = "line buffer";
 LineReader::LineReader(int descriptor, size_t line_size)
     : descriptor_(descriptor), max_piece_(line_size == unlimited ? unlimited : line_size - 1) {}
 
-void LineReader::require_whole(const char* fname, const char* file_name) const {
+void LineReader::require_whole(const char* file_name) const {
     if (error_ != 0) {
-        fatal_error(fname, "Failed to read file %s. Error = '%s'", file_name,
-                    std::generic_category().message(error_).c_str());
+        fail("Failed to read file %s. Error = '%s'", file_name,
+             std::generic_category().message(error_).c_str());
     }
 }
 
@@ -100,7 +101,7 @@ void LineReader::make_room() {
         const size_t capacity = 2 * (kept + block_size) + 1;
         buffer = static_cast<char*>(std::malloc(capacity));
         if (buffer == nullptr) {
-            out_of_memory("LineReader", buffer_name, capacity);
+            out_of_memory(buffer_name, capacity);
         }
         capacity_ = capacity;
     }

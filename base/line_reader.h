@@ -22,8 +22,8 @@ class LineReader {
     // false at the end of the file or when reading fails.
     bool next(LineText& line);
 
-    // Ends the run with an error line when reading has stopped before the end of the file.
-    void require_whole(const char* fname, const char* file_name) const;
+    // Fails when reading has stopped before the end of the file.
+    void require_whole(const char* file_name) const;
 
   private:
     char* find_line_end();

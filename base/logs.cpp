@@ -47,7 +47,7 @@ void error_log(const char*, const char* format, ...) {
     va_end(arguments);
 }
 
-void fatal_error(const char*, const char* format, ...) {
+void fatal_error(const char* format, ...) {
     static std::atomic_flag reported = ATOMIC_FLAG_INIT;
     while (reported.test_and_set()) {
         pause(); // another thread is ending the process

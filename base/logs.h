@@ -18,9 +18,9 @@ extern const char tool_name[20]; // second field of every debug line
 [[gnu::format(printf, 2, 3)]] void error_log(const char* fname, const char* format, ...);
 
 // Writes the error line and ends the process with status -1, whichever thread calls. When several
-// threads fail at once, one of them reports and the others wait for the end.
-[[noreturn, gnu::format(printf, 2, 3)]] void fatal_error(const char* fname, const char* format,
-                                                         ...);
+// threads fail at once, one of them reports and the others wait for the end. For what no caller can
+// answer, as memory that has run out; all else is a Failure (base/failure.h).
+[[noreturn, gnu::format(printf, 1, 2)]] void fatal_error(const char* format, ...);
 
 // Ends the process with the given status after all streams were written out, without running the
 // destructors that threads still at work may depend on.

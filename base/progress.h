@@ -7,6 +7,10 @@
 
 extern int commentry_flag; // 1 after option `commentry`; set while the command line is read
 
+// Writes a progress line when the option asks for it. Any thread may call; each line reaches the
+// stream in one piece.
+[[gnu::format(printf, 1, 2)]] void write_progress(const char* format, ...);
+
 // One phase of the run. Starts the clock and writes the start line when made; finish writes the end
 // line.
 class PhaseProgress {

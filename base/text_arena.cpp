@@ -9,7 +9,7 @@ void TextArena::start_block(const char* name, size_t size) {
     const size_t needed = std::max(size, next_block_size_);
     next_ = static_cast<char*>(reserve_pages(needed));
     if (next_ == nullptr) {
-        out_of_memory("TextArena", name, size);
+        out_of_memory(name, size);
     }
     end_ = next_ + needed;
     next_block_size_ = std::min(2 * needed, max_block_size);

@@ -1,5 +1,5 @@
-#include "tools/config/replay_settings.h"
 #include "base/result_file.h"
+#include "tools/config/replay_settings.h"
 #include "tools/load/request_table.h"
 #include "tools/parse/cookie_values.h"
 #include "tools/parse/field_splitter.h"

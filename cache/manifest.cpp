@@ -1,8 +1,8 @@
 #include "cache/manifest.h"
 
+#include "base/file_state.h"
 #include "base/new_file.h"
 #include "base/own_directory.h"
-#include "base/file_state.h"
 
 #include <cerrno>
 #include <charconv>

@@ -1,7 +1,7 @@
 #include "checker/named_files.h"
 
-#include "checker/file_state.h"
 #include "base/tokenizers.h"
+#include "checker/file_state.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,8 +1,8 @@
 #include "checker/run_place.h"
 
+#include "base/tokenizers.h"
 #include "tools/driver/command_line.h"
 #include "tools/driver/paths.h"
-#include "base/tokenizers.h"
 
 #include <algorithm>
 #include <cstdlib>

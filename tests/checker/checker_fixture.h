@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/own_directory.h"
 #include "base/file_state.h"
+#include "base/own_directory.h"
 #include "cache/manifest.h"
 #include "tests/support/test_installation.h"
 

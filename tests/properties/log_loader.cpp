@@ -1,10 +1,10 @@
 #include "tools/parse/log_loader.h"
 
+#include "base/logs.h"
 #include "tests/properties/properties.h"
 #include "tools/config/field_layout.h"
 #include "tools/config/replay_period.h"
 #include "tools/config/replay_settings.h"
-#include "base/logs.h"
 #include "tools/load/input_files.h"
 #include "tools/parse/cookie_values.h"
 #include "tools/parse/request_fields.h"

@@ -1,7 +1,8 @@
 #include "tools/config/field_layout.h"
 
-#include "tools/config/replay_settings.h"
+#include "base/failure.h"
 #include "base/logs.h"
+#include "tools/config/replay_settings.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -37,8 +38,6 @@ PresentField present_fields[al_field_kind_count];
 char al_modified_flag = 0;
 
 namespace {
-
-constexpr const char* fname = "validate_al_format";
 
 // One row for each kind of field, in the order of al_required_fields.
 struct DefaultPositions {
@@ -76,15 +75,15 @@ bool is_missing(FieldKind kind) {
 
 void require(bool condition, const char* message) {
     if (!condition) {
-        fatal_error(fname, "%s", message);
+        fail("%s", message);
     }
 }
 
 void validate_range(int kind) {
     const int position = al_required_field_position[kind];
     if (position < 0 || position > max_al_fields) {
-        fatal_error(fname, "Field position for %s is more than max access log fields %d",
-                    al_required_fields[kind].name, max_al_fields);
+        fail("Field position for %s is more than max access log fields %d",
+             al_required_fields[kind].name, max_al_fields);
     }
     max_required_field_position = std::max(max_required_field_position, position);
 }
@@ -92,8 +91,8 @@ void validate_range(int kind) {
 void validate_uniqueness(int kind) {
     for (int earlier = 0; earlier < kind; ++earlier) {
         if (al_required_field_position[earlier] == al_required_field_position[kind]) {
-            fatal_error(fname, "Field position for %s and %s are same in 'replay_setting.dat'",
-                        al_required_fields[earlier].name, al_required_fields[kind].name);
+            fail("Field position for %s and %s are same in 'replay_setting.dat'",
+                 al_required_fields[earlier].name, al_required_fields[kind].name);
         }
     }
 }

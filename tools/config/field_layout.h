@@ -60,7 +60,7 @@ void set_field_position(const char* text);
 // Gives all kinds the positions of the log type's default layout when the settings named none.
 void set_default_field_positions();
 
-// Ends the run with an error line when a position is out of range or used twice, or when a field
+// Fails when a position is out of range or used twice, or when a field
 // that the log type or the session mode needs is missing. Sets max_required_field_position and
 // present_fields.
 void validate_al_format();

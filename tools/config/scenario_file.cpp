@@ -1,9 +1,10 @@
 #include "tools/config/scenario_file.h"
 
 #include "base/allocation.h"
-#include "base/line_reader.h"
+#include "base/failure.h"
 #include "base/local_time.h"
 #include "base/logs.h"
+#include "base/text_file.h"
 #include "base/tokenizers.h"
 #include "tools/config/keyword_text.h"
 #include "tools/config/log_files.h"
@@ -35,12 +36,11 @@ void add_log_file(char* value, const LinePlace& place) {
     int count;
     get_tokens1(value, fields, " ", max_fields, &count);
     if (count < needed_fields) {
-        fatal_error(fname, "Invalid entry in scenario file '%s' at line %d", place.file,
-                    place.line_num);
+        fail("Invalid entry in scenario file '%s' at line %d", place.file, place.line_num);
     }
     if (num_al_files == max_al_files) {
-        fatal_error(fname, "More than %d log files in scenario file '%s' at line %d", max_al_files,
-                    place.file, place.line_num);
+        fail("More than %d log files in scenario file '%s' at line %d", max_al_files, place.file,
+             place.line_num);
     }
     InputFileInfo& file = seq_file_path[num_al_files++];
     file.input_file = allocate_text(fname, "input_file", fields[0]);
@@ -58,10 +58,9 @@ unsigned long read_date(const char* text, const LinePlace& place) {
     const int count =
         std::sscanf(text, "%d/%d/%d %d:%d:%d", &month, &day, &year, &hours, &minutes, &seconds);
     if (count < 6) {
-        fatal_error(fname,
-                    "Invalid format of date in REPLAY_PERIOD keyword in scenario file - '%s' at "
-                    "line - %d",
-                    place.file, place.line_num);
+        fail("Invalid format of date in REPLAY_PERIOD keyword in scenario file - '%s' at "
+             "line - %d",
+             place.file, place.line_num);
     }
     return static_cast<unsigned long>(
         local_time_to_epoch({year, month, day, hours, minutes, seconds}));
@@ -125,19 +124,16 @@ void apply_line(LineText line, const LinePlace& place) {
 
 void read_scenario_file(const std::string& scenario_file) {
     constexpr size_t line_size = 2048;
-    FILE* file = std::fopen(scenario_file.c_str(), "r");
-    if (file == nullptr) {
-        fatal_error(fname, "Failed to open scenario file '%s'", scenario_file.c_str());
+    TextFile file(scenario_file, line_size);
+    if (!file.is_open()) {
+        fail("Failed to open scenario file '%s'", scenario_file.c_str());
     }
-    LineReader lines(fileno(file), line_size);
     LineText line;
     LinePlace place = {scenario_file.c_str(), 0};
-    while (lines.next(line)) {
+    while (file.next(line)) {
         ++place.line_num;
         if (line.text[0] != '#') {
             apply_line(line, place);
         }
     }
-    lines.require_whole(fname, scenario_file.c_str());
-    std::fclose(file);
 }

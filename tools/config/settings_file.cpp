@@ -1,7 +1,8 @@
 #include "tools/config/settings_file.h"
 
-#include "base/line_reader.h"
+#include "base/failure.h"
 #include "base/logs.h"
+#include "base/text_file.h"
 #include "base/tokenizers.h"
 #include "tools/config/field_layout.h"
 #include "tools/config/keyword_text.h"
@@ -22,8 +23,8 @@ template <size_t capacity>
 void store_word(char (&field)[capacity], const char* keyword, const char* value) {
     const size_t length = std::strcspn(value, " ");
     if (length >= capacity) {
-        fatal_error(fname, "Value of %s in replay setting file is longer than %zu characters",
-                    keyword, capacity - 1);
+        fail("Value of %s in replay setting file is longer than %zu characters", keyword,
+             capacity - 1);
     }
     std::memcpy(field, value, length);
     field[length] = '\0';
@@ -88,7 +89,7 @@ void set_new_user_time(const char* value) {
     int count;
     get_tokens1(text.data(), parts, ":", part_count, &count);
     if (count < part_count) {
-        fatal_error(fname, "Invalid new user time in replay_setting.dat");
+        fail("Invalid new user time in replay_setting.dat");
     }
     // Unsigned, so that a nonsensical time wraps instead of being undefined.
     const auto number = [](const char* part) { return static_cast<unsigned>(std::atoi(part)); };
@@ -163,21 +164,17 @@ void apply_line(LineText line) {
 
 void read_replay_prof_setting(const char* replay_setting_file) {
     constexpr size_t line_size = 2048;
-    FILE* file = std::fopen(replay_setting_file, "r");
-    if (file == nullptr) {
-        fatal_error(fname, "Failed to open 'replay_settings.dat' file for profile - %s",
-                    replay_profile);
+    TextFile file(replay_setting_file, line_size);
+    if (!file.is_open()) {
+        fail("Failed to open 'replay_settings.dat' file for profile - %s", replay_profile);
     }
-    LineReader lines(fileno(file), line_size);
     LineText line;
-    while (lines.next(line)) {
+    while (file.next(line)) {
         if (line.text[0] != '#') {
             apply_line(line);
         }
     }
-    lines.require_whole(fname, replay_setting_file);
-    std::fclose(file);
     if (session_mode == SESSION_MODE_COOKIE && cookie_name[0] == '\0') {
-        fatal_error(fname, "Cookie name not given in replay setting file");
+        fail("Cookie name not given in replay setting file");
     }
 }

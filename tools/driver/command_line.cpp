@@ -1,9 +1,10 @@
 #include "tools/driver/command_line.h"
 
-#include "tools/config/replay_settings.h"
+#include "base/failure.h"
 #include "base/logs.h"
-#include "tools/driver/paths.h"
 #include "base/progress.h"
+#include "tools/config/replay_settings.h"
+#include "tools/driver/paths.h"
 #include "tools/parse/secondary_cookie_trace.h"
 
 #include <cstdio>
@@ -32,7 +33,7 @@ constexpr const char* fname = "main";
 void set_thread_count(const char* argument) {
     g_num_thread = std::atoi(argument);
     if (g_num_thread < 0) {
-        fatal_error(fname, "Number of thread can not be negative");
+        fail("Number of thread can not be negative");
     }
 }
 

@@ -17,7 +17,7 @@ extern const char* const short_options;
 
 // Applies the options to the settings that they name (each in the header of its module). An unknown
 // option or one without its value gives an error line and is passed over. Returns whether a
-// scenario was named. Ends the run when a name is malformed or the thread count negative.
+// scenario was named. Fails when a name is malformed or the thread count negative.
 bool read_command_line(int argc, char* argv[]);
 
 // Writes the usage text to standard error and ends the process with status -1.

@@ -1,5 +1,6 @@
 #include "tools/driver/input_backup.h"
 
+#include "base/failure.h"
 #include "base/left_results.h"
 #include "base/logs.h"
 #include "base/new_file.h"
@@ -52,7 +53,7 @@ bool copy_into_directory(const FileDescriptor& source, int directory, const char
 
 void require_success(const std::string& command, bool succeeded) {
     if (!succeeded) {
-        fatal_error(fname, "Failed to run command '%s'", command.c_str());
+        fail("Failed to run command '%s'", command.c_str());
     }
 }
 

@@ -9,7 +9,7 @@
 // the input cache directory keeps.
 class InputBackup {
   public:
-    // Makes the directory and copies the files. Ends the run when one of these cannot be done. The
+    // Makes the directory and copies the files. Fails when one of these cannot be done. The
     // directory is locked as long as this object lives and the process runs, so that others can
     // tell it from what earlier runs have left behind.
     InputBackup();

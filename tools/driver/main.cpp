@@ -1,3 +1,4 @@
+#include "base/failure.h"
 #include "base/file_exists.h"
 #include "base/logs.h"
 #include "base/own_directory.h"
@@ -14,6 +15,7 @@
 #include "tools/driver/result_cache.h"
 #include "tools/load/input_files.h"
 #include "tools/load/request_table.h"
+#include "tools/load/worker.h"
 #include "tools/load/worker_threads.h"
 #include "tools/parse/replay_zone.h"
 #include "tools/parse/secondary_cookie_trace.h"
@@ -41,7 +43,7 @@ namespace {
 constexpr const char* fname = "main";
 
 [[noreturn]] void report_no_memory() {
-    fatal_error(fname, "Out of Memory: %s (size = %d) for index %d", "working memory", 0, -1);
+    out_of_memory("working memory", 0);
 }
 
 // A file opened later must not get the number of a standard stream that the caller has closed, or
@@ -87,8 +89,7 @@ void load_pattern_file(const char* file_name, void (*load)(const char*)) {
 void load_replay_profile() {
     const std::string settings = replay_profile_file_path("replay_settings.dat");
     if (!file_exists(settings.c_str())) {
-        fatal_error(fname, "'replay_settings.dat' file not found in replay profile '%s'",
-                    replay_profile);
+        fail("'replay_settings.dat' file not found in replay profile '%s'", replay_profile);
     }
     read_replay_prof_setting(settings.c_str());
     load_pattern_file("replay_url_filter_patterns.dat", save_filter_url_pattern);
@@ -99,7 +100,7 @@ OwnDirectory create_config_directory() {
     const std::string path = config_directory();
     OwnDirectory config_dir = make_shared_directory(path);
     if (!config_dir.is_open()) {
-        fatal_error(fname, "Unable to create directory - %s", path.c_str());
+        fail("Unable to create directory - %s", path.c_str());
     }
     return config_dir;
 }
@@ -111,12 +112,18 @@ void sort_pattern_tables() {
     fill_seq_in_url_pattern_table(main_wotx_url_pattern, total_main_wotx_url_pattern);
 }
 
+// A worker thread's failure ends the run at once, whatever the others are at.
+[[noreturn]] void end_run(const Failure& failure) {
+    fatal_error("%s", failure.message.c_str());
+}
+
 void load_logs(const OwnDirectory& config_dir) {
     open_akaau_trace(config_dir);
     process_input_file_list2();
     const PhaseProgress progress(
         "Start processing access log files at %s\n",
         "End processing access log files at %s\n,Total Time taken : %ld(sec) \n");
+    tell_worker_failed = end_run;
     process_url_files();
     progress.finish();
     close_akaau_trace();
@@ -167,12 +174,7 @@ void classify_urls() {
     sort_by_request_type();
 }
 
-} // namespace
-
-int main(int argc, char* argv[]) {
-    std::set_new_handler(report_no_memory);
-    occupy_standard_streams();
-    take_over_signals();
+void run(int argc, char* argv[]) {
     read_work_directory();
     const bool scenario_named = read_command_line(argc, argv);
     set_replay_timezone();
@@ -187,7 +189,7 @@ int main(int argc, char* argv[]) {
     const CacheLevel cache_level = check_cache();
     const OwnDirectory config_dir = create_config_directory();
     if (cache_level == CacheLevel::result && print_cached_summary(config_dir)) {
-        return 0;
+        return;
     }
 
     const FileDescriptor work_mark = mark_work(config_dir);
@@ -211,5 +213,18 @@ int main(int argc, char* argv[]) {
     close_debug_log();
     backup.copy_to_cache(config_dir, is_reusable);
     backup.remove();
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    std::set_new_handler(report_no_memory);
+    occupy_standard_streams();
+    take_over_signals();
+    try {
+        run(argc, argv);
+    } catch (const Failure& failure) {
+        end_run(failure);
+    }
     return 0;
 }

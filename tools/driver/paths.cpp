@@ -1,6 +1,7 @@
 #include "tools/driver/paths.h"
 
 #include "base/allocation.h"
+#include "base/failure.h"
 #include "base/file_exists.h"
 #include "base/logs.h"
 #include "base/tokenizers.h"
@@ -28,7 +29,7 @@ constexpr size_t max_path_length = 2047;
 
 void refuse_long_name(std::string_view name, size_t capacity, const char* meaning) {
     if (name.size() >= capacity) {
-        fatal_error(fname, "Name of %s is longer than %zu characters", meaning, capacity - 1);
+        fail("Name of %s is longer than %zu characters", meaning, capacity - 1);
     }
 }
 
@@ -44,8 +45,8 @@ void set_workspace(const char* workspace, const char* profile) {
     refuse_long_name(profile, sizeof g_zv_profile, "profile");
     constexpr int max_directory_length = 1023;
     if (zvlb_set_ta_dir_ex1(g_wdir, workspace, profile) > max_directory_length) {
-        fatal_error(fname, "Path of workspace '%s/%s' is longer than %d characters", workspace,
-                    profile, max_directory_length);
+        fail("Path of workspace '%s/%s' is longer than %d characters", workspace, profile,
+             max_directory_length);
     }
 }
 
@@ -86,16 +87,15 @@ void read_work_directory() {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): no thread has been started
     const char* work_dir = std::getenv("ZV_WDIR");
     if (work_dir == nullptr) {
-        fatal_error(fname, "Environment variable \"ZV_WDIR\" not set, Exiting.");
+        fail("Environment variable \"ZV_WDIR\" not set, Exiting.");
     }
     // A relative one would be taken for a directory of the root where directories are made.
     if (work_dir[0] != '/') {
-        fatal_error(fname, "ZV_WDIR is not an absolute path: '%s'", work_dir);
+        fail("ZV_WDIR is not an absolute path: '%s'", work_dir);
     }
     const size_t length = std::strlen(work_dir);
     if (length >= sizeof g_wdir) {
-        fatal_error(fname, "Environment variable \"ZV_WDIR\" is longer than %zu characters",
-                    sizeof g_wdir - 1);
+        fail("Environment variable \"ZV_WDIR\" is longer than %zu characters", sizeof g_wdir - 1);
     }
     std::memcpy(g_wdir, work_dir, length + 1);
 }
@@ -114,7 +114,7 @@ void set_scenario(const char* argument) {
     int count;
     get_tokens1(text.data(), components, "/", component_count, &count);
     if (count < component_count) {
-        fatal_error(fname, "Invalid format of Scenario name");
+        fail("Invalid format of Scenario name");
     }
     store_name(project, components[2], "project");
     store_name(sub_proj, components[3], "sub-project");
@@ -130,21 +130,20 @@ std::string relative_profile_name(const std::string& argument) {
 
 void set_replay_profile(const char* argument) {
     const std::string name = relative_profile_name(argument);
-    replay_profile = name == argument ? copy_text(fname, "replay_profile", name)
+    replay_profile = name == argument ? copy_text("replay_profile", name)
                                       : allocate_text(fname, "replay_profile", name);
     const std::string directory = std::string(g_wdir) + "/replay_profiles/" + replay_profile;
     refuse_long_path(directory);
     replay_profile_dir = allocate_text(fname, "replay_profile_dir", directory);
     if (!file_exists(replay_profile_dir)) {
-        fatal_error(fname, "Replay profile - '%s' not found at '%s'", replay_profile,
-                    replay_profile_dir);
+        fail("Replay profile - '%s' not found at '%s'", replay_profile, replay_profile_dir);
     }
 }
 
 void find_scenario_and_profile() {
     const std::string scenario_file = scenario_file_path();
     if (!file_exists(scenario_file.c_str())) {
-        fatal_error(fname, "Scenario file %s does not exist.", scenario_file.c_str());
+        fail("Scenario file %s does not exist.", scenario_file.c_str());
     }
     if (replay_profile != nullptr) {
         return;
@@ -155,8 +154,8 @@ void find_scenario_and_profile() {
     refuse_long_path(directory);
     replay_profile_dir = allocate_text(fname, "replay_profile_dir", directory);
     if (!file_exists(replay_profile_dir)) {
-        fatal_error(fname, "Replay profile not found for scenario - '%s/%s/%s' at '%s'", project,
-                    sub_proj, scenario, replay_profile_dir);
+        fail("Replay profile not found for scenario - '%s/%s/%s' at '%s'", project, sub_proj,
+             scenario, replay_profile_dir);
     }
 }
 
@@ -180,8 +179,7 @@ std::string config_directory() {
 
 void refuse_long_path(const std::string& path) {
     if (path.size() > max_path_length) {
-        fatal_error(fname, "Path or command is longer than %zu characters: '%s'", max_path_length,
-                    path.c_str());
+        fail("Path or command is longer than %zu characters: '%s'", max_path_length, path.c_str());
     }
 }
 

@@ -13,12 +13,12 @@ extern char project[512];  // the scenario's project, from option `scenario` or 
 extern char sub_proj[512]; // the scenario's sub-project, likewise
 extern char scenario[512]; // the scenario's name without ".conf"
 
-// Takes ZV_WDIR from the environment into g_wdir. Ends the run when it is unset, no absolute
+// Takes ZV_WDIR from the environment into g_wdir. Fails when it is unset, no absolute
 // path or too long.
 void read_work_directory();
 
 // Splits the argument of option `scenario`, workspace/profile/project/sub-project/name or a name
-// alone, into the names above and the workspace's directory. Ends the run when the argument is
+// alone, into the names above and the workspace's directory. Fails when the argument is
 // malformed or one of its names too long.
 void set_scenario(const char* argument);
 
@@ -27,14 +27,14 @@ void set_scenario(const char* argument);
 std::string relative_profile_name(const std::string& argument);
 
 // Takes the argument of option `replay_profile`, a name or project/sub-project/name, and its
-// directory under the installation. Ends the run when nothing of that name is there.
+// directory under the installation. Fails when nothing of that name is there.
 void set_replay_profile(const char* argument);
 
 // Makes sure that the scenario file exists, and derives the replay profile from the scenario when
-// no option named it. Ends the run when either is not there.
+// no option named it. Fails when either is not there.
 void find_scenario_and_profile();
 
-// Full paths. Each ends the run when the path is longer than 2,047 characters.
+// Full paths. Each fails when the path is longer than 2,047 characters.
 std::string scenario_file_path();
 std::string replay_profile_file_path(const char* file_name);
 std::string config_directory(); // of the results; ends with "/"

@@ -1,5 +1,6 @@
 #include "tools/driver/result_cache.h"
 
+#include "base/failure.h"
 #include "base/logs.h"
 #include "tools/config/replay_profile.h"
 #include "tools/driver/paths.h"
@@ -75,8 +76,7 @@ CacheLevel check_cache() {
     const char* const arguments[] = {checker_command, profile.c_str(), process_id.c_str(), nullptr};
     switch (run_quietly(arguments)) {
     case answer_run_active:
-        fatal_error(fname,
-                    "Url list processing Tool is already running, first close that and run again");
+        fail("Url list processing Tool is already running, first close that and run again");
     case answer_result_holds:
         DEBUG_LOG(2, fname, "Cache level is 1, Result will be given from last result.");
         return CacheLevel::result;
@@ -93,7 +93,7 @@ CacheLevel check_cache() {
 bool print_cached_summary(const OwnDirectory& config_dir) {
     FILE* url_list = open_stream(config_dir.open_file("url.list"), "r");
     if (url_list == nullptr) {
-        fatal_error(fname, "Failed to open url.list file");
+        fail("Failed to open url.list file");
     }
     constexpr int line_size = 2048;
     char line[line_size];
@@ -105,7 +105,7 @@ bool print_cached_summary(const OwnDirectory& config_dir) {
     }
     DEBUG_LOG(1, fname, "Output will be given from cache.");
     if (std::fputs(line, stdout) == EOF || std::fflush(stdout) != 0) {
-        fatal_error(fname, "Unable to write summary to standard output");
+        fail("Unable to write summary to standard output");
     }
     return true;
 }

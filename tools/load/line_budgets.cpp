@@ -1,8 +1,9 @@
 #include "tools/load/line_budgets.h"
 
-#include "tools/config/replay_settings.h"
+#include "base/failure.h"
 #include "base/logs.h"
 #include "base/progress.h"
+#include "tools/config/replay_settings.h"
 #include "tools/load/input_files.h"
 #include "tools/load/line_count.h"
 #include "tools/load/thread_count.h"
@@ -37,7 +38,7 @@ uint64_t count_lines(const InputFileInfo& file) {
 }
 
 [[noreturn]] void report_no_lines(const InputFileInfo& file) {
-    fatal_error(fname, "Failed to calculate Number of records from file '%s'", file.input_file);
+    fail("Failed to calculate Number of records from file '%s'", file.input_file);
 }
 
 // A mistake in the scenario should not have to wait until all other logs are counted.

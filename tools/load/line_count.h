@@ -9,6 +9,6 @@ uint64_t zvr_get_total_lines_in_file(const char* file_name);
 // Whether that number is more than 0. Reads no further than it must; writes no debug lines.
 bool has_lines(const char* file_name);
 
-// As zvr_get_total_lines_in_file for a file that the caller has open and whose name serves the debug lines. Reads it from
-// its start and leaves it there.
+// As zvr_get_total_lines_in_file for a file that the caller has open and whose name serves the
+// debug lines. Reads it from its start and leaves it there.
 uint64_t total_lines_in_open_file(const char* file_name, int descriptor);

@@ -1,28 +1,25 @@
 #include "tools/load/thread_count.h"
 
+#include "base/failure.h"
 #include "base/logs.h"
-#include "base/line_reader.h"
+#include "base/text_file.h"
 
-#include <cstdio>
 #include <cstring>
 
 int zvr_get_num_cpu() {
     // The command that gives the same count by hand.
     DEBUG_LOG(3, "zvr_run_cmd_and_get_last_line", "Method called. Command = %s",
               "cat /proc/cpuinfo | grep '^processor[\t]*' | wc -l");
-    FILE* file = std::fopen("/proc/cpuinfo", "r");
-    if (file == nullptr) {
-        fatal_error("zvr_get_num_cpu", "Error in getting number of CPUs for the system");
+    TextFile file("/proc/cpuinfo", LineReader::unlimited);
+    if (!file.is_open()) {
+        fail("Error in getting number of CPUs for the system");
     }
     constexpr const char* keyword = "processor";
-    LineReader lines(fileno(file), LineReader::unlimited);
     LineText line;
     int count = 0;
-    while (lines.next(line)) {
+    while (file.next(line)) {
         count += std::strncmp(line.text, keyword, std::strlen(keyword)) == 0;
     }
-    lines.require_whole("zvr_get_num_cpu", "/proc/cpuinfo");
-    std::fclose(file);
     return count;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Number of processors of the machine. Ends the run when it cannot be read.
+// Number of processors of the machine. Fails when it cannot be read.
 int zvr_get_num_cpu();
 
 // Number of worker threads for that many processors, when nobody asked for a number: some

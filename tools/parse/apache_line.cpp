@@ -1,9 +1,9 @@
-#include "tools/config/field_layout.h"
 #include "base/logs.h"
+#include "base/tokenizers.h"
+#include "tools/config/field_layout.h"
 #include "tools/parse/line_parsers.h"
 #include "tools/parse/request_fields.h"
 #include "tools/parse/timestamps.h"
-#include "base/tokenizers.h"
 
 #include <cstring>
 

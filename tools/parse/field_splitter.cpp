@@ -1,7 +1,7 @@
 #include "tools/parse/field_splitter.h"
 
-#include "base/logs.h"
 #include "base/byte_search.h"
+#include "base/logs.h"
 
 namespace {
 

@@ -182,6 +182,6 @@ int load_url_info(ParsingThread& thread, RecordTable& al_info_array_t, int seq_f
         thread.numbers.add(record);
         ++*seq_no;
     }
-    lines.require_whole(fname, file.file_name);
+    lines.require_whole(file.file_name);
     return 0;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tools/parse/request_numbers.h"
 #include "base/text_arena.h"
+#include "tools/parse/request_numbers.h"
 
 #include <cstdint>
 #include <string>

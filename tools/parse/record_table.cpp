@@ -12,7 +12,7 @@ void RecordTable::grow(uint64_t count) {
     void* grown = capacity_ == 0 ? reserve_pages(size)
                                  : grow_pages(records_, capacity_ * sizeof(alInfo), size);
     if (grown == nullptr) {
-        out_of_memory("process_url_files", "al_info_array", size);
+        out_of_memory("al_info_array", size);
     }
     records_ = static_cast<alInfo*>(grown);
     capacity_ = capacity;

@@ -1,9 +1,9 @@
 #include "tools/parse/request_fields.h"
 
+#include "base/logs.h"
 #include "tools/config/field_layout.h"
 #include "tools/config/replay_period.h"
 #include "tools/config/replay_settings.h"
-#include "base/logs.h"
 #include "tools/parse/client_address.h"
 #include "tools/parse/relative_location.h"
 

@@ -1,8 +1,8 @@
 #include "tools/parse/request_numbers.h"
 
-#include "tools/config/replay_settings.h"
-#include "base/logs.h"
+#include "base/failure.h"
 #include "base/text_hash.h"
+#include "tools/config/replay_settings.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,8 +15,7 @@ constexpr uint32_t max_url_number = max_requests; // each may have a URL of its 
 
 void refuse_beyond_limit(size_t request_count) {
     if (request_count > max_requests) {
-        fatal_error("process_url_files", "More than %u requests can not be processed",
-                    max_requests);
+        fail("More than %u requests can not be processed", max_requests);
     }
 }
 

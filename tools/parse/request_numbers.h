@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/allocation.h"
-#include "tools/parse/request_record.h"
 #include "base/text_numbers.h"
+#include "tools/parse/request_record.h"
 
 #include <array>
 #include <cstddef>
@@ -41,7 +41,7 @@ class RequestNumbers {
     void change_session(uint32_t index, const alInfo& request);
 
     // Takes over the numbers of records that came to stand behind the records of this table. Both
-    // must be finished. Ends the run beyond 2,147,483,647 requests, as add and finish do.
+    // must be finished. Fails beyond 2,147,483,647 requests, as add and finish do.
     void append(RequestNumbers&& other);
 
     uint32_t count() const { return static_cast<uint32_t>(numbers_.size()); }

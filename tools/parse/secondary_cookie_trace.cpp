@@ -1,7 +1,7 @@
 #include "tools/parse/secondary_cookie_trace.h"
 
+#include "base/failure.h"
 #include "base/left_results.h"
-#include "base/logs.h"
 
 char akaau_trace = 0;
 FILE* akaau_trace_fp = nullptr;
@@ -19,7 +19,7 @@ void open_akaau_trace(const OwnDirectory& config_dir) {
     }
     akaau_trace_fp = open_stream(config_dir.create(name, 0666), "w");
     if (akaau_trace_fp == nullptr) {
-        fatal_error("main", "Failed to open akaau.trace file");
+        fail("Failed to open akaau.trace file");
     }
 }
 
@@ -30,7 +30,7 @@ void close_akaau_trace() {
     const bool failed = std::fflush(akaau_trace_fp) != 0 || std::ferror(akaau_trace_fp) != 0;
     note_left_result(name, fileno(akaau_trace_fp));
     if (std::fclose(akaau_trace_fp) != 0 || failed) {
-        fatal_error("main", "Failed to write to akaau.trace file");
+        fail("Failed to write to akaau.trace file");
     }
     akaau_trace_fp = nullptr;
 }

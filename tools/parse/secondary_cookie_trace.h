@@ -13,10 +13,10 @@ extern FILE* akaau_trace_fp; // the open file, or null; opened before and closed
                              // written by all worker threads, each line in one piece
 
 // Removes the trace of an earlier run from the configuration directory and, with the option given,
-// opens a new one. Ends the run when that fails.
+// opens a new one. Fails when that fails.
 void open_akaau_trace(const OwnDirectory& config_dir);
 
-// Closes the trace if it is open. Ends the run when it could not be written whole.
+// Closes the trace if it is open. Fails when it could not be written whole.
 void close_akaau_trace();
 
 // Where a request was found.

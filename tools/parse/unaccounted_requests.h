@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/text_numbers.h"
 #include "tools/parse/parsing_thread.h"
 #include "tools/parse/request_record.h"
-#include "base/text_numbers.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,7 +1,7 @@
 #include "tools/patterns/classification.h"
 
-#include "tools/config/replay_settings.h"
 #include "base/logs.h"
+#include "tools/config/replay_settings.h"
 #include "tools/patterns/pattern_index.h"
 
 #include <algorithm>

@@ -1,9 +1,10 @@
 #include "tools/patterns/pattern_files.h"
 
 #include "base/allocation.h"
+#include "base/failure.h"
 #include "base/file_exists.h"
-#include "base/line_reader.h"
 #include "base/logs.h"
+#include "base/text_file.h"
 #include "base/tokenizers.h"
 #include "tools/config/replay_profile.h"
 #include "tools/patterns/pattern_regex.h"
@@ -26,10 +27,12 @@ bool equal_ignoring_case(const char* a, const char* b) {
 // can be.
 class PatternLines {
   public:
-    explicit PatternLines(FILE* file) : lines_(fileno(file), line_size) {}
+    explicit PatternLines(const std::string& path) : file_(path, line_size) {}
+
+    bool is_open() const { return file_.is_open(); }
 
     bool next(LineText& line) {
-        while (lines_.next(line)) {
+        while (file_.next(line)) {
             ++line_num_;
             const bool is_header = line_num_ == 1 && strncasecmp(line.text, "status", 6) == 0;
             if (line.size != 0 && line.text[0] != '#' && !is_header) {
@@ -41,25 +44,20 @@ class PatternLines {
 
     int line_num() const { return line_num_; }
 
-    void require_whole(const char* fname, const char* file_name) const {
-        lines_.require_whole(fname, file_name);
-    }
-
   private:
-    LineReader lines_;
+    TextFile file_;
     int line_num_ = 0;
 };
 
-// Hands every line of the open file `path` to `add_line`, with its number, and closes the file.
-void read_patterns(FILE* file, const char* fname, const char* path,
-                   void (*add_line)(char* line, int line_num)) {
-    PatternLines lines(file);
+// Hands every line of the file to `add_line`, with its number. Returns false when the file cannot
+// be opened.
+bool read_patterns(const char* path, void (*add_line)(char* line, int line_num)) {
+    PatternLines lines(path);
     LineText line;
-    while (lines.next(line)) {
+    while (lines.is_open() && lines.next(line)) {
         add_line(line.text, lines.line_num());
     }
-    lines.require_whole(fname, path);
-    std::fclose(file);
+    return lines.is_open();
 }
 
 // A table that patterns are added to, under the name that its growth is reported with.
@@ -73,11 +71,11 @@ struct GrowingTable {
 };
 
 // The entry after the last one, zeroed.
-UPInfo& next_entry(const char* fname, GrowingTable& table) {
+UPInfo& next_entry(GrowingTable& table) {
     constexpr int growth = 1000;
     if (table.total == table.max) {
-        table.entries = static_cast<UPInfo*>(grow_table(
-            fname, table.name, table.entries, table.total, table.total + growth, sizeof(UPInfo)));
+        table.entries = static_cast<UPInfo*>(grow_table(table.name, table.entries, table.total,
+                                                        table.total + growth, sizeof(UPInfo)));
         table.max += growth;
     }
     return table.entries[table.total];
@@ -92,9 +90,8 @@ char* shared_na() {
     return const_cast<char*>(na_string);
 }
 
-char* host_text(const char* fname, const char* table_name, const char* field) {
-    return equal_ignoring_case(field, na_string) ? shared_na()
-                                                 : copy_text(fname, table_name, field);
+char* host_text(const char* table_name, const char* field) {
+    return equal_ignoring_case(field, na_string) ? shared_na() : copy_text(table_name, field);
 }
 
 constexpr const char* url_fname = "save_url_pattern";
@@ -138,26 +135,24 @@ char* find_post_data_file(const char* field, int line_num) {
               "Post data file - '%s' found at line num '%d' in 'replay_url_patterns.dat'",
               path.c_str(), line_num);
     if (!file_exists(path.c_str())) {
-        fatal_error(url_fname, "Post data File '%s' not found for profile %s", path.c_str(),
-                    replay_profile);
+        fail("Post data File '%s' not found for profile %s", path.c_str(), replay_profile);
     }
-    return copy_text(url_fname, "post_data_file", path);
+    return copy_text("post_data_file", path);
 }
 
 void add_url_pattern(GrowingTable table, char* const fields[], int line_num) {
-    UPInfo& entry = next_entry(url_fname, table);
-    entry.url_ptrn_string = copy_text(url_fname, table.name, fields[field_pattern]);
+    UPInfo& entry = next_entry(table);
+    entry.url_ptrn_string = copy_text(table.name, fields[field_pattern]);
     if (zvr_compile_regex(fields[field_pattern], 1, &entry.url_ptrn_regex) != 0) {
-        fatal_error(url_fname,
-                    "Failed to compile url pattern given at line '%d' in 'replay_url_patterns.dat' "
-                    "for profile '%s'",
-                    line_num, replay_profile);
+        fail("Failed to compile url pattern given at line '%d' in 'replay_url_patterns.dat' "
+             "for profile '%s'",
+             line_num, replay_profile);
     }
     set_method(entry, fields[field_method]);
-    entry.host = host_text(url_fname, table.name, fields[field_host]);
+    entry.host = host_text(table.name, fields[field_host]);
     entry.txn_name = shared_na();
     if (table.has_transactions) {
-        entry.txn_name = copy_text(url_fname, table.name, fields[field_txn_name]);
+        entry.txn_name = copy_text(table.name, fields[field_txn_name]);
         entry.post_data_file = find_post_data_file(fields[field_post_data_file], line_num);
     }
     ++table.total;
@@ -168,9 +163,8 @@ void add_url_pattern_line(char* line, int line_num) {
     int count;
     get_tokens1(line, fields, "|", url_pattern_field_count, &count);
     if (count < url_pattern_field_count) {
-        fatal_error(url_fname,
-                    "Invalid entry at line '%d' in 'replay_url_patterns.dat' for profile '%s'",
-                    line_num, replay_profile);
+        fail("Invalid entry at line '%d' in 'replay_url_patterns.dat' for profile '%s'", line_num,
+             replay_profile);
     }
     if (!equal_ignoring_case(fields[field_status], "active")) {
         DEBUG_LOG(3, url_fname, "Inactive pattern entry found , ignoring .");
@@ -206,29 +200,25 @@ void add_filter_pattern_line(char* line, int line_num) {
     int count;
     get_tokens1(line, fields, "|", filter_pattern_field_count, &count);
     if (count < filter_pattern_field_count) {
-        fatal_error(
-            filter_fname,
-            "Invalid filter pattern at line '%d' in 'replay_url_filter_patterns.dat' in profile "
-            "'%s'",
-            line_num, replay_profile);
+        fail("Invalid filter pattern at line '%d' in 'replay_url_filter_patterns.dat' in profile "
+             "'%s'",
+             line_num, replay_profile);
     }
     if (!equal_ignoring_case(fields[filter_status], "active")) {
         return;
     }
     GrowingTable table = {"filter_url_pattern", filter_url_pattern, total_filter_url_pattern,
                           max_filter_url_pattern};
-    UPInfo& entry = next_entry(filter_fname, table);
+    UPInfo& entry = next_entry(table);
     if (zvr_compile_regex(fields[filter_pattern], 1, &entry.url_ptrn_regex) != 0) {
-        fatal_error(
-            filter_fname,
-            "Invalid url pattern at line '%d' in 'replay_url_filter_patterns.dat' in profile '%s'",
-            line_num, replay_profile);
+        fail("Invalid url pattern at line '%d' in 'replay_url_filter_patterns.dat' in profile '%s'",
+             line_num, replay_profile);
     }
     DEBUG_LOG(4, filter_fname, "filter url pattern '%s' successfully added",
               fields[filter_pattern]);
-    entry.url_ptrn_string = copy_text(filter_fname, table.name, fields[filter_pattern]);
+    entry.url_ptrn_string = copy_text(table.name, fields[filter_pattern]);
     set_method(entry, fields[filter_method]);
-    entry.host = host_text(filter_fname, table.name, fields[filter_host]);
+    entry.host = host_text(table.name, fields[filter_host]);
     entry.txn_name = shared_na();
     ++table.total;
 }
@@ -238,12 +228,9 @@ void add_filter_pattern_line(char* line, int line_num) {
 void save_url_pattern(const char* url_pattern_file) {
     DEBUG_LOG(3, url_fname, "Processing 'replay_url_patterns.dat' for profile '%s'",
               replay_profile);
-    FILE* file = std::fopen(url_pattern_file, "r");
-    if (file == nullptr) {
-        fatal_error(url_fname, "Failed to open 'replay_url_patterns.dat' for profile '%s'",
-                    replay_profile);
+    if (!read_patterns(url_pattern_file, add_url_pattern_line)) {
+        fail("Failed to open 'replay_url_patterns.dat' for profile '%s'", replay_profile);
     }
-    read_patterns(file, url_fname, url_pattern_file, add_url_pattern_line);
     DEBUG_LOG(3, url_fname, "'replay_url_patterns.dat' successfully processed for profile '%s'",
               replay_profile);
     DEBUG_LOG(3, url_fname, "Total inline url pattern = %d added", total_inline_url_pattern);
@@ -255,12 +242,8 @@ void save_url_pattern(const char* url_pattern_file) {
 void save_filter_url_pattern(const char* filter_file) {
     DEBUG_LOG(3, filter_fname, "Processing 'replay_url_filter_patterns.dat' for profile '%s'",
               replay_profile);
-    FILE* file = std::fopen(filter_file, "r");
-    if (file == nullptr) {
-        fatal_error(filter_fname,
-                    "Failed to open 'replay_url_filter_patterns.dat' for profile '%s'",
-                    replay_profile);
+    if (!read_patterns(filter_file, add_filter_pattern_line)) {
+        fail("Failed to open 'replay_url_filter_patterns.dat' for profile '%s'", replay_profile);
     }
-    read_patterns(file, filter_fname, filter_file, add_filter_pattern_line);
     DEBUG_LOG(3, filter_fname, "total '%d' filter url pattern found.", total_filter_url_pattern);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Readers of the two pattern files of the replay profile. Each ends the run with an error line when
+// Readers of the two pattern files of the replay profile. Each fails when
 // its file cannot be opened, a line has too few fields, a pattern does not compile, or a post-data
 // file is missing.
 

@@ -1,13 +1,14 @@
 #include "tools/results/complete_url_list.h"
 
 #include "base/allocation.h"
+#include "base/failure.h"
 #include "base/logs.h"
 #include "base/result_file.h"
+#include "base/text_arena.h"
+#include "base/text_file.h"
+#include "base/tokenizers.h"
 #include "tools/load/line_count.h"
 #include "tools/load/request_table.h"
-#include "base/line_reader.h"
-#include "base/text_arena.h"
-#include "base/tokenizers.h"
 #include "tools/urls/request_selection.h"
 #include "tools/urls/unique_urls.h"
 
@@ -15,6 +16,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -69,7 +71,7 @@ void read_counter(LineText line) {
 }
 
 [[noreturn]] void refuse_row() {
-    fatal_error(fname, "Invalid line in complete_url.list, remove cache, and try again");
+    fail("Invalid line in complete_url.list, remove cache, and try again");
 }
 
 constexpr int column_count = 4; // before the URL, which may hold separators itself
@@ -133,7 +135,7 @@ void read_row(LineText line, TextArena& texts) {
 void allocate_table(const std::string& path, int descriptor) {
     const uint64_t line_count = total_lines_in_open_file(path.c_str(), descriptor);
     if (line_count == 0) {
-        fatal_error(fname, "Failed to count number of lines from file %s", path.c_str());
+        fail("Failed to count number of lines from file %s", path.c_str());
     }
     DEBUG_LOG(3, fname, "Number of request in cache file = %d", static_cast<int>(line_count));
     url_pattern =
@@ -148,7 +150,7 @@ bool write_complete_url_list(const OwnDirectory& config_dir) {
     const std::string path = list_path(config_dir);
     ResultFile file;
     if (!file.create(config_dir, list_name)) {
-        fatal_error("main", "Unable to open file - %s", path.c_str());
+        fail("Unable to open file - %s", path.c_str());
     }
     for (const CounterLine& counter_line : counter_lines) {
         file.append(counter_line.key);
@@ -162,7 +164,7 @@ bool write_complete_url_list(const OwnDirectory& config_dir) {
         can_all_be_read_back = can_all_be_read_back && can_be_read_back(url_pattern[i]);
     }
     if (!file.close()) {
-        fatal_error("main", "Unable to write file - %s", path.c_str());
+        fail("Unable to write file - %s", path.c_str());
     }
     DEBUG_LOG(3, "main", "Dumped complete url list.");
     return can_all_be_read_back;
@@ -171,21 +173,20 @@ bool write_complete_url_list(const OwnDirectory& config_dir) {
 void fill_url_pattern_from_cache(const OwnDirectory& config_dir) {
     DEBUG_LOG(2, fname, "Method called");
     const std::string path = list_path(config_dir);
-    const FileDescriptor cache = config_dir.open_file(list_name);
+    FileDescriptor cache = config_dir.open_file(list_name);
     if (!cache.is_open()) {
-        fatal_error(fname, "Failed to open cache file %s", path.c_str());
+        fail("Failed to open cache file %s", path.c_str());
     }
     allocate_table(path, cache.get());
-    LineReader lines(cache.get(), LineReader::unlimited);
+    TextFile file(std::move(cache), path, LineReader::unlimited);
     LineText line;
     TextArena texts;
-    while (lines.next(line)) {
+    while (file.next(line)) {
         if (line.size != 0 && line.text[0] == '#') {
             read_counter(line);
         } else if (line.size != 0) {
             read_row(line, texts);
         }
     }
-    lines.require_whole(fname, path.c_str());
     DEBUG_LOG(2, fname, "Total uniq urls added = %d", url_pattern_count);
 }

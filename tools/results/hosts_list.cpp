@@ -1,6 +1,7 @@
 #include "tools/results/hosts_list.h"
 
 #include "base/allocation.h"
+#include "base/failure.h"
 #include "base/logs.h"
 #include "base/result_file.h"
 #include "base/text_hash.h"
@@ -47,7 +48,7 @@ void write_hosts_list(const OwnDirectory& config_dir) {
     const std::string path = config_dir.path() + "/hosts.list";
     ResultFile file;
     if (!file.create(config_dir, "hosts.list")) {
-        fatal_error(fname, "Failed to open file %s", path.c_str());
+        fail("Failed to open file %s", path.c_str());
     }
     for (int i = 0; i < count; ++i) {
         file.append(url_pattern[hosts[i]].host_hdr);
@@ -55,7 +56,7 @@ void write_hosts_list(const OwnDirectory& config_dir) {
     }
     std::free(hosts);
     if (!file.close()) {
-        fatal_error(fname, "Failed to write file %s", path.c_str());
+        fail("Failed to write file %s", path.c_str());
     }
     DEBUG_LOG(3, fname, "%d uniq hosts added in hosts.list", count);
 }

@@ -1,9 +1,9 @@
 #include "tools/results/url_list.h"
 
-#include "tools/config/replay_settings.h"
-#include "base/logs.h"
+#include "base/failure.h"
 #include "base/progress.h"
 #include "base/result_file.h"
+#include "tools/config/replay_settings.h"
 #include "tools/load/request_table.h"
 #include "tools/parse/secondary_cookie_trace.h"
 #include "tools/patterns/classification.h"
@@ -18,7 +18,6 @@
 
 namespace {
 
-constexpr const char* fname = "main";
 constexpr size_t summary_width = 511; // characters of the first line, padded with blanks
 
 constexpr std::string_view pattern_object[] = {"MAIN", "MAIN_WITHOUT_TX", "INLINE"};
@@ -151,7 +150,7 @@ std::string secondary_cookie_part() {
 
 void print_summary(const std::string& summary) {
     if (std::printf("%s\n", summary.c_str()) < 0 || std::fflush(stdout) != 0) {
-        fatal_error(fname, "Unable to write summary to standard output");
+        fail("Unable to write summary to standard output");
     }
 }
 
@@ -173,7 +172,7 @@ void write_url_list(const OwnDirectory& config_dir) {
     const std::string path = config_dir.path() + "/url.list";
     ResultFile file;
     if (!file.create(config_dir, "url.list")) {
-        fatal_error(fname, "Unable to open file - %s", path.c_str());
+        fail("Unable to open file - %s", path.c_str());
     }
     const PhaseProgress progress("Start dumping url pattern at  %s\n",
                                  "End dumping url pattern at  %s\nTotal time taken : %ld\n");
@@ -183,7 +182,7 @@ void write_url_list(const OwnDirectory& config_dir) {
     const uint64_t row_count = write_rows(file);
     file.overwrite_start(make_summary(row_count, ""));
     if (!file.close()) {
-        fatal_error(fname, "Unable to write file - %s", path.c_str());
+        fail("Unable to write file - %s", path.c_str());
     }
     print_summary(make_summary(row_count, secondary_cookie_part()));
     progress.finish();

@@ -13,5 +13,5 @@
 void replace_pipe_by_ascii(const char* in, size_t len, std::string& out);
 
 // Writes the file into the configuration directory and, once it is whole, prints the summary line
-// on standard output. Ends the run when either fails.
+// on standard output. Fails when either fails.
 void write_url_list(const OwnDirectory& config_dir);

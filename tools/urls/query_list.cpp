@@ -1,12 +1,12 @@
 #include "tools/urls/query_list.h"
 
+#include "base/failure.h"
 #include "tools/config/replay_settings.h"
-#include "base/logs.h"
 
 namespace {
 
 [[noreturn]] void fail_to_write() {
-    fatal_error("make_url_pattern_list", "Failed to write to query_url.list");
+    fail("Failed to write to query_url.list");
 }
 
 } // namespace
@@ -16,7 +16,7 @@ QueryList::QueryList(const OwnDirectory& config_dir) {
     config_dir.remove(name);
     const bool is_wanted = dump_query_flag != 0 && ignore_query_flag != 0;
     if (is_wanted && !file_.create(config_dir, name)) {
-        fatal_error("main", "Unable to create 'query_url.list' file");
+        fail("Unable to create 'query_url.list' file");
     }
 }
 

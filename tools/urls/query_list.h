@@ -10,7 +10,7 @@
 class QueryList {
   public:
     // Removes the list of an earlier run and, when the settings ask for one (dump_query_flag and
-    // ignore_query_flag), makes a new one. Ends the run when that fails.
+    // ignore_query_flag), makes a new one. Fails when that fails.
     explicit QueryList(const OwnDirectory& config_dir);
 
     bool is_open() const { return file_.is_open(); }
@@ -18,10 +18,10 @@ class QueryList {
     // Byte offset at which the next line will begin.
     int64_t offset() const { return written_len_; }
 
-    // Adds a line, or ends the run.
+    // Adds a line, or fails.
     void add(std::string_view url);
 
-    // Closes the list if it is open. Ends the run when it could not be written whole.
+    // Closes the list if it is open. Fails when it could not be written whole.
     void close();
 
   private:

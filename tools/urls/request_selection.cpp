@@ -1,7 +1,7 @@
 #include "tools/urls/request_selection.h"
 
-#include "tools/config/replay_settings.h"
 #include "base/logs.h"
+#include "tools/config/replay_settings.h"
 #include "tools/load/request_table.h"
 #include "tools/urls/redirect_followups.h"
 

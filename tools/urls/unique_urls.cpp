@@ -63,9 +63,8 @@ int create_url_pattern() {
     if (url_pattern_count == max_url_pattern) {
         DEBUG_LOG(4, "create_url_pattern", "Allocating memory for url pattern list.");
         const int new_max = static_cast<int>(static_cast<unsigned>(max_url_pattern) + growth);
-        url_pattern =
-            static_cast<UrlInfo*>(grow_table("create_url_pattern", "url pattern list", url_pattern,
-                                             max_url_pattern, new_max, sizeof(UrlInfo)));
+        url_pattern = static_cast<UrlInfo*>(
+            grow_table("url pattern list", url_pattern, max_url_pattern, new_max, sizeof(UrlInfo)));
         max_url_pattern = new_max;
     }
     return url_pattern_count++;

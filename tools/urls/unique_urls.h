@@ -36,5 +36,5 @@ int create_url_pattern();
 
 // Makes the table from the request table, given the order of its records, whose URLs have numbers
 // below `url_count`: selects the requests that count, and writes the full URLs of those whose URL
-// is cut to `query_list` when it is open. Ends the run when that cannot be written.
+// is cut to `query_list` when it is open. Fails when that cannot be written.
 void make_url_pattern_list(SessionOrder session_order, uint32_t url_count, QueryList& query_list);
