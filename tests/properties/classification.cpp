@@ -8,7 +8,6 @@
 #include <array>
 #include <cstring>
 #include <strings.h>
-#include <tuple>
 #include <vector>
 
 namespace {
@@ -135,10 +134,7 @@ void load(const Tables& tables) {
     }
     save_filter_url_pattern(directory.write("filters", filters).c_str());
     save_url_pattern(directory.write("patterns", patterns).c_str());
-    fill_seq_in_url_pattern_table(filter_url_pattern, total_filter_url_pattern);
-    fill_seq_in_url_pattern_table(inline_url_pattern, total_inline_url_pattern);
-    fill_seq_in_url_pattern_table(main_url_pattern, total_main_url_pattern);
-    fill_seq_in_url_pattern_table(main_wotx_url_pattern, total_main_wotx_url_pattern);
+    sort_pattern_tables();
 }
 
 void fill_url_table(std::vector<Url>& urls) {
@@ -201,12 +197,7 @@ void check_classification(Choices& choices) {
 }
 
 void forget_patterns() {
-    using Table = std::tuple<UPInfo*&, int&, int&>;
-    for (const auto& [entries, total, max] :
-         {Table{filter_url_pattern, total_filter_url_pattern, max_filter_url_pattern},
-          Table{inline_url_pattern, total_inline_url_pattern, max_inline_url_pattern},
-          Table{main_url_pattern, total_main_url_pattern, max_main_url_pattern},
-          Table{main_wotx_url_pattern, total_main_wotx_url_pattern, max_main_wotx_url_pattern}}) {
+    for (const auto& [name, entries, total, max] : pattern_tables) {
         for (int i = 0; i < max; ++i) { // also one that was left half filled
             regfree(&entries[i].url_ptrn_regex);
             for (char* text : {entries[i].url_ptrn_string, entries[i].post_data_file,

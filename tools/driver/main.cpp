@@ -105,13 +105,6 @@ OwnDirectory create_config_directory() {
     return config_dir;
 }
 
-void sort_pattern_tables() {
-    fill_seq_in_url_pattern_table(filter_url_pattern, total_filter_url_pattern);
-    fill_seq_in_url_pattern_table(inline_url_pattern, total_inline_url_pattern);
-    fill_seq_in_url_pattern_table(main_url_pattern, total_main_url_pattern);
-    fill_seq_in_url_pattern_table(main_wotx_url_pattern, total_main_wotx_url_pattern);
-}
-
 // A worker thread's failure ends the run at once, whatever the others are at.
 [[noreturn]] void end_run(const Failure& failure) {
     fatal_error("%s", failure.message.c_str());

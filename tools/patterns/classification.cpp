@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 uint64_t total_inline_filtered = 0;
 
@@ -15,99 +16,111 @@ constexpr const char* fname = "fill_pattern_index";
 
 constexpr int32_t no_pattern = -1;
 
-// A pattern table of one kind, with its index.
-class SearchedTable {
-  public:
-    SearchedTable(const UPInfo* pattern_table, int pattern_count)
-        : pattern_table_(pattern_table), pattern_count_(pattern_count),
-          index_(pattern_table, debug_wanted(4) ? 0 : pattern_count) {}
+// What becomes of a URL that a pattern of a kind fits.
+struct Verdict {
+    int debug_level;
+    const char* debug_line; // names the URL and the pattern; null: there is none
+    void (*store)(UrlInfo& entry, int32_t index);
+};
 
+void mark_as_filtered(UrlInfo& entry, int32_t index) {
+    entry.filter_flag = 1;
+    entry.pattern_table_idx = index;
+}
+
+void leave_out(UrlInfo& entry, int32_t) {
+    entry.ignore_flag = 1;
+    total_inline_filtered += entry.count;
+}
+
+template <char request_type> void set_type(UrlInfo& entry, int32_t index) {
+    entry.request_type = request_type;
+    entry.pattern_table_idx = index;
+}
+
+constexpr Verdict verdicts[pattern_kind_count] = {
+    // by kind
+    {4, "Url '%s' matched with filter url patterns '%s'", mark_as_filtered},
+    {3,
+     "Url '%s' matched with inline url pattern '%s' and mode is not INLINE_MODE_AS_PER_LOG, will "
+     "be ignored",
+     leave_out},
+    {4, "Url '%s' matched with main url patterns '%s'", set_type<REQUEST_TYPE_MAIN>},
+    {4, "Url '%s' matched with main url without transaction pattern '%s'",
+     set_type<REQUEST_TYPE_MAIN_WITHOUT_TX>},
+};
+constexpr Verdict kept_inline = {0, nullptr, set_type<REQUEST_TYPE_INLINE>};
+
+const Verdict& verdict_of(PatternKind kind) {
+    const bool is_kept = kind == PATTERN_INLINE && inline_mode == INLINE_MODE_AS_PER_LOG;
+    return is_kept ? kept_inline : verdicts[kind];
+}
+
+// The patterns of one kind, with an index to find them by and what follows when one is found.
+class Classifier {
+  public:
+    explicit Classifier(PatternKind kind)
+        : table_(pattern_tables[kind]), verdict_(verdict_of(kind)),
+          index_(table_.entries, debug_wanted(4) ? 0 : table_.total) {}
+
+    // Classifies the URL if one of the patterns fits it, and tells whether one does.
+    bool take(UrlInfo& entry) {
+        const int32_t index = find(entry);
+        if (index == no_pattern) {
+            return false;
+        }
+        if (verdict_.debug_line != nullptr && debug_wanted(verdict_.debug_level)) {
+            debug_log(verdict_.debug_level, fname, verdict_.debug_line, entry.url,
+                      table_.entries[index].url_ptrn_string);
+        }
+        verdict_.store(entry, index);
+        return true;
+    }
+
+  private:
     // The plain search writes debug lines for every pattern that it tries.
     int32_t find(const UrlInfo& entry) {
-        return debug_wanted(4) ? get_url_pattern_idx(pattern_table_, pattern_count_, entry.url,
+        return debug_wanted(4) ? get_url_pattern_idx(table_.entries, table_.total, entry.url,
                                                      entry.method, entry.host_hdr)
                                : index_.find(entry.url, entry.method, entry.host_hdr);
     }
 
-    const char* text_of(int32_t index) const { return pattern_table_[index].url_ptrn_string; }
-
-  private:
-    const UPInfo* pattern_table_;
-    int pattern_count_;
+    const PatternTable& table_;
+    const Verdict& verdict_;
     PatternIndex index_;
 };
 
-bool classify_as_filtered(UrlInfo& entry, SearchedTable& patterns) {
-    const int32_t index = patterns.find(entry);
-    if (index == no_pattern) {
-        return false;
+void classify(UrlInfo& entry, std::vector<Classifier>& classifiers) {
+    for (Classifier& classifier : classifiers) {
+        if (classifier.take(entry)) {
+            return;
+        }
     }
-    DEBUG_LOG(4, fname, "Url '%s' matched with filter url patterns '%s'", entry.url,
-              patterns.text_of(index));
-    entry.filter_flag = 1;
-    entry.pattern_table_idx = index;
-    return true;
-}
-
-bool classify_as_inline(UrlInfo& entry, SearchedTable& patterns) {
-    const int32_t index = patterns.find(entry);
-    if (index == no_pattern) {
-        return false;
-    }
-    if (inline_mode == INLINE_MODE_AS_PER_LOG) {
-        entry.request_type = REQUEST_TYPE_INLINE;
-        entry.pattern_table_idx = index;
-        return true;
-    }
-    DEBUG_LOG(3, fname,
-              "Url '%s' matched with inline url pattern '%s' and mode is not "
-              "INLINE_MODE_AS_PER_LOG, will be ignored",
-              entry.url, patterns.text_of(index));
-    entry.ignore_flag = 1;
-    total_inline_filtered += entry.count;
-    return true;
-}
-
-bool classify_as_main(UrlInfo& entry, SearchedTable& patterns) {
-    const int32_t index = patterns.find(entry);
-    if (index == no_pattern) {
-        return false;
-    }
-    DEBUG_LOG(4, fname, "Url '%s' matched with main url patterns '%s'", entry.url,
-              patterns.text_of(index));
-    entry.request_type = REQUEST_TYPE_MAIN;
-    entry.pattern_table_idx = index;
-    return true;
-}
-
-bool classify_as_main_without_tx(UrlInfo& entry, SearchedTable& patterns) {
-    const int32_t index = patterns.find(entry);
-    if (index == no_pattern) {
-        return false;
-    }
-    DEBUG_LOG(4, fname, "Url '%s' matched with main url without transaction pattern '%s'",
-              entry.url, patterns.text_of(index));
-    entry.request_type = REQUEST_TYPE_MAIN_WITHOUT_TX;
-    entry.pattern_table_idx = index;
-    return true;
+    DEBUG_LOG(4, fname, "No pattern matched for url = '%s'", entry.url);
+    entry.pattern_table_idx = no_pattern;
 }
 
 } // namespace
 
 void fill_pattern_index() {
-    SearchedTable filter(filter_url_pattern, total_filter_url_pattern);
-    SearchedTable inlined(inline_url_pattern, total_inline_url_pattern);
-    SearchedTable main(main_url_pattern, total_main_url_pattern);
-    SearchedTable main_wotx(main_wotx_url_pattern, total_main_wotx_url_pattern);
-    for (int i = 0; i < url_pattern_count; ++i) {
-        UrlInfo& entry = url_pattern[i];
-        if (classify_as_filtered(entry, filter) || classify_as_inline(entry, inlined) ||
-            classify_as_main(entry, main) || classify_as_main_without_tx(entry, main_wotx)) {
-            continue;
-        }
-        DEBUG_LOG(4, fname, "No pattern matched for url = '%s'", entry.url);
-        entry.pattern_table_idx = no_pattern;
+    std::vector<Classifier> classifiers;
+    for (int kind = 0; kind < pattern_kind_count; ++kind) {
+        classifiers.emplace_back(static_cast<PatternKind>(kind));
     }
+    for (int i = 0; i < url_pattern_count; ++i) {
+        classify(url_pattern[i], classifiers);
+    }
+}
+
+const UPInfo* deciding_pattern(const UrlInfo& entry) {
+    constexpr PatternKind kind_of_type[] = {PATTERN_MAIN, PATTERN_MAIN_WITHOUT_TX, PATTERN_INLINE};
+    if (entry.pattern_table_idx == no_pattern) {
+        return nullptr;
+    }
+    const PatternKind kind = entry.filter_flag != 0
+                                 ? PATTERN_FILTER
+                                 : kind_of_type[static_cast<unsigned char>(entry.request_type)];
+    return &pattern_tables[kind].entries[entry.pattern_table_idx];
 }
 
 int32_t get_url_pattern_idx(const UPInfo* pattern_table, int pattern_count, const char* url,

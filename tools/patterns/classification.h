@@ -16,8 +16,12 @@ constexpr char REQUEST_TYPE_INLINE = 2;
 extern uint64_t total_inline_filtered;
 
 // Sets pattern_table_idx, request_type, filter_flag and ignore_flag of every entry of url_pattern.
-// The pattern tables must have been through fill_seq_in_url_pattern_table.
+// The pattern tables must have been through sort_pattern_tables.
 void fill_pattern_index();
+
+// The pattern that decided what a classified URL is; null when none fits it. Not to be asked of a
+// URL that is left out.
+const UPInfo* deciding_pattern(const UrlInfo& entry);
 
 // Index of the first entry of a pattern table that fits: its pattern covers the whole URL, its
 // method is "NA" or the URL's (ignoring case), its host "NA" or the URL's. -1 when there is none.

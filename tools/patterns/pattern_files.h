@@ -1,8 +1,7 @@
 #pragma once
 
-// Readers of the two pattern files of the replay profile. Each fails when
-// its file cannot be opened, a line has too few fields, a pattern does not compile, or a post-data
-// file is missing.
+// Loaders of the two pattern files of the replay profile. Each fails when its file cannot be
+// opened, a line has too few fields, a pattern does not compile, or a post-data file is missing.
 
 // Adds the active patterns of `url_pattern_file` to the main, inline and main-without-transaction
 // tables.

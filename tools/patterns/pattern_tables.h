@@ -39,6 +39,31 @@ extern UPInfo* main_wotx_url_pattern; // pages without a transaction
 extern int total_main_wotx_url_pattern;
 extern int max_main_wotx_url_pattern;
 
+// The kinds in the order in which their tables decide what a URL is.
+enum PatternKind {
+    PATTERN_FILTER,
+    PATTERN_INLINE,
+    PATTERN_MAIN,
+    PATTERN_MAIN_WITHOUT_TX,
+    pattern_kind_count
+};
+
+// One of the tables above, for code that treats them all alike.
+struct PatternTable {
+    const char* name; // as messages about memory have it
+    UPInfo*& entries;
+    int& total; // entries in use
+    int& max;   // entries allocated
+};
+extern const PatternTable pattern_tables[pattern_kind_count]; // by kind
+
+// The zeroed entry after the last one in use, for the caller to fill and to count in `total`. The
+// table, which may move, grows by 1,000 entries at a time.
+UPInfo& next_pattern(const PatternTable& table);
+
+// Makes all tables ready to be searched: fill_seq_in_url_pattern_table of each.
+void sort_pattern_tables();
+
 // Sorts a table by pattern text, entries of equal text in file order, and gives the entries of each
 // text the index of the first of them as parent_seq.
 void fill_seq_in_url_pattern_table(UPInfo* pattern_table, int pattern_count);

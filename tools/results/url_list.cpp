@@ -7,7 +7,6 @@
 #include "tools/load/request_table.h"
 #include "tools/parse/secondary_cookie_trace.h"
 #include "tools/patterns/classification.h"
-#include "tools/patterns/pattern_tables.h"
 #include "tools/urls/request_selection.h"
 #include "tools/urls/unique_urls.h"
 
@@ -26,24 +25,6 @@ bool is_na(const char* text) {
     return strcasecmp(text, na_string) == 0;
 }
 
-// The pattern that decided what the URL is; null when none fits.
-const UPInfo* pattern_of(const UrlInfo& entry) {
-    if (entry.pattern_table_idx == -1) {
-        return nullptr;
-    }
-    if (entry.filter_flag != 0) {
-        return &filter_url_pattern[entry.pattern_table_idx];
-    }
-    switch (entry.request_type) {
-    case REQUEST_TYPE_MAIN:
-        return &main_url_pattern[entry.pattern_table_idx];
-    case REQUEST_TYPE_INLINE:
-        return &inline_url_pattern[entry.pattern_table_idx];
-    default:
-        return &main_wotx_url_pattern[entry.pattern_table_idx];
-    }
-}
-
 const char* host_column(const UrlInfo& entry, const UPInfo& pattern) {
     if (!is_na(pattern.host)) {
         return pattern.host;
@@ -51,12 +32,11 @@ const char* host_column(const UrlInfo& entry, const UPInfo& pattern) {
     return is_na(entry.host_hdr) ? na_string : entry.host_hdr;
 }
 
+// Only a main pattern has such a file.
 const char* post_data_column(const UrlInfo& entry, const UPInfo& pattern) {
     const bool sends_data =
         strcasecmp(entry.method, "POST") == 0 || strcasecmp(entry.method, "PUT") == 0;
-    const bool is_main = entry.filter_flag == 0 && entry.request_type == REQUEST_TYPE_MAIN;
-    return is_main && sends_data && pattern.post_data_file != nullptr ? pattern.post_data_file
-                                                                      : na_string;
+    return sends_data && pattern.post_data_file != nullptr ? pattern.post_data_file : na_string;
 }
 
 // One row, column by column.
@@ -97,7 +77,7 @@ std::string_view url_column(const UrlInfo& entry, std::string& escaped) {
 }
 
 void write_row(ResultFile& file, const UrlInfo& entry, std::string& escaped) {
-    const UPInfo* pattern = pattern_of(entry);
+    const UPInfo* pattern = deciding_pattern(entry);
     const bool is_filtered = pattern != nullptr && entry.filter_flag != 0;
     const char type = pattern != nullptr ? entry.request_type : REQUEST_TYPE_MAIN;
     Row row(file);
