@@ -2,13 +2,7 @@
 
 #include "base/logs.h"
 
-#include <string>
-
-namespace {
-
-constexpr const char* compile_fname = "zvr_compile_regex";
-
-std::string encode(const char* pattern) {
+std::string encode_stars(const char* pattern) {
     std::string encoded;
     for (const char* c = pattern; *c != '\0'; ++c) {
         if (*c == '*') {
@@ -19,20 +13,19 @@ std::string encode(const char* pattern) {
     return encoded;
 }
 
-} // namespace
-
 int zvr_compile_regex(const char* regex_string, int encode_flag, regex_t* out_regex) {
+    constexpr const char* fname = "zvr_compile_regex";
     constexpr size_t max_encoded_length = 2047;
-    DEBUG_LOG(4, compile_fname, "Method called, regex string = %s, encode flag = %d", regex_string,
+    DEBUG_LOG(4, fname, "Method called, regex string = %s, encode flag = %d", regex_string,
               encode_flag);
     std::string pattern = regex_string;
     if (encode_flag != 0) {
-        pattern = encode(regex_string);
-        DEBUG_LOG(4, compile_fname, "regex pattern after encoding = %s", pattern.c_str());
+        pattern = encode_stars(regex_string);
+        DEBUG_LOG(4, fname, "regex pattern after encoding = %s", pattern.c_str());
     }
     const bool is_too_long = encode_flag != 0 && pattern.size() > max_encoded_length;
     if (is_too_long || regcomp(out_regex, pattern.c_str(), REG_EXTENDED) != 0) {
-        DEBUG_LOG(2, compile_fname, "Failed to compile regex pattern = '%s'", pattern.c_str());
+        DEBUG_LOG(2, fname, "Failed to compile regex pattern = '%s'", pattern.c_str());
         return 1;
     }
     return 0;

@@ -2,11 +2,15 @@
 
 #include <cstdint>
 #include <regex.h>
+#include <string>
 
 // Patterns are extended regular expressions in which '*' stands for any text.
 
-// Compiles `regex_string` into `*out_regex`; with `encode_flag`, every '*' is first written as
-// ".*". Returns 0; or 1 when it does not compile or is longer than 2,047 characters once encoded.
+// The pattern as the library's engine has it: every '*' written as ".*".
+std::string encode_stars(const char* pattern);
+
+// Compiles `regex_string` into `*out_regex`; with `encode_flag`, its stars are first encoded.
+// Returns 0; or 1 when it does not compile or is longer than 2,047 characters once encoded.
 int zvr_compile_regex(const char* regex_string, int encode_flag, regex_t* out_regex);
 
 // Finds the first match in `msg`. Returns 0 with its start and its end (exclusive) in `*s_o` and

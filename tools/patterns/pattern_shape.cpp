@@ -172,14 +172,7 @@ bool PatternShape::covers_by_engine(const char* url, size_t length) const {
 }
 
 void PatternShape::compile_anchored() {
-    std::string wrapped = "^(";
-    for (const char* c = pattern_->url_ptrn_string; *c != '\0'; ++c) {
-        if (*c == '*') {
-            wrapped += '.';
-        }
-        wrapped += *c;
-    }
-    wrapped += ")$";
+    const std::string wrapped = "^(" + encode_stars(pattern_->url_ptrn_string) + ")$";
     is_anchored_ = regcomp(&anchored_, wrapped.c_str(), REG_EXTENDED | REG_NOSUB) == 0;
 }
 
