@@ -3,6 +3,7 @@
 #include "tests/properties/properties.h"
 #include "tools/config/replay_settings.h"
 #include "tools/patterns/pattern_files.h"
+#include "tools/patterns/pattern_search.h"
 
 #include <algorithm>
 #include <array>

@@ -3,9 +3,10 @@
 #include "base/logs.h"
 #include "tools/config/replay_settings.h"
 #include "tools/patterns/pattern_index.h"
+#include "tools/patterns/pattern_search.h"
 
 #include <algorithm>
-#include <cstring>
+#include <optional>
 #include <vector>
 
 uint64_t total_inline_filtered = 0;
@@ -13,8 +14,6 @@ uint64_t total_inline_filtered = 0;
 namespace {
 
 constexpr const char* fname = "fill_pattern_index";
-
-constexpr int32_t no_pattern = -1;
 
 // What becomes of a URL that a pattern of a kind fits.
 struct Verdict {
@@ -60,8 +59,12 @@ const Verdict& verdict_of(PatternKind kind) {
 class Classifier {
   public:
     explicit Classifier(PatternKind kind)
-        : table_(pattern_tables[kind]), verdict_(verdict_of(kind)),
-          index_(table_.entries, debug_wanted(4) ? 0 : table_.total) {}
+        : table_(pattern_tables[kind]), verdict_(verdict_of(kind)) {
+        // At this level every pattern that is tried has lines of its own, so all are tried.
+        if (!debug_wanted(4)) {
+            index_.emplace(table_.entries, table_.total);
+        }
+    }
 
     // Classifies the URL if one of the patterns fits it, and tells whether one does.
     bool take(UrlInfo& entry) {
@@ -78,16 +81,15 @@ class Classifier {
     }
 
   private:
-    // The plain search writes debug lines for every pattern that it tries.
     int32_t find(const UrlInfo& entry) {
-        return debug_wanted(4) ? get_url_pattern_idx(table_.entries, table_.total, entry.url,
-                                                     entry.method, entry.host_hdr)
-                               : index_.find(entry.url, entry.method, entry.host_hdr);
+        return index_ ? index_->find(entry.url, entry.method, entry.host_hdr)
+                      : get_url_pattern_idx(table_.entries, table_.total, entry.url, entry.method,
+                                            entry.host_hdr);
     }
 
     const PatternTable& table_;
     const Verdict& verdict_;
-    PatternIndex index_;
+    std::optional<PatternIndex> index_; // none: each pattern is tried
 };
 
 void classify(UrlInfo& entry, std::vector<Classifier>& classifiers) {
@@ -121,24 +123,6 @@ const UPInfo* deciding_pattern(const UrlInfo& entry) {
                                  ? PATTERN_FILTER
                                  : kind_of_type[static_cast<unsigned char>(entry.request_type)];
     return &pattern_tables[kind].entries[entry.pattern_table_idx];
-}
-
-int32_t get_url_pattern_idx(const UPInfo* pattern_table, int pattern_count, const char* url,
-                            const char* method, const char* host) {
-    const size_t url_length = std::strlen(url);
-    int cur_seq = -1;
-    bool group_covers_url = false; // all entries with one parent_seq share the pattern's verdict
-    for (int32_t i = 0; i < pattern_count; ++i) {
-        const UPInfo& pattern = pattern_table[i];
-        if (pattern.parent_seq != cur_seq) {
-            cur_seq = pattern.parent_seq;
-            group_covers_url = covers_whole_url(pattern, url, url_length);
-        }
-        if (group_covers_url && fits_method_and_host(pattern, method, host)) {
-            return i;
-        }
-    }
-    return no_pattern;
 }
 
 int bring_main_url_first(const UrlInfo& a1, const UrlInfo& a2) {

@@ -23,11 +23,6 @@ void fill_pattern_index();
 // URL that is left out.
 const UPInfo* deciding_pattern(const UrlInfo& entry);
 
-// Index of the first entry of a pattern table that fits: its pattern covers the whole URL, its
-// method is "NA" or the URL's (ignoring case), its host "NA" or the URL's. -1 when there is none.
-int32_t get_url_pattern_idx(const UPInfo* pattern_table, int pattern_count, const char* url,
-                            const char* method, const char* host);
-
 // Order of two unique URLs by request type. Less than, equal to or greater than 0.
 int bring_main_url_first(const UrlInfo& a1, const UrlInfo& a2);
 

@@ -1,8 +1,9 @@
 #include "tools/patterns/pattern_index.h"
 
+#include "tools/patterns/pattern_search.h"
+
 #include <algorithm>
 #include <cstring>
-#include <strings.h>
 
 namespace {
 
@@ -74,11 +75,11 @@ int32_t PatternIndex::find(const char* url, const char* method, const char* host
     for (const GroupNumber number : candidates_) {
         const Group& group = groups_[number];
         const int32_t entry = fitting_entry(group, method, host);
-        if (entry != -1 && group.shape.covers(url, length)) {
+        if (entry != no_pattern && group.shape.covers(url, length)) {
             return entry;
         }
     }
-    return -1;
+    return no_pattern;
 }
 
 // In table order, so that the first that fits is the one to give.
@@ -107,12 +108,5 @@ int32_t PatternIndex::fitting_entry(const Group& group, const char* method,
             return i;
         }
     }
-    return -1;
-}
-
-bool fits_method_and_host(const UPInfo& pattern, const char* method, const char* host) {
-    const bool fits_method =
-        std::strcmp(pattern.method, na_string) == 0 || strcasecmp(pattern.method, method) == 0;
-    return fits_method &&
-           (std::strcmp(pattern.host, na_string) == 0 || std::strcmp(pattern.host, host) == 0);
+    return no_pattern;
 }

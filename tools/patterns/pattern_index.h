@@ -15,7 +15,7 @@ class PatternIndex {
     // The table must stay where it is while the index is used.
     PatternIndex(const UPInfo* pattern_table, int pattern_count);
 
-    // Index of the first entry that fits, or -1.
+    // Index of the first entry that fits, or no_pattern.
     int32_t find(const char* url, const char* method, const char* host);
 
   private:
@@ -40,7 +40,3 @@ class PatternIndex {
     std::vector<bool> gram_filter_;       // by hash of a gram: false when no group has it
     std::vector<GroupNumber> candidates_; // of the URL at work
 };
-
-// Whether an entry takes requests of this method and host: the entry's are "NA" or the same, the
-// method in any case.
-bool fits_method_and_host(const UPInfo& pattern, const char* method, const char* host);

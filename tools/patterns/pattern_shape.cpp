@@ -1,8 +1,8 @@
 #include "tools/patterns/pattern_shape.h"
 
 #include "tools/patterns/pattern_regex.h"
+#include "tools/patterns/pattern_search.h"
 
-#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -174,11 +174,4 @@ bool PatternShape::covers_by_engine(const char* url, size_t length) const {
 void PatternShape::compile_anchored() {
     const std::string wrapped = "^(" + encode_stars(pattern_->url_ptrn_string) + ")$";
     is_anchored_ = regcomp(&anchored_, wrapped.c_str(), REG_EXTENDED | REG_NOSUB) == 0;
-}
-
-bool covers_whole_url(const UPInfo& pattern, const char* url, size_t length) {
-    int32_t start;
-    int32_t end;
-    return zvr_match_regex(url, &pattern.url_ptrn_regex, &start, &end) == 0 && start == 0 &&
-           static_cast<size_t>(end) == length;
 }

@@ -39,6 +39,3 @@ class PatternShape {
     regex_t anchored_ = {};
     std::vector<std::string> required_texts_;
 };
-
-// Whether the pattern covers the whole URL, by its compiled form alone.
-bool covers_whole_url(const UPInfo& pattern, const char* url, size_t length);
