@@ -5,10 +5,10 @@
 #include "tools/config/log_files.h"
 #include "tools/config/replay_settings.h"
 #include "tools/parse/cookie_values.h"
+#include "tools/parse/counted_url.h"
 #include "tools/parse/line_parsers.h"
 #include "tools/parse/secondary_cookie_trace.h"
 
-#include <cstring>
 #include <string_view>
 
 namespace {
@@ -119,18 +119,6 @@ AfterRequest identify_session(LoadingFile& file, alInfo& record) {
 void forget_headers(alInfo& record) {
     record.cookies = nullptr;
     record.set_cookies = nullptr;
-}
-
-// With queries ignored, a URL counts up to its first query separator.
-void find_counted_url(alInfo& record) {
-    if (ignore_query_flag == 0) {
-        return;
-    }
-    const int separator = static_cast<int>(std::strcspn(record.url, "?#;"));
-    if (separator != record.url_len) {
-        record.ignore_query_flag = 1;
-        record.url_len = separator + 1;
-    }
 }
 
 bool is_request(LineText line) {

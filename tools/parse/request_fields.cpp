@@ -5,6 +5,7 @@
 #include "tools/config/replay_period.h"
 #include "tools/config/replay_settings.h"
 #include "tools/parse/client_address.h"
+#include "tools/parse/counted_url.h"
 #include "tools/parse/relative_location.h"
 
 #include <algorithm>
@@ -164,7 +165,6 @@ void store_request(ParsingThread& thread, const RequestFields& request, const ch
     }
     record.method[method_length] = '\0';
 
-    constexpr size_t room_for_star = 1; // and its terminator
     store_text(thread.record_texts, url_name, request.url, room_for_star, record.url);
     record.url_len = static_cast<int>(request.url.size);
     store_text(thread.record_texts, "redirect_url", request.location, 0, record.redirect_url);

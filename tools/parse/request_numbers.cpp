@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "base/text_hash.h"
 #include "tools/config/replay_settings.h"
+#include "tools/parse/counted_url.h"
 
 #include <algorithm>
 #include <cstring>
@@ -137,5 +138,5 @@ void RequestNumbers::describe_url(const alInfo& request, std::string& text) {
     std::transform(request.method, request.method + max_method_length, method, lower_case);
     text.assign(method, sizeof method);
     text.append(request.host_ip, std::strlen(request.host_ip) + 1);
-    text.append(request.url, static_cast<size_t>(request.url_len));
+    text.append(counted_url(request));
 }

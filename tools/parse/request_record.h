@@ -17,9 +17,9 @@ struct accessLogInfo {
                        // not in the layout
     char* set_cookies; // Set-Cookie header, likewise
     uint64_t seq;      // own index: in the thread's records, after the merge in the request table
-    char* redirect_url; // Location header, made absolute against the URL; null: none
-    char* url;          // URL as logged, with room for two more characters
-    int url_len; // length of the part of url that identifies the unique URL, set when it is loaded
+    char* redirect_url;    // Location header, made absolute against the URL; null: none
+    char* url;             // URL as logged, with room for two more characters; see counted_url.h
+    int url_len;           // length of the part of url that counts
     int response_code;     // HTTP status
     const char* host_ip;   // Host header, or na_string
     char request_type;     // classification that a new unique URL starts with; always 0
@@ -27,9 +27,8 @@ struct accessLogInfo {
     int filter_flag;       // likewise
     char ignore_flag;      // 1: takes no part in the unique URLs
     uint32_t client_ip; // IPv4 address, first number in the highest byte; 0: not known or not used
-    char ignore_query_flag; // 1: that part ends at a query separator
-    char query_last_char;   // of a unique URL's first request: the character that cutting url
-                            // overwrote
+    char ignore_query_flag; // 1: the part of url that counts ends at a query separator
+    char query_last_char;   // not used: that part is known by its length, url is not cut
     int64_t line_num;       // line in its file, from 1
     int seq_file_idx;       // index of its file in seq_file_path
 };

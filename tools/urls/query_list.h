@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
-// query_url.list: the full URLs of the requests whose URL was cut at its query, one a line, those
-// of one unique URL together.
+// query_url.list: the full URLs of the requests whose query is ignored, one a line, those of one
+// unique URL together.
 class QueryList {
   public:
     // Removes the list of an earlier run and, when the settings ask for one (dump_query_flag and

@@ -8,8 +8,8 @@
 
 // Requests with the same URL, as far as it counts, method (in any case) and host, brought together.
 
-// Order of two requests by URL (byte-wise), method (ignoring case) and host (byte-wise). Less than,
-// equal to or greater than 0.
+// Order of two requests by the counted part of the URL (byte-wise), method (ignoring case) and host
+// (byte-wise). Less than, equal to or greater than 0.
 int sort_al_by_url_method_host(const alInfo& a, const alInfo& b);
 
 // A unique URL before it has its place in the table.
@@ -21,15 +21,11 @@ struct CollapsedUrl {
 
 struct CollapsedRequests {
     std::vector<CollapsedUrl> urls; // in the order of URL, method and host
-    std::vector<uint32_t> queried;  // indices of requests whose URL is cut, those of one unique URL
-                                    // together, each by session and time
+    std::vector<uint32_t> queried; // indices of requests with an ignored query, those of one unique
+                                   // URL together, each by session and time
 };
 
 // Collapses requests that are in the order of session and time by the numbers of their URLs, which
-// are below `url_count`. The text of each unique URL's first request is cut where its counted part
-// ends (query_last_char). Fills `queried` only when `keep_queried`.
+// are below `url_count`. Fills `queried` only when `keep_queried`.
 CollapsedRequests collapse_requests(const OrderedRequests& requests, uint32_t url_count,
                                     bool keep_queried);
-
-// Undoes the cut of a request's URL.
-void restore_url(alInfo& request);

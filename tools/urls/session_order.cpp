@@ -1,11 +1,10 @@
 #include "tools/urls/session_order.h"
 
 #include "tools/config/replay_settings.h"
+#include "tools/urls/text_sort.h"
 
 #include <algorithm>
 #include <cstring>
-#include <endian.h>
-#include <string_view>
 #include <utility>
 
 namespace {
@@ -14,17 +13,8 @@ int compare_times(const alInfo& a, const alInfo& b) {
     return a.time_stamp < b.time_stamp ? -1 : a.time_stamp > b.time_stamp;
 }
 
-// The first eight characters of a session's text, which decide nearly all comparisons.
-uint64_t order_prefix(std::string_view text) {
-    char characters[sizeof(uint64_t)] = {};
-    text.copy(characters, sizeof characters);
-    uint64_t prefix;
-    std::memcpy(&prefix, characters, sizeof prefix);
-    return be64toh(prefix);
-}
-
 struct SessionKey {
-    uint64_t prefix;
+    uint64_t prefix; // decides nearly all comparisons
     uint32_t session;
 };
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <random>
 #include <utility>
 
@@ -13,19 +12,13 @@ constexpr ptrdiff_t few = 24; // texts that are sorted without dividing them fur
 
 using Position = std::vector<SortableText>::iterator;
 
-// Eight characters from `text` on, zero from its end on.
-uint64_t load_characters(const char* text) {
-    uint64_t characters = 0;
-    for (size_t i = 0; i < cached_length; ++i) {
-        characters = characters << 8 | static_cast<unsigned char>(*text);
-        text += *text != '\0';
-    }
-    return characters;
+std::string_view text_from(const SortableText& text, size_t depth) {
+    return {text.characters + depth, text.size - depth};
 }
 
 void cache_characters(Position begin, Position end, size_t depth) {
     for (Position text = begin; text != end; ++text) {
-        text->cached = load_characters(text->text + depth);
+        text->cached = order_prefix(text_from(*text, depth));
     }
 }
 
@@ -39,7 +32,7 @@ void sort_few(Position begin, Position end, size_t depth) {
         if (a.cached != b.cached || ends_in(a.cached)) {
             return a.cached < b.cached;
         }
-        return std::strcmp(a.text + depth + cached_length, b.text + depth + cached_length) < 0;
+        return text_from(a, depth + cached_length) < text_from(b, depth + cached_length);
     });
 }
 

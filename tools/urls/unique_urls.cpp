@@ -3,6 +3,7 @@
 #include "base/allocation.h"
 #include "base/logs.h"
 #include "tools/load/request_table.h"
+#include "tools/parse/counted_url.h"
 #include "tools/urls/request_collapse.h"
 #include "tools/urls/request_selection.h"
 
@@ -21,16 +22,10 @@ constexpr const char* fname = "make_url_pattern_list";
 int64_t write_queries(const CollapsedRequests& collapsed, const CollapsedUrl& url,
                       QueryList& query_list) {
     const int64_t offset = query_list.offset();
-    restore_url(al_info_array[url.first_request]);
     for (uint32_t i = url.queries_end - url.count; i < url.queries_end; ++i) {
         query_list.add(al_info_array[collapsed.queried[i]].url);
     }
     return offset;
-}
-
-void end_with_star(alInfo& request) {
-    request.url[request.url_len] = '*';
-    request.url[request.url_len + 1] = '\0';
 }
 
 UrlInfo& add_entry(const alInfo& request, uint32_t count) {
@@ -78,11 +73,11 @@ void make_url_pattern_list(SessionOrder session_order, uint32_t url_count, Query
         alInfo& request = al_info_array[url.first_request];
         UrlInfo& entry = add_entry(request, url.count);
         entry.query_url_offset = -1;
-        if (request.ignore_query_flag != 0) {
+        if (has_ignored_query(request)) {
             if (query_list.is_open()) {
                 entry.query_url_offset = write_queries(collapsed, url, query_list);
             }
-            end_with_star(request);
+            replace_query_by_star(request);
         }
         log_further_requests(entry);
     }

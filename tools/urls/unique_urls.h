@@ -12,7 +12,7 @@
 struct UrlInfo {
     char method[max_method_length + 1]; // of the entry's first request
     uint64_t count;                     // requests behind the entry
-    char* url;     // the first request's text; a cut one ends with the query separator and '*'
+    char* url; // the first request's text; one without its query ends with the separator and '*'
     char url_type; // not used
     int32_t
         pattern_table_idx; // entry of the pattern table that decided; -1: none. From classification
@@ -35,6 +35,6 @@ extern int max_url_pattern;   // entries allocated
 int create_url_pattern();
 
 // Makes the table from the request table, given the order of its records, whose URLs have numbers
-// below `url_count`: selects the requests that count, and writes the full URLs of those whose URL
-// is cut to `query_list` when it is open. Fails when that cannot be written.
+// below `url_count`: selects the requests that count, and writes the full URLs of those with an
+// ignored query to `query_list` when it is open. Fails when that cannot be written.
 void make_url_pattern_list(SessionOrder session_order, uint32_t url_count, QueryList& query_list);
