@@ -1,0 +1,69 @@
+#include "tests/layers/expectation.h"
+#include "tools/config/field_layout.h"
+#include "tools/config/replay_settings.h"
+#include "tools/parse/counted_url.h"
+#include "tools/parse/field_splitter.h"
+#include "tools/parse/line_parsers.h"
+#include "tools/parse/replay_zone.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <string>
+
+// A program that links the parsing of log lines and nothing above it: it splits a line and parses
+// it.
+
+namespace {
+
+const std::string log_line =
+    R"(192.0.2.17 - - [10/Oct/2025:13:55:36 +0200] 8599 "GET /shop/view.jsp?item=7 HTTP/1.1" 302 )"
+    R"(70 "-" "Browser [1]" text/html "JSESSIONID=abc" - www.example.com "login.jsp")";
+
+bool splits() {
+    std::string line = log_line;
+    LineText fields[max_al_fields];
+    const int count = get_al_fields({line.data(), line.size()}, fields, max_al_fields);
+    return gives(std::to_string(count), "15") && gives(fields[9].text, "Browser [1]");
+}
+
+bool parses() {
+    std::string line = log_line;
+    ParsingThread thread = {.thread_idx = 0};
+    alInfo request = {};
+    if (parse_al_line(thread, &request, {line.data(), line.size()}, "access_log", 0, 1) != 0) {
+        return gives("refused", "accepted");
+    }
+    find_counted_url(request);
+    thread.numbers.add(request);
+    thread.numbers.finish();
+    return gives(request.method, "GET") && gives(request.url, "/shop/view.jsp?item=7") &&
+           gives(std::string(counted_url(request)), "/shop/view.jsp?") &&
+           gives(request.host_ip, "www.example.com") &&
+           gives(request.redirect_url, "/shop/login.jsp") &&
+           gives(request.cookies, "JSESSIONID=abc") &&
+           gives(std::to_string(request.time_stamp), "1760097336") &&
+           gives(std::to_string(request.response_code), "302") &&
+           gives(std::to_string(thread.numbers.url_count()), "1");
+}
+
+bool refuses() {
+    std::string line = "192.0.2.17 - - [10/Oct/2025:13:55:36 +0200";
+    ParsingThread thread = {.thread_idx = 0};
+    alInfo request = {};
+    const int outcome =
+        parse_al_line(thread, &request, {line.data(), line.size()}, "access_log", 0, 1);
+    return gives(std::to_string(outcome), "-1") &&
+           gives(std::to_string(thread.counters.bad_req), "1");
+}
+
+} // namespace
+
+int main() {
+    setenv("TZ", "UTC", 1);
+    tzset();
+    replay_timezone = 0;
+    ignore_query_flag = 1;
+    set_default_field_positions();
+    validate_al_format();
+    return splits() && parses() && refuses() ? 0 : 1;
+}
