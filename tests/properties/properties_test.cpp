@@ -11,7 +11,7 @@ struct Property {
 
 constexpr Property properties[] = {
     {"ClassificationAgreesWithTheLibrarysExpressions", check_classification, 100, 160},
-    {"ClientAddressAgreesWithTheFormattedReader", check_client_address, 2, 20000},
+    {"ClientAddressIsMadeOfTheNumbersInItsText", check_client_address, 2, 20000},
     {"CompleteUrlListIsReadBackAsItWasWritten", check_complete_url_list, 14, 60},
     {"FieldSplitterAgreesWithAPlainSplitter", check_field_splitter, 11, 20000},
     {"LineReaderGivesTheLinesOfALineByLineReader", check_line_reader, 3, 40},

@@ -1,7 +1,6 @@
 #include "tools/urls/unique_urls.h"
 
 #include "tests/urls/numbered_requests.h"
-#include "tests/urls/plain_redirects.h"
 #include "tools/config/replay_settings.h"
 #include "tools/load/request_table.h"
 #include "tools/urls/request_selection.h"
@@ -9,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstring>
 #include <deque>
 #include <map>
@@ -35,6 +35,54 @@ std::string session_of(const alInfo& request) {
     return request.client_ip != 0 ? std::to_string(request.client_ip) : request.jsession_id;
 }
 
+std::string lower_case(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+// Whether the location, in lower case, is the request's URL, with scheme and host if it has them.
+bool names(const std::string& location, const alInfo& request) {
+    std::string url = request.url;
+    for (const std::string scheme : {"http://", "https://"}) {
+        url = location.starts_with(scheme) ? scheme + request.host_ip + request.url : url;
+    }
+    return location == lower_case(url);
+}
+
+// The locations that a session has still to follow, in lower case, each under the lowest of sixteen
+// numbers that was free.
+class PlainRedirects {
+  public:
+    // Whether a browser made the request by itself. Keeps the location that it leads to.
+    bool take(const alInfo& request) {
+        if (session_ != session_of(request)) {
+            session_ = session_of(request);
+            locations_.clear();
+        }
+        const auto followed =
+            std::find_if(locations_.begin(), locations_.end(),
+                         [&](const auto& numbered) { return names(numbered.second, request); });
+        const bool is_follow_up = followed != locations_.end();
+        if (is_follow_up) {
+            locations_.erase(followed);
+        }
+        const int code = request.response_code;
+        if ((code == 301 || code == 302 || code == 307) && request.redirect_url != nullptr) {
+            int number = 0;
+            while (locations_.contains(number)) {
+                ++number;
+            }
+            locations_[number % 16] = lower_case(request.redirect_url);
+        }
+        return is_follow_up;
+    }
+
+  private:
+    std::string session_;
+    std::map<int, std::string> locations_;
+};
+
 Outcome plain_unique_urls(std::vector<alInfo> requests) {
     std::stable_sort(requests.begin(), requests.end(), [](const alInfo& a, const alInfo& b) {
         return std::tuple(session_of(a), a.time_stamp) < std::tuple(session_of(b), b.time_stamp);
@@ -42,8 +90,7 @@ Outcome plain_unique_urls(std::vector<alInfo> requests) {
     uint64_t redirected = 0;
     uint64_t non_session = 0;
     uint64_t with_secondary_cookie = 0;
-    std::string session;
-    PlainRedirects locations;
+    PlainRedirects redirects;
     std::map<std::array<std::string, 3>, std::vector<const alInfo*>> urls; // by URL, method, host
     for (const alInfo& request : requests) {
         bool counts = true;
@@ -53,16 +100,8 @@ Outcome plain_unique_urls(std::vector<alInfo> requests) {
                 session_mode == SESSION_MODE_COOKIE && request.akaau_id[0] != '\0';
             counts = ignore_non_session_urls == 0;
         } else if (auto_redirect_flag != 0) {
-            if (session_of(request) != session) {
-                locations.clear();
-                session = session_of(request);
-            }
-            counts = !locations.take(request.host_ip, request.url);
+            counts = !redirects.take(request);
             redirected += !counts;
-            const int code = request.response_code;
-            if ((code == 301 || code == 302 || code == 307) && request.redirect_url != nullptr) {
-                locations.remember(request.redirect_url);
-            }
         }
         if (counts) {
             const std::string method = request.method;
