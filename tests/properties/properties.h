@@ -18,6 +18,10 @@ void check_log_loader(Choices& choices);
 void check_classification(Choices& choices);
 void check_complete_url_list(Choices& choices);
 
+// Reads a settings file and its field layout as a run does that has read none before. Returns the
+// message of the failure, empty when they are accepted.
+std::string refusal_of_settings(const std::string& path);
+
 // Makes `zone` the zone of the process and of the replay period.
 void set_zone(const char* zone);
 
