@@ -18,6 +18,7 @@ constexpr std::string_view loading_line = "[loading]";
 constexpr std::string_view classification_line = "[classification]";
 constexpr std::string_view results_line = "[results]";
 constexpr std::string_view end_line = "[end]";
+constexpr mode_t permissions = 0644; // whatever the mask: nobody else is to write into it
 constexpr std::string_view sealed_key = "sealed "; // and the time of the file system; last line
 
 constexpr size_t max_size = size_t{1} << 24;
@@ -126,12 +127,12 @@ std::optional<Manifest> read_sealed_manifest(int directory, std::string& fault) 
 }
 
 bool write_manifest(int directory, const Manifest& manifest) {
-    FileDescriptor file = create_new_file(directory, manifest_name, 0666);
+    FileDescriptor file = create_new_file(directory, manifest_name, permissions);
     return file.is_open() && write_whole(file.get(), text_of(manifest)) && file.close();
 }
 
 bool write_sealed_manifest(int directory, const Manifest& manifest) {
-    FileDescriptor file = create_new_file(directory, manifest_name, 0666);
+    FileDescriptor file = create_new_file(directory, manifest_name, permissions);
     struct stat created;
     if (!file.is_open() || fstat(file.get(), &created) != 0) {
         return false;

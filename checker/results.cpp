@@ -45,6 +45,10 @@ std::string state_fault(const OwnDirectory& config_dir, const std::string& name,
     if (!file.is_open()) {
         return name + (errno == ENOENT ? " is missing" : " is no regular file of this user");
     }
+    struct stat status = {};
+    if (fstat(file.get(), &status) != 0 || (status.st_mode & S_IWOTH) != 0) {
+        return name + " may be written by all users of the machine";
+    }
     const std::optional<std::string> state = file_state(file.get());
     const bool is_untouched = state && has_line(cached.results, result_line(name, *state));
     return is_untouched ? "" : name + " was changed since the last run that ended well";

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <functional>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <tuple>
 
 namespace fs = std::filesystem;
@@ -174,6 +175,19 @@ TEST_F(CheckerTrust, OnlyAListThatCanBeReadBackIsUsedAgain) {
         EXPECT_EQ(answer(), is_used ? 2 : 1);
         EXPECT_EQ(installation_.url_rows(), row);
     }
+}
+
+TEST_F(CheckerTrust, WhatAllUsersMayWriteIsNotUsedAgain) {
+    installation_.prepare_process([] { umask(0); });
+    run_in_full();
+    const fs::perms of_manifest = fs::status(installation_.path(cache_manifest)).permissions();
+    EXPECT_EQ(of_manifest & (fs::perms::group_write | fs::perms::others_write), fs::perms::none);
+    EXPECT_EQ(answer(), 1);
+    EXPECT_EQ(installation_.read(cache_answer),
+              "1: complete_url.list may be written by all users of the machine\n");
+    installation_.prepare_process([] { umask(022); });
+    EXPECT_EQ(answer(), 1);
+    EXPECT_EQ(answer(), 0);
 }
 
 } // namespace

@@ -134,6 +134,34 @@ TEST_F(PlantedFiles, ARunReadsBackOnlyItsOwnUsersFiles) {
     }
 }
 
+// Whoever may write in the directories can exchange what the checker has looked at for older files
+// of the same user before the run reads them.
+TEST_F(PlantedFiles, WhatIsExchangedBehindTheCheckersBackIsNotUsed) {
+    const std::string parent = project_directory + "/ReplayAccessLogs/web";
+    const std::string stale = parent + "/stale";
+    const std::string exchanges[] = {
+        "/bin/mv " + config_directory + " true; /bin/mv " + stale + " " + config_directory,
+        "/bin/mv " + stale + "/* " + config_directory,
+    };
+    for (const std::string& exchange : exchanges) {
+        for (const int answer : {0, 2}) {
+            SCOPED_TRACE(exchange + " " + std::to_string(answer));
+            fs::remove_all(path(parent));
+            fs::remove_all(path("true"));
+            fs::create_directories(path(cache_directory));
+            installation_.write_checker(1);
+            EXPECT_EQ(installation_.run().status, 0);
+            std::string list = installation_.result("complete_url.list");
+            installation_.write(stale + "/complete_url.list",
+                                list.replace(list.find("/a?"), 2, "/z"));
+            installation_.write(stale + "/url.list", "Total=9\n");
+            installation_.write_checker_script(exchange + "; exit " + std::to_string(answer));
+            expect_whole_result(installation_.run());
+            EXPECT_EQ(installation_.result("url.list").find("/z"), std::string::npos);
+        }
+    }
+}
+
 TEST_F(PlantedFiles, DirectoriesOfOthersAreRefused) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "others' directories are the superuser's to make";

@@ -13,6 +13,7 @@
 #include "tools/driver/input_backup.h"
 #include "tools/driver/paths.h"
 #include "tools/driver/result_cache.h"
+#include "tools/driver/reuse_guard.h"
 #include "tools/load/input_files.h"
 #include "tools/load/request_table.h"
 #include "tools/load/worker.h"
@@ -151,10 +152,13 @@ bool dump_complete_url_list(const OwnDirectory& config_dir) {
     return can_be_read_back;
 }
 
-void read_cache(const OwnDirectory& config_dir) {
+void read_cache(const OwnDirectory& config_dir, const ReuseGuard& guard) {
     const PhaseProgress progress("Start reading urls data form cache at %s\n",
                                  "End reading urls data from cache at %s\nTime taken = %ld\n");
     fill_url_pattern_from_cache(config_dir);
+    if (!guard.holds(config_dir)) {
+        fail("complete_url.list was exchanged while it was read");
+    }
     progress.finish();
 }
 
@@ -179,9 +183,10 @@ void run(int argc, char* argv[]) {
     load_replay_profile();
 
     InputBackup backup;
+    const ReuseGuard guard(config_directory());
     const CacheLevel cache_level = check_cache();
     const OwnDirectory config_dir = create_config_directory();
-    if (cache_level == CacheLevel::result && print_cached_summary(config_dir)) {
+    if (cache_level == CacheLevel::result && print_cached_summary(config_dir, guard)) {
         return;
     }
 
@@ -192,8 +197,8 @@ void run(int argc, char* argv[]) {
     sort_pattern_tables();
 
     bool is_reusable = true;
-    if (cache_level == CacheLevel::complete_list) {
-        read_cache(config_dir);
+    if (cache_level == CacheLevel::complete_list && guard.holds(config_dir)) {
+        read_cache(config_dir, guard);
     } else {
         load_logs(config_dir);
         make_unique_urls(order_requests(), config_dir);

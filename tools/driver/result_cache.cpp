@@ -90,7 +90,7 @@ CacheLevel check_cache() {
     }
 }
 
-bool print_cached_summary(const OwnDirectory& config_dir) {
+bool print_cached_summary(const OwnDirectory& config_dir, const ReuseGuard& guard) {
     FILE* url_list = open_stream(config_dir.open_file("url.list"), "r");
     if (url_list == nullptr) {
         fail("Failed to open url.list file");
@@ -99,7 +99,7 @@ bool print_cached_summary(const OwnDirectory& config_dir) {
     char line[line_size];
     const bool was_read = std::fgets(line, line_size, url_list) != nullptr;
     std::fclose(url_list);
-    if (!was_read) {
+    if (!was_read || !guard.holds(config_dir)) {
         DEBUG_LOG(1, fname, "Failed to read output form cahce, Data will be processed again.");
         return false;
     }

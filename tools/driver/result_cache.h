@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/own_directory.h"
+#include "tools/driver/reuse_guard.h"
 
 // What an earlier run has left that this run may use again.
 
@@ -18,6 +19,6 @@ enum class CacheLevel : char {
 // run when it says that another run is at work, or when the system has no process to run it in.
 CacheLevel check_cache();
 
-// Prints the first line of url.list as it stands there. Returns false when there is none. Ends the
-// run when the file cannot be opened.
-bool print_cached_summary(const OwnDirectory& config_dir);
+// Prints the first line of url.list as it stands there. Returns false when there is none, or when
+// it may not be the one that the checker has seen. Fails when the file cannot be opened.
+bool print_cached_summary(const OwnDirectory& config_dir, const ReuseGuard& guard);
