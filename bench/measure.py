@@ -34,7 +34,7 @@ class Subject:
     label: str
     words: list
     is_slow: bool = False  # run SLOW_RUNS times at most
-    cache_level: int | None = None  # of the tool: 2 reads the result of the run before; None: a peer
+    cache_level: int | None = None  # 2 reads the last result, 0 none; None: not the tool but a peer
 
 
 @dataclass(frozen=True)
@@ -124,8 +124,8 @@ def warm_memory(megabytes):
 
 
 def phase_seconds(run):
-    """Seconds of each phase by the arrival of its "Start" and "End" lines, and of what is outside of
-    them: start-up, backup, hosts, the end of the process."""
+    """Seconds of each phase by the arrival of its "Start" and "End" lines, and of what is outside
+    of them: start-up, backup, hosts, the end of the process."""
     seconds = dict.fromkeys(PHASES, 0.0)
     started = []
     for arrival, text in run.progress:
@@ -177,8 +177,9 @@ class Bench:
         return Subject(label, all_words, cache_level=cache_level)
 
     def run_rounds(self, measurements):
-        """Runs each of them, one after the other in every round, so that a slow spell of the machine
-        meets them all. Raises RuntimeError when one fails or the tool has not done its work."""
+        """Runs each of them, one after the other in every round, so that a slow spell of the
+        machine meets them all. Raises RuntimeError when one fails or the tool has not done its
+        work."""
         for number in range(self.options.runs):
             for measurement in measurements:
                 if number < SLOW_RUNS or not measurement.subject.is_slow:
@@ -197,8 +198,8 @@ class Bench:
         return run
 
     def tool_environment(self, measurement):
-        """The checker command tells the tool what it may reuse. The benchmark brings its own, so that
-        an installed one cannot turn a full run into a reading of the cache."""
+        """The checker command tells the tool what it may reuse. The benchmark brings its own, so
+        that an installed one cannot turn a full run into a reading of the cache."""
         level = measurement.subject.cache_level
         checker = self.options.scratch / f"checker_{level}" / "zvr_al_gen_url_list_check"
         if not checker.exists():

@@ -193,11 +193,18 @@ def size_ratio_rows(by_run, sizes):
             yield ratio_row(ratio, large, small, smallest / largest)
 
 
+def installed_peers():
+    for peer in PEERS:
+        if not shutil.which(peer.words[0]):
+            print(f"{peer.label} is left out, it is not installed.")
+    return [peer for peer in PEERS if shutil.which(peer.words[0])]
+
+
 def print_sizes(options):
     """The tool and its peers on the same files at each size, with the phase times of the tool and
     how the time of a line grows."""
     with Bench(options) as bench:
-        subjects = [peer for peer in PEERS if shutil.which(peer.words[0])]
+        subjects = installed_peers()
         for count in options.threads:
             subjects.append(bench.tool(tool_label(count), threads=count))
         measurements = [
@@ -209,7 +216,7 @@ def print_sizes(options):
         bench.run_rounds(measurements)
     header = ["command", "lines", "runs", "wall s", "least", "spread %", "processor s"]
     header += ["peak MB", "MB/s", "1000 lines/s", "peak bytes/line"]
-    title = "Whole runs (medians; a peak is that of the largest process, not below this program's own)"
+    title = "Whole runs (medians; peak of the largest process, at least that of the benchmark)"
     print_table(title, header, map(whole_run_row, measurements))
     tool_runs = [one for one in measurements if one.subject.cache_level is not None]
     title = "Phases in seconds (medians; counting is a part of loading)"
@@ -261,7 +268,7 @@ def print_growth(options):
 
 
 TABLES = {"sizes": print_sizes, "comparisons": print_comparisons, "growth": print_growth}
-QUICK = {"sizes": [10_000, 40_000], "runs": 2, "comparison_lines": 10_000, "growth_lines": 10_000}
+QUICK = {"sizes": "10000,40000", "runs": 2, "comparison_lines": 10_000, "growth_lines": 10_000}
 
 
 def count(text):
@@ -280,12 +287,12 @@ def path(text):
 
 
 OPTIONS = [
-    # name, how it is read, default, help
+    # Name, how it is read, default, help.
     ("tool", path, None, "the program to measure"),
     ("generator", path, None, "generate_installation"),
     ("scratch", path, None, "a directory for the inputs"),
-    ("sizes", counts, [250_000, 1_000_000, 4_000_000], "lines of the whole runs"),
-    ("threads", counts, [1, 2], "threads of the whole runs"),
+    ("sizes", counts, "250000,1000000,4000000", "lines of the whole runs"),
+    ("threads", counts, "1,2", "threads of the whole runs"),
     ("runs", count, 5, "runs of each command"),
     ("warm-memory", int, 2048, "MB of memory to warm up before each run; 0: none"),
     ("slow-limit", count, 1_000_000, "most lines for sort | uniq and GoAccess"),

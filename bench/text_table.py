@@ -5,7 +5,7 @@ def print_table(title, header, rows):
     """The first column is aligned to the left, all others to the right."""
     texts = [[str(cell) for cell in row] for row in [header, *rows]]
     widths = [max(len(row[column]) for row in texts) for column in range(len(header))]
-    rule = ["-" * (width - 1) + ("-" if column == 0 else ":") for column, width in enumerate(widths)]
+    rule = ["-" * widths[0], *("-" * (width - 1) + ":" for width in widths[1:])]
     print(f"\n{title}\n")
     for row in [texts[0], rule, *texts[1:]]:
         cells = [cell.rjust(width) for cell, width in zip(row, widths)]
