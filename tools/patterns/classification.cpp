@@ -37,8 +37,8 @@ template <char request_type> void set_type(UrlInfo& entry, int32_t index) {
     entry.pattern_table_idx = index;
 }
 
+// By kind.
 constexpr Verdict verdicts[pattern_kind_count] = {
-    // by kind
     {4, "Url '%s' matched with filter url patterns '%s'", mark_as_filtered},
     {3,
      "Url '%s' matched with inline url pattern '%s' and mode is not INLINE_MODE_AS_PER_LOG, will "
@@ -60,7 +60,7 @@ class Classifier {
   public:
     explicit Classifier(PatternKind kind)
         : table_(pattern_tables[kind]), verdict_(verdict_of(kind)) {
-        // At this level every pattern that is tried has lines of its own, so all are tried.
+        // At level 4 every pattern that is tried has lines of its own, so all of them are tried.
         if (!debug_wanted(4)) {
             index_.emplace(table_.entries, table_.total);
         }
