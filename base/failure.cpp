@@ -2,18 +2,18 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <utility>
 
 namespace {
 
-Failure failure_of(const char* format, va_list arguments) {
+std::string formatted(const char* format, va_list arguments) {
     va_list again;
     va_copy(again, arguments);
-    Failure failure;
     const int length = std::vsnprintf(nullptr, 0, format, arguments);
-    failure.message.resize(length > 0 ? static_cast<size_t>(length) : 0);
-    std::vsnprintf(failure.message.data(), failure.message.size() + 1, format, again);
+    std::string message(length > 0 ? static_cast<size_t>(length) : 0, '\0');
+    std::vsnprintf(message.data(), message.size() + 1, format, again);
     va_end(again);
-    return failure;
+    return message;
 }
 
 } // namespace
@@ -21,7 +21,7 @@ Failure failure_of(const char* format, va_list arguments) {
 Failure make_failure(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    Failure failure = failure_of(format, arguments);
+    Failure failure = {formatted(format, arguments)};
     va_end(arguments);
     return failure;
 }
@@ -29,7 +29,8 @@ Failure make_failure(const char* format, ...) {
 void fail(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const Failure failure = failure_of(format, arguments);
+    std::string message = formatted(format, arguments);
     va_end(arguments);
-    throw failure;
+    // NOLINTNEXTLINE(cert-err60-cpp): copying throws nothing, since a lack of memory ends the run
+    throw Failure{std::move(message)};
 }

@@ -75,7 +75,7 @@ void WorkerFailure::report(const Failure& failure) {
 
 void WorkerFailure::throw_if_any() const {
     if (has_failed_) {
-        throw first_;
+        fail("%s", first_.message.c_str());
     }
 }
 

@@ -106,6 +106,7 @@ void classify(UrlInfo& entry, std::vector<Classifier>& classifiers) {
 
 void fill_pattern_index() {
     std::vector<Classifier> classifiers;
+    classifiers.reserve(pattern_kind_count);
     for (int kind = 0; kind < pattern_kind_count; ++kind) {
         classifiers.emplace_back(static_cast<PatternKind>(kind));
     }
