@@ -10,5 +10,5 @@ uint64_t zvr_get_total_lines_in_file(const char* file_name);
 bool has_lines(const char* file_name);
 
 // As zvr_get_total_lines_in_file for a file that the caller has open and whose name serves the
-// debug lines. Reads it from its start and leaves it there.
+// debug lines. The file must stand at its start, and does so afterwards.
 uint64_t total_lines_in_open_file(const char* file_name, int descriptor);
