@@ -23,7 +23,7 @@ constexpr const char* input_cache_name = ".tmp";
 
 // The directories of a run.
 struct Directories {
-    OwnDirectory config;      // not open when it is not there or another user's
+    OwnDirectory config;      // not open when it is not there or a link of another user
     OwnDirectory input_cache; // likewise
     FileDescriptor backup;
 };
@@ -97,7 +97,7 @@ Answer decide(const RunPlace& place, const Directories& directories, Inputs& now
         return {Reuse::nothing, now.doubt};
     }
     if (!directories.input_cache.is_open()) {
-        return {Reuse::nothing, "there is no input cache directory of this user"};
+        return {Reuse::nothing, "there is no input cache directory"};
     }
     std::string fault;
     const std::optional<Manifest> cached =
