@@ -100,10 +100,8 @@ Rows load(const std::string& log, size_t line_count) {
 
 void expect_plain_status_code(Choices& choices) {
     std::string text = choices.text("0129 -x", 4);
-    ParsingThread thread = {.thread_idx = 0};
     RequestFields request;
-    read_common_field(thread, {"test", "log", 1}, AL_STATUS_CODE, {text.data(), text.size()},
-                      request);
+    read_common_field({"test", "log", 1}, AL_STATUS_CODE, {text.data(), text.size()}, request);
     EXPECT_EQ(request.response_code, std::atoi(text.c_str())) << text;
 }
 

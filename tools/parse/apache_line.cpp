@@ -1,5 +1,4 @@
 #include "base/logs.h"
-#include "base/tokenizers.h"
 #include "tools/config/field_layout.h"
 #include "tools/parse/line_parsers.h"
 #include "tools/parse/request_fields.h"
@@ -9,7 +8,7 @@
 
 namespace {
 
-constexpr int needed_parts = 3; // method, URL, protocol version
+constexpr int needed_words = 3; // method, URL, protocol version
 
 // The first blank-separated word at or after `position`; empty at the end of the text.
 LineText next_word(const char* position, const char* end) {
@@ -21,80 +20,86 @@ LineText next_word(const char* position, const char* end) {
     return {const_cast<char*>(position), static_cast<size_t>(word_end - position)};
 }
 
-bool split_request_line_quickly(LineText field, RequestFields& request) {
-    const char* const end = field.text + field.size;
-    request.method = next_word(field.text, end);
-    request.url = next_word(request.method.text + request.method.size, end);
-    const LineText version = next_word(request.url.text + request.url.size, end);
-    return version.size != 0;
-}
-
-// The general way, which the debug log shows.
+// Method and URL, when a protocol version follows them. Words of a request line are counted up to
+// the fifth; what comes behind that means nothing.
 bool split_request_line(LineText field, RequestFields& request) {
-    constexpr int max_parts = 5;
-    char* parts[max_parts];
-    int count;
-    get_tokens1(field.text, parts, " ", max_parts, &count);
-    if (count < needed_parts) {
-        return false;
+    constexpr int max_words = 5;
+    LineText words[max_words] = {};
+    const char* const end = field.text + field.size;
+    const int counted_words = debug_wanted(4) ? max_words : needed_words;
+    const char* position = field.text;
+    int count = 0;
+    for (; count < counted_words; ++count) {
+        words[count] = next_word(position, end);
+        if (words[count].size == 0) {
+            break;
+        }
+        position = words[count].text + words[count].size;
     }
-    request.method = {parts[0], std::strlen(parts[0])};
-    request.url = {parts[1], std::strlen(parts[1])};
-    return true;
+    DEBUG_LOG(4, "get_tokens1", "Total fields found : %d", count);
+    request.method = words[0];
+    request.url = words[1];
+    return count >= needed_words;
 }
 
-bool read_request_line(ParsingThread& thread, const LineOrigin& origin, LineText field,
-                       RequestFields& request) {
-    const bool is_complete = debug_wanted(4) ? split_request_line(field, request)
-                                             : split_request_line_quickly(field, request);
-    if (!is_complete) {
-        ++thread.counters.bad_req;
+LineKind read_request_line(const LineOrigin& origin, LineText field, RequestFields& request) {
+    if (!split_request_line(field, request)) {
         DEBUG_LOG(2, origin.fname,
                   "Invalid request line in file %s at line number - %ld, this request will be "
                   "ignored",
                   origin.file_name, origin.line_num);
-        return false;
+        return LineKind::invalid_request_line;
     }
     DEBUG_LOG(2, origin.fname, "Allocating memory for %s. size = %d", "url",
               static_cast<int>(request.url.size + 2));
-    return true;
+    return LineKind::accepted;
 }
 
-bool read_date_and_time(ParsingThread& thread, const LineOrigin& origin, LineText field,
-                        RequestFields& request) {
+LineKind read_date_and_time(const LineOrigin& origin, LineText field, RequestFields& request) {
     const time_t time_stamp = convert_into_second(field);
     if (time_stamp == -1) {
         DEBUG_LOG(2, origin.fname,
                   "Invalid date/time in file:%s at line number:%ld, ignorning line",
                   origin.file_name, origin.line_num);
-        ++thread.counters.bad_req;
-        return false;
+        return LineKind::invalid_time;
     }
     request.time_stamp = static_cast<uint64_t>(time_stamp);
-    return true;
+    return LineKind::accepted;
 }
 
-// False when the line is rejected.
-bool read_field(ParsingThread& thread, const LineOrigin& origin, int kind, LineText field,
-                RequestFields& request) {
+LineKind read_field(ParsingThread& thread, const LineOrigin& origin, int kind, LineText field,
+                    RequestFields& request) {
     if (debug_wanted(4)) {
         log_field_value(origin, kind, field);
     }
     switch (kind) {
     case AL_DATE_AND_TIME:
-        return read_date_and_time(thread, origin, field, request);
+        return read_date_and_time(origin, field, request);
     case AL_REQUEST_LINE:
-        return read_request_line(thread, origin, field, request);
+        return read_request_line(origin, field, request);
     default:
         break;
     }
-    if (read_common_field(thread, origin, kind, field, request) == FieldOutcome::rejected) {
-        return false;
+    if (read_common_field(origin, kind, field, request) == FieldOutcome::invalid_client_address) {
+        return LineKind::invalid_client_address;
     }
     if (kind == AL_LOCATION) {
         resolve_location(thread, request.url, request.location);
     }
-    return true;
+    return LineKind::accepted;
+}
+
+LineKind read_line(ParsingThread& thread, const LineOrigin& origin, LineText line,
+                   RequestFields& request) {
+    DEBUG_LOG(4, origin.fname, "Processing line num - %ld of file - %s", origin.line_num,
+              origin.file_name);
+    LineText fields[max_al_fields];
+    LineKind kind = split_line(origin, line, fields);
+    for (int i = 0; kind == LineKind::accepted && i < present_field_count; ++i) {
+        const PresentField& present = present_fields[i];
+        kind = read_field(thread, origin, present.kind, fields[present.index], request);
+    }
+    return kind == LineKind::accepted ? test_replay_period(origin, request) : kind;
 }
 
 } // namespace
@@ -102,22 +107,10 @@ bool read_field(ParsingThread& thread, const LineOrigin& origin, int kind, LineT
 int parse_al_line(ParsingThread& thread, alInfo* al_info_array_t, LineText line,
                   const char* file_name, uint64_t seq_no, int64_t line_num) {
     const LineOrigin origin = {"parse_al_line", file_name, line_num};
-    DEBUG_LOG(4, origin.fname, "Processing line num - %ld of file - %s", line_num, file_name);
-    LineText fields[max_al_fields];
-    if (!split_line(thread, origin, line, fields)) {
-        return -1;
-    }
     RequestFields request;
-    for (int i = 0; i < present_field_count; ++i) {
-        const PresentField& present = present_fields[i];
-        if (!read_field(thread, origin, present.kind, fields[present.index], request)) {
-            return -1;
-        }
+    const LineKind kind = read_line(thread, origin, line, request);
+    if (kind == LineKind::accepted) {
+        store_request(thread, request, "url", al_info_array_t[seq_no]);
     }
-    if (!is_in_replay_period(thread, origin, request)) {
-        return -1;
-    }
-    store_request(thread, request, "url", al_info_array_t[seq_no]);
-    DEBUG_LOG(4, origin.fname, "Successfully parsed line:%ld from File:%s", line_num, file_name);
-    return 0;
+    return finish_line(thread, origin, {kind, request.time_stamp});
 }

@@ -61,55 +61,69 @@ void join_query_string(ParsingThread& thread, const LineOrigin& origin, RequestF
     request.url = {joined.data(), joined.size()};
 }
 
-// False when the line is rejected.
-bool read_fields(ParsingThread& thread, const LineOrigin& origin, const LineText fields[],
-                 RequestFields& request, SeparateFields& separate) {
+LineKind read_fields(const LineOrigin& origin, const LineText fields[], RequestFields& request,
+                     SeparateFields& separate) {
     for (int i = 0; i < present_field_count; ++i) {
         const int kind = present_fields[i].kind;
         const LineText field = fields[present_fields[i].index];
         if (debug_wanted(4)) {
             log_field_value(origin, kind, field);
         }
-        switch (read_common_field(thread, origin, kind, field, request)) {
+        switch (read_common_field(origin, kind, field, request)) {
         case FieldOutcome::handled:
             break;
-        case FieldOutcome::rejected:
-            return false;
+        case FieldOutcome::invalid_client_address:
+            return LineKind::invalid_client_address;
         case FieldOutcome::dialect_specific:
             read_own_field(kind, field, request, separate);
         }
     }
-    return true;
+    return LineKind::accepted;
+}
+
+LineKind read_time(const LineOrigin& origin, const SeparateFields& separate,
+                   RequestFields& request) {
+    const time_t time_stamp = convert_into_second_iis(separate.date, separate.time);
+    if (time_stamp == -1) {
+        report_bad_line(origin, "Date/Time filed is invalid at line %ld in file '%s'");
+        return LineKind::invalid_time;
+    }
+    request.time_stamp = static_cast<uint64_t>(time_stamp);
+    return test_replay_period(origin, request);
+}
+
+LineKind read_line(ParsingThread& thread, const LineOrigin& origin, LineText line,
+                   RequestFields& request) {
+    DEBUG_LOG(4, origin.fname, "Processing line num - %ld of file - %s", origin.line_num,
+              origin.file_name);
+    LineText fields[max_al_fields];
+    SeparateFields separate;
+    LineKind kind = split_line(origin, line, fields);
+    if (kind == LineKind::accepted) {
+        kind = read_fields(origin, fields, request, separate);
+    }
+    if (kind == LineKind::accepted && !is_complete(request, separate)) {
+        report_bad_line(origin, "Required fields are missing  at line %ld in file '%s'");
+        kind = LineKind::missing_fields;
+    }
+    if (kind == LineKind::accepted) {
+        kind = read_time(origin, separate, request);
+    }
+    if (kind == LineKind::accepted) {
+        join_query_string(thread, origin, request, separate.query_string);
+        resolve_location(thread, request.url, request.location);
+    }
+    return kind;
 }
 
 int parse_separate_fields(ParsingThread& thread, const LineOrigin& origin, alInfo& record,
                           LineText line) {
-    DEBUG_LOG(4, origin.fname, "Processing line num - %ld of file - %s", origin.line_num,
-              origin.file_name);
-    LineText fields[max_al_fields];
     RequestFields request;
-    SeparateFields separate;
-    if (!split_line(thread, origin, line, fields) ||
-        !read_fields(thread, origin, fields, request, separate)) {
-        return -1;
+    const LineKind kind = read_line(thread, origin, line, request);
+    if (kind == LineKind::accepted) {
+        store_request(thread, request, "URL", record);
     }
-    if (!is_complete(request, separate)) {
-        return reject_line(thread, origin, "Required fields are missing  at line %ld in file '%s'");
-    }
-    const time_t time_stamp = convert_into_second_iis(separate.date, separate.time);
-    if (time_stamp == -1) {
-        return reject_line(thread, origin, "Date/Time filed is invalid at line %ld in file '%s'");
-    }
-    request.time_stamp = static_cast<uint64_t>(time_stamp);
-    if (!is_in_replay_period(thread, origin, request)) {
-        return -1;
-    }
-    join_query_string(thread, origin, request, separate.query_string);
-    resolve_location(thread, request.url, request.location);
-    store_request(thread, request, "URL", record);
-    DEBUG_LOG(4, origin.fname, "Successfully parsed line:%ld from File:%s", origin.line_num,
-              origin.file_name);
-    return 0;
+    return finish_line(thread, origin, {kind, request.time_stamp});
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/text_arena.h"
+#include "tools/parse/line_outcome.h"
 #include "tools/parse/request_numbers.h"
 
 #include <cstdint>
@@ -20,6 +21,7 @@ struct ParsingThread {
     int thread_idx;              // number of the thread, from 0
     RequestNumbers numbers = {}; // of its records
     threadCounter counters = {};
+    LineOutcome outcome = {};           // of the line parsed last
     TextArena record_texts = {};        // URLs, hosts and locations of the accepted requests
     std::string joined_url = {};        // URL and query string of the current line
     std::string resolved_location = {}; // of the current line

@@ -30,8 +30,7 @@ int read_status_code(LineText field) {
     return static_cast<int>(std::strtol(field.text, nullptr, 10));
 }
 
-FieldOutcome read_client_ip(ParsingThread& thread, const LineOrigin& origin, LineText field,
-                            RequestFields& request) {
+FieldOutcome read_client_ip(const LineOrigin& origin, LineText field, RequestFields& request) {
     if (session_mode != SESSION_MODE_CLIENT_IP) {
         return FieldOutcome::handled;
     }
@@ -44,8 +43,7 @@ FieldOutcome read_client_ip(ParsingThread& thread, const LineOrigin& origin, Lin
     if (zv_ip_addr(field.text, &request.client_ip) == -1) {
         DEBUG_LOG(2, origin.fname, "Invalid client ip %s at line %ld in file %s", field.text,
                   origin.line_num, origin.file_name);
-        ++thread.counters.bad_req;
-        return FieldOutcome::rejected;
+        return FieldOutcome::invalid_client_address;
     }
     return FieldOutcome::handled;
 }
@@ -66,12 +64,13 @@ bool is_dash(LineText field) {
     return field.size == 1 && field.text[0] == '-';
 }
 
-bool split_line(ParsingThread& thread, const LineOrigin& origin, LineText line, LineText fields[]) {
-    if (get_al_fields(line, fields, max_al_fields) < max_required_field_position) {
-        reject_line(thread, origin, "Invalid line at line %ld in file '%s'");
-        return false;
+LineKind split_line(const LineOrigin& origin, LineText line, LineText fields[]) {
+    const int count = get_al_fields(line, fields, max_al_fields);
+    if (count >= max_required_field_position) {
+        return LineKind::accepted;
     }
-    return true;
+    report_bad_line(origin, "Invalid line at line %ld in file '%s'");
+    return count == -1 ? LineKind::unclosed_field : LineKind::too_few_fields;
 }
 
 void log_field_value(const LineOrigin& origin, int kind, LineText field) {
@@ -81,11 +80,11 @@ void log_field_value(const LineOrigin& origin, int kind, LineText field) {
     }
 }
 
-FieldOutcome read_common_field(ParsingThread& thread, const LineOrigin& origin, int kind,
-                               LineText field, RequestFields& request) {
+FieldOutcome read_common_field(const LineOrigin& origin, int kind, LineText field,
+                               RequestFields& request) {
     switch (kind) {
     case AL_CLIENT_IP:
-        return read_client_ip(thread, origin, field, request);
+        return read_client_ip(origin, field, request);
     case AL_STATUS_CODE:
         request.response_code = read_status_code(field);
         DEBUG_LOG(4, origin.fname, "Response code = %d", request.response_code);
@@ -121,27 +120,41 @@ FieldOutcome read_common_field(ParsingThread& thread, const LineOrigin& origin, 
     return FieldOutcome::handled;
 }
 
-int reject_line(ParsingThread& thread, const LineOrigin& origin, const char* message) {
+void report_bad_line(const LineOrigin& origin, const char* message) {
     if (debug_wanted(2)) {
         debug_log(2, origin.fname, message, origin.line_num, origin.file_name);
     }
-    ++thread.counters.bad_req;
-    return -1;
 }
 
-bool is_in_replay_period(ParsingThread& thread, const LineOrigin& origin, RequestFields& request) {
+LineKind test_replay_period(const LineOrigin& origin, RequestFields& request) {
     if (consider_response_time != 0) {
         request.time_stamp -= static_cast<uint64_t>(request.response_time);
     }
     const bool is_early = start_time_stamp != 0 && request.time_stamp < start_time_stamp;
     const bool is_late = end_time_stamp != 0 && request.time_stamp > end_time_stamp;
-    if (is_early || is_late) {
-        DEBUG_LOG(2, origin.fname,
-                  "Request doesn't come in replay period range , This request will be ignored");
-        ++thread.counters.time_filtered_req;
-        return false;
+    if (!is_early && !is_late) {
+        return LineKind::accepted;
     }
-    return true;
+    DEBUG_LOG(2, origin.fname,
+              "Request doesn't come in replay period range , This request will be ignored");
+    return is_early ? LineKind::before_period : LineKind::after_period;
+}
+
+int finish_line(ParsingThread& thread, const LineOrigin& origin, LineOutcome outcome) {
+    thread.outcome = outcome;
+    switch (outcome.kind) {
+    case LineKind::accepted:
+        DEBUG_LOG(4, origin.fname, "Successfully parsed line:%ld from File:%s", origin.line_num,
+                  origin.file_name);
+        return 0;
+    case LineKind::before_period:
+    case LineKind::after_period:
+        ++thread.counters.time_filtered_req;
+        return -1;
+    default:
+        ++thread.counters.bad_req;
+        return -1;
+    }
 }
 
 void resolve_location(ParsingThread& thread, LineText url, LineText& location) {

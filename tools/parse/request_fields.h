@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/parse/field_splitter.h"
+#include "tools/parse/line_outcome.h"
 #include "tools/parse/parsing_thread.h"
 #include "tools/parse/request_record.h"
 
@@ -33,32 +34,36 @@ struct RequestFields {
 
 enum class FieldOutcome {
     handled,
-    rejected,        // the line is bad
+    invalid_client_address,
     dialect_specific // means something in one dialect only
 };
 
 // Whether a field holds the "-" that stands for no value.
 bool is_dash(LineText field);
 
-// Splits `line` into `fields` (max_al_fields of them). Returns false when there are fewer than the
-// layout needs or one is not closed; the line is then reported and counted as bad.
-bool split_line(ParsingThread& thread, const LineOrigin& origin, LineText line, LineText fields[]);
+// Splits `line` into `fields` (max_al_fields of them). Returns `accepted`; or why the line is bad,
+// which is then reported.
+LineKind split_line(const LineOrigin& origin, LineText line, LineText fields[]);
 
 // Writes the field's value to the debug log (level 4), except for a status code, which has a line
 // of its own, and a client address that is not looked at.
 void log_field_value(const LineOrigin& origin, int kind, LineText field);
 
 // Reads a field of a kind (see tools/config/field_layout.h) that all dialects share into `request`.
-FieldOutcome read_common_field(ParsingThread& thread, const LineOrigin& origin, int kind,
-                               LineText field, RequestFields& request);
+// A bad field is reported.
+FieldOutcome read_common_field(const LineOrigin& origin, int kind, LineText field,
+                               RequestFields& request);
 
-// Reports and counts a bad line; -1, the parsers' result for it. `message` takes the line number
-// and the file name.
-int reject_line(ParsingThread& thread, const LineOrigin& origin, const char* message);
+// Reports a bad line. `message` takes the line number and the file name.
+void report_bad_line(const LineOrigin& origin, const char* message);
 
 // Subtracts the response time where the settings say so, and tests the replay period, both ends
-// included. A request outside of it is reported and counted, and false comes back.
-bool is_in_replay_period(ParsingThread& thread, const LineOrigin& origin, RequestFields& request);
+// included. A request outside of it is reported.
+LineKind test_replay_period(const LineOrigin& origin, RequestFields& request);
+
+// The parsers' result for a line: counts it in `thread`, keeps what became of it there, and returns
+// 0 when it is accepted, else -1.
+int finish_line(ParsingThread& thread, const LineOrigin& origin, LineOutcome outcome);
 
 // Resolves the location against `url` when it is relative; otherwise leaves it as logged.
 void resolve_location(ParsingThread& thread, LineText url, LineText& location);

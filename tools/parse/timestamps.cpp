@@ -12,6 +12,8 @@
 
 namespace {
 
+constexpr const char* fname = "convert_into_second";
+constexpr const char* fname_iis = "convert_into_second_iis";
 constexpr const char* month_names[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                        "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
@@ -61,6 +63,7 @@ int month_at(const char* text) {
 }
 
 constexpr size_t fixed_shape_size = 26;
+constexpr size_t zone_at = 21; // in a text of the fixed shape
 
 // The shape that servers write, dd/Mon/yyyy:hh:mm:ss +hhmm; anything else goes the general way.
 bool read_fixed_shape(LineText timestring, CalendarTime& calendar, int64_t& log_offset) {
@@ -96,7 +99,8 @@ class KnownMinute {
     bool has(LineText timestring) const {
         const char* text = timestring.text;
         return timestring.size == sizeof text_ && std::memcmp(text, text_, seconds_at) == 0 &&
-               std::memcmp(text + zone_at, text_ + zone_at, sizeof text_ - zone_at) == 0 &&
+               std::memcmp(text + seconds_end, text_ + seconds_end, sizeof text_ - seconds_end) ==
+                   0 &&
                text[seconds_at] >= '0' && text[seconds_at] <= '5' && text[seconds_at + 1] >= '0' &&
                text[seconds_at + 1] <= '9';
     }
@@ -114,7 +118,7 @@ class KnownMinute {
 
   private:
     static constexpr size_t seconds_at = 18;
-    static constexpr size_t zone_at = 20; // with the blank before it
+    static constexpr size_t seconds_end = 20;
 
     char text_[fixed_shape_size] =
         {}; // all NUL, which no log text is, until the first is remembered
@@ -138,16 +142,58 @@ bool read_fixed_shape_iis(LineText date, LineText time, CalendarTime& calendar) 
     return date_shape.fits() && time_shape.fits();
 }
 
-void log_calendar(const char* fname, const CalendarTime& calendar) {
-    DEBUG_LOG(4, fname, "Date: day: %d month: %d year: %d hours: %d minutes: %d secs: %d",
+void log_calendar(const char* function, const CalendarTime& calendar) {
+    DEBUG_LOG(4, function, "Date: day: %d month: %d year: %d hours: %d minutes: %d secs: %d",
               calendar.day, calendar.month, calendar.year, calendar.hours, calendar.minutes,
               calendar.seconds);
 }
 
+void log_parts(int count) {
+    DEBUG_LOG(4, "get_tokens1", "Total fields found : %d", count);
+}
+
+constexpr int part_count = 6;
+constexpr int part_count_iis = 3; // of the date, and of the time
+
+// What the general way writes about a text of the fixed shape.
+void log_fixed_shape(LineText timestring, time_t time_secs) {
+    CalendarTime calendar;
+    int64_t log_offset;
+    read_fixed_shape(timestring, calendar, log_offset);
+    log_parts(part_count);
+    log_calendar(fname, calendar);
+    DEBUG_LOG(4, fname, "Access log Time zone = %s", timestring.text + zone_at);
+    DEBUG_LOG(4, fname, "time_secs: %ld", time_secs);
+}
+
+void log_fixed_shape_iis(const CalendarTime& calendar) {
+    log_parts(part_count_iis);
+    log_parts(part_count_iis);
+    log_calendar(fname_iis, calendar);
+}
+
+// Seconds on the scale of the logs' zone; nothing when the text is of another shape.
+std::optional<time_t> convert_fixed_shape(LineText timestring) {
+    static thread_local KnownMinute known;
+    if (known.has(timestring)) {
+        return known.second(timestring);
+    }
+    CalendarTime calendar;
+    int64_t log_offset;
+    if (!read_fixed_shape(timestring, calendar, log_offset)) {
+        return {};
+    }
+    const std::optional<time_t> minute = local_minute_to_epoch(calendar);
+    if (!minute) {
+        return local_time_to_epoch(calendar) - log_offset;
+    }
+    const time_t start = *minute - log_offset;
+    known.remember(timestring, start);
+    return start + calendar.seconds; // 60 to 99 count on from the minute's end
+}
+
 // The general way: any text with the parts in their places.
 time_t convert_any_shape(char* timestring) {
-    constexpr const char* fname = "convert_into_second";
-    constexpr int part_count = 6;
     char* parts[part_count];
     int count;
     get_tokens1(timestring, parts, "/:", part_count, &count);
@@ -171,24 +217,21 @@ time_t convert_any_shape(char* timestring) {
 }
 
 time_t convert_any_shape_iis(char* date, char* time) {
-    constexpr const char* fname = "convert_into_second_iis";
-    constexpr int part_count = 3;
-    DEBUG_LOG(4, fname, "Method Called. Date/time = %s %s", date, time);
-    char* date_parts[part_count];
-    char* time_parts[part_count];
+    char* date_parts[part_count_iis];
+    char* time_parts[part_count_iis];
     int count;
-    get_tokens1(date, date_parts, "-", part_count, &count);
-    if (count < part_count) {
+    get_tokens1(date, date_parts, "-", part_count_iis, &count);
+    if (count < part_count_iis) {
         return -1;
     }
-    get_tokens1(time, time_parts, ":", part_count, &count);
-    if (count < part_count) {
+    get_tokens1(time, time_parts, ":", part_count_iis, &count);
+    if (count < part_count_iis) {
         return -1;
     }
     const CalendarTime calendar = {read_number(date_parts[0]), read_number(date_parts[1]),
                                    read_number(date_parts[2]), read_number(time_parts[0]),
                                    read_number(time_parts[1]), read_number(time_parts[2])};
-    log_calendar(fname, calendar);
+    log_calendar(fname_iis, calendar);
     return local_time_to_epoch(calendar) - replay_timezone;
 }
 
@@ -204,29 +247,25 @@ int get_month(const char* month_name) {
 }
 
 time_t convert_into_second(LineText timestring) {
-    static thread_local KnownMinute known;
-    const bool takes_general_way = debug_wanted(4); // its steps show in the debug log
-    if (!takes_general_way && known.has(timestring)) {
-        return known.second(timestring) - replay_timezone;
-    }
-    CalendarTime calendar;
-    int64_t log_offset;
-    if (takes_general_way || !read_fixed_shape(timestring, calendar, log_offset)) {
+    const std::optional<time_t> time_stamp = convert_fixed_shape(timestring);
+    if (!time_stamp) {
         return convert_any_shape(timestring.text);
     }
-    const std::optional<time_t> minute = local_minute_to_epoch(calendar);
-    if (!minute) {
-        return local_time_to_epoch(calendar) - log_offset - replay_timezone;
+    const time_t time_secs = *time_stamp - replay_timezone;
+    if (debug_wanted(4)) {
+        log_fixed_shape(timestring, time_secs);
     }
-    const time_t start = *minute - log_offset;
-    known.remember(timestring, start);
-    return start + calendar.seconds - replay_timezone; // 60 to 99 count on from the minute's end
+    return time_secs;
 }
 
 time_t convert_into_second_iis(LineText date, LineText time) {
+    DEBUG_LOG(4, fname_iis, "Method Called. Date/time = %s %s", date.text, time.text);
     CalendarTime calendar;
-    if (debug_wanted(4) || !read_fixed_shape_iis(date, time, calendar)) {
+    if (!read_fixed_shape_iis(date, time, calendar)) {
         return convert_any_shape_iis(date.text, time.text);
+    }
+    if (debug_wanted(4)) {
+        log_fixed_shape_iis(calendar);
     }
     return local_time_to_epoch(calendar) - replay_timezone;
 }
