@@ -3,6 +3,15 @@
 #include "base/line_text.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <sys/types.h>
+
+// A part of a file that is read by itself.
+struct FileRange {
+    uint64_t begin; // bytes
+    uint64_t end;
+    uint64_t file_size; // nothing from here on is read
+};
 
 // Reads the lines of a file from its descriptor in large blocks and cuts them in place. Lines are
 // those that a line-by-line reader with a buffer of `line_size` bytes gives: a line of more than
@@ -12,8 +21,16 @@ class LineReader {
   public:
     static constexpr size_t unlimited = static_cast<size_t>(-1);
 
+    // Bytes that are read at a time. Tests set it, before any reader is made.
+    static size_t block_size;
+
     // Reads from `descriptor`, which stays the caller's. With `unlimited`, every line comes whole.
     LineReader(int descriptor, size_t line_size);
+
+    // Reads the lines that begin in `range`, whole, wherever in the file `descriptor` stands. The
+    // ranges of a file together give each of its lines once.
+    LineReader(int descriptor, size_t line_size, const FileRange& range);
+
     ~LineReader();
     LineReader(const LineReader&) = delete;
     LineReader& operator=(const LineReader&) = delete;
@@ -22,17 +39,28 @@ class LineReader {
     // false at the end of the file or when reading fails.
     bool next(LineText& line);
 
+    // Of the line given last: whether a line feed ended it, and otherwise whether the file did.
+    bool is_terminated() const { return is_terminated_; }
+    bool is_last_rest() const { return !is_terminated_ && at_end_ && next_ == end_; }
+
     // Fails when reading has stopped before the end of the file.
     void require_whole(const char* file_name) const;
 
   private:
+    bool is_past_range() const;
+    void skip_first_line();
     char* find_line_end();
+    char* read_to_line_end();
+    ssize_t read_block();
     bool read_more();
     void make_room();
     size_t text_size(char* line_end);
 
     int descriptor_;
     size_t max_piece_;
+    bool has_range_ = false;
+    FileRange range_ = {};
+    uint64_t end_offset_ = 0; // in the file, of end_; kept with a range only
     size_t capacity_ = 0;
     char* buffer_ = nullptr;
     char* next_ = nullptr;     // first character not yet given out
@@ -43,5 +71,6 @@ class LineReader {
     char* cut_ = nullptr;      // where a terminator stands in place of a character of the next line
     char cut_character_ = '\0';
     bool at_end_ = false;
-    int error_ = 0; // errno of a failed read
+    bool is_terminated_ = true; // the line given last
+    int error_ = 0;             // errno of a failed read
 };

@@ -2,7 +2,7 @@
 
 #include "tools/config/field_layout.h"
 #include "tools/parse/field_splitter.h"
-#include "tools/parse/request_numbers.h"
+#include "tools/parse/request_interner.h"
 #include "tools/parse/timestamps.h"
 
 #include <benchmark/benchmark.h>
@@ -82,20 +82,22 @@ std::vector<alInfo> make_requests(uint32_t count, std::vector<std::string>& urls
     return requests;
 }
 
-void number_requests(benchmark::State& state) {
+void intern_requests(benchmark::State& state) {
     std::vector<std::string> urls;
     const std::vector<alInfo> requests = make_requests(1'000'000, urls);
     for (auto _ : state) {
-        RequestNumbers numbers;
+        RequestInterner interner;
+        RequestRows rows;
         for (const alInfo& request : requests) {
-            numbers.add(request);
+            rows.emplace_back();
+            interner.add(request, rows);
         }
-        numbers.finish();
-        benchmark::DoNotOptimize(numbers.url_count());
+        interner.finish(rows);
+        benchmark::DoNotOptimize(rows.data());
     }
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(requests.size()));
 }
-BENCHMARK(number_requests)->Unit(benchmark::kMillisecond);
+BENCHMARK(intern_requests)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -5,6 +5,7 @@
 #include "tools/parse/field_splitter.h"
 #include "tools/parse/line_parsers.h"
 #include "tools/parse/replay_zone.h"
+#include "tools/parse/url_key.h"
 
 #include <cstdlib>
 #include <ctime>
@@ -28,14 +29,15 @@ bool splits() {
 
 bool parses() {
     std::string line = log_line;
-    ParsingThread thread = {.thread_idx = 0};
+    ParsingThread thread;
     alInfo request = {};
     if (parse_al_line(thread, &request, {line.data(), line.size()}, "access_log", 0, 1) != 0) {
         return gives("refused", "accepted");
     }
     find_counted_url(request);
-    thread.numbers.add(request);
-    thread.numbers.finish();
+    RequestRows rows(1);
+    thread.interner.add(request, rows);
+    thread.interner.finish(rows);
     return gives(request.method, "GET") && gives(request.url, "/shop/view.jsp?item=7") &&
            gives(std::string(counted_url(request)), "/shop/view.jsp?") &&
            gives(request.host_ip, "www.example.com") &&
@@ -43,12 +45,13 @@ bool parses() {
            gives(request.cookies, "JSESSIONID=abc") &&
            gives(std::to_string(request.time_stamp), "1760097336") &&
            gives(std::to_string(request.response_code), "302") &&
-           gives(std::to_string(thread.numbers.url_count()), "1");
+           gives(std::string(UrlKey(thread.interner.texts().urls.text(rows[0].url)).url),
+                 "/shop/view.jsp?");
 }
 
 bool refuses() {
     std::string line = "192.0.2.17 - - [10/Oct/2025:13:55:36 +0200";
-    ParsingThread thread = {.thread_idx = 0};
+    ParsingThread thread;
     alInfo request = {};
     const int outcome =
         parse_al_line(thread, &request, {line.data(), line.size()}, "access_log", 0, 1);

@@ -10,6 +10,8 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+const size_t block_size = LineReader::block_size;
+
 Lines plain_lines(FILE* file, size_t line_size) {
     const bool is_unlimited = line_size == LineReader::unlimited;
     size_t capacity = is_unlimited ? 1 : line_size;
@@ -24,8 +26,7 @@ Lines plain_lines(FILE* file, size_t line_size) {
 }
 
 // A line is the caller's to write to, which must not reach the next one.
-Lines read_lines(int descriptor, size_t line_size) {
-    LineReader reader(descriptor, line_size);
+Lines take_lines(LineReader& reader) {
     LineText line;
     Lines lines;
     while (reader.next(line)) {
@@ -34,6 +35,26 @@ Lines read_lines(int descriptor, size_t line_size) {
         std::memset(line.text, '!', line.size);
     }
     EXPECT_FALSE(reader.next(line));
+    return lines;
+}
+
+Lines read_lines(int descriptor, size_t line_size) {
+    LineReader reader(descriptor, line_size);
+    return take_lines(reader);
+}
+
+// As threads do that share a file. Nothing is read from `file_size` on.
+Lines read_ranges(int descriptor, size_t line_size, size_t file_size, Choices& choices) {
+    Lines lines;
+    for (size_t begin = 0; begin < file_size;) {
+        const size_t size = choices.one_in(3) ? choices.below(file_size) : choices.below(9);
+        const size_t end = std::min(begin + 1 + size, file_size);
+        LineReader reader(descriptor, line_size, {begin, end, file_size});
+        for (std::string& line : take_lines(reader)) {
+            lines.push_back(std::move(line));
+        }
+        begin = end;
+    }
     return lines;
 }
 
@@ -54,7 +75,6 @@ Lines read_through_pipe(const std::string& bytes, size_t line_size, Choices& cho
 }
 
 std::string random_bytes(Choices& choices, size_t usual_length, size_t total) {
-    constexpr size_t block_size = size_t{256} << 10; // what is read at a time
     const std::string_view odd("\n\r\0#a \n\n", 8);
     std::string bytes;
     while (bytes.size() < total && choices.any_left()) {
@@ -90,5 +110,9 @@ void check_line_reader(Choices& choices) {
         is_pipe ? read_through_pipe(bytes, limit, choices) : read_lines(fileno(file), limit);
     std::rewind(file);
     EXPECT_TRUE(lines == plain_lines(file, limit)) << "limit " << limit;
+    LineReader::block_size = choices.one_in(2) ? block_size : 1 + choices.below(20'000);
+    EXPECT_TRUE(read_ranges(fileno(file), limit, bytes.size(), choices) == lines)
+        << "limit " << limit << ", blocks of " << LineReader::block_size;
+    LineReader::block_size = block_size;
     std::fclose(file);
 }

@@ -1,12 +1,14 @@
-#include "tools/parse/log_loader.h"
-
 #include "base/logs.h"
 #include "tests/properties/properties.h"
 #include "tools/config/field_layout.h"
 #include "tools/config/replay_period.h"
 #include "tools/config/replay_settings.h"
 #include "tools/load/input_files.h"
+#include "tools/load/load_phase.h"
+#include "tools/load/log_pieces.h"
+#include "tools/load/request_table.h"
 #include "tools/parse/cookie_values.h"
+#include "tools/parse/own_texts.h"
 #include "tools/parse/request_fields.h"
 
 #include <cstring>
@@ -36,65 +38,83 @@ std::string random_line(Choices& choices) {
     return line + "\n";
 }
 
-Rows describe(const std::vector<alInfo>& records) {
-    Rows rows;
-    for (const alInfo& record : records) {
-        std::string& row = rows.emplace_back(record.method);
-        for (const char* text :
-             {static_cast<const char*>(record.url), record.host_ip,
-              static_cast<const char*>(record.redirect_url), record.jsession_id, record.akaau_id}) {
-            row += std::string(" ") + (text == nullptr ? "none" : text);
-        }
-        for (const auto number :
-             {static_cast<int64_t>(record.time_stamp), static_cast<int64_t>(record.client_ip),
-              record.line_num, int64_t{record.url_len}, int64_t{record.response_code}}) {
-            row += " " + std::to_string(number);
+// An access log of the run.
+struct Log {
+    std::string bytes;
+    uint64_t line_budget;
+    int instance;
+};
+
+Log random_log(Choices& choices, int instance) {
+    Log log = {"", 0, instance};
+    for (size_t count = 1 + choices.below(30); count > 0 && choices.any_left(); --count) {
+        log.bytes += random_line(choices);
+        if (choices.one_in(60)) { // longer than a line may be, so that it comes in pieces
+            log.bytes.insert(log.bytes.size() - 1, 102'399 + choices.below(3), 'x');
         }
     }
+    if (choices.one_in(3)) {
+        log.bytes += random_line(choices);
+        log.bytes.resize(log.bytes.size() - 1 - choices.below(3));
+    }
+    if (choices.one_in(3) || log.bytes.find('\n') == std::string::npos) {
+        log.line_budget = 1 + choices.below(40);
+    }
+    return log;
+}
+
+std::string text_or_none(const char* text) {
+    return text == nullptr ? "none" : text;
+}
+
+// The request table, with the texts that its ids stand for, and the counters.
+Rows describe_loaded() {
+    Rows rows;
+    for (const RequestRow& row : request_table.rows) {
+        const OwnTexts own = read_own_texts(row.own_texts);
+        rows.push_back(std::to_string(row.time_stamp) + " " +
+                       std::string(request_table.texts.sessions.text(row.session)) + " " +
+                       std::string(request_table.texts.urls.text(row.url)) + " " +
+                       std::to_string(row.is_redirect) + " " + text_or_none(own.location) + " " +
+                       text_or_none(own.full_url) + " " + text_or_none(own.method) + " " +
+                       std::to_string(own.has_secondary_cookie));
+    }
+    EXPECT_EQ(g_valid_request, rows.size());
+    EXPECT_EQ(g_total_req, g_valid_request + g_time_filtered_req + g_total_bad_req);
+    rows.push_back(std::to_string(g_time_filtered_req) +
+                   " filtered, bad: " + std::to_string(g_total_bad_req));
     return rows;
 }
 
-// What later phases count on: texts that end in their blocks, and room behind a URL for two
-// characters more.
-void expect_sound(std::vector<alInfo>& records) {
-    const auto length_in = [](const auto& block) { return strnlen(block, sizeof block); };
-    for (const alInfo& record : records) {
-        ASSERT_LE(length_in(record.method), max_method_length) << record.url;
-        ASSERT_LT(length_in(record.jsession_id), max_cookie_length) << record.url;
-        ASSERT_LT(length_in(record.akaau_id), max_cookie_length) << record.url;
+Rows load(const std::vector<Log>& logs) {
+    std::vector<FILE*> files;
+    std::vector<std::string> names;
+    for (const Log& log : logs) {
+        files.push_back(file_of(log.bytes));
+        names.push_back("/proc/self/fd/" + std::to_string(fileno(files.back())));
     }
-    const Rows expected = describe(records);
-    for (alInfo& record : records) {
-        std::strcat(record.url, "*");
+    for (size_t i = 0; i < logs.size(); ++i) {
+        seq_file_path[i] = {names[i].data(), 0, 0, logs[i].line_budget, logs[i].instance};
     }
-    for (alInfo& record : records) {
-        ASSERT_LT(static_cast<size_t>(record.url_len), std::strlen(record.url)) << record.url;
-        record.url[std::strlen(record.url) - 1] = '\0';
+    num_al_files = static_cast<int>(logs.size());
+    g_num_instance = logs.back().instance + 1;
+    g_valid_request = g_total_req = g_time_filtered_req = g_total_bad_req = 0;
+    process_url_files();
+    for (FILE* file : files) {
+        std::fclose(file);
     }
-    EXPECT_EQ(describe(records), expected) << "with stars behind the URLs";
+    return describe_loaded();
 }
 
-// The records with their numbers, and the counters.
-Rows load(const std::string& log, size_t line_count) {
-    std::vector<alInfo> records(line_count);
-    ParsingThread thread = {.thread_idx = 0};
-    RecordTable table(records.data(), line_count);
-    UnaccountedRequests waiting;
-    uint64_t count = 0;
-    FILE* file = file_of(log);
-    EXPECT_EQ(load_url_info(thread, table, 0, file, &count, waiting), 0);
-    std::fclose(file);
-    records.resize(count);
-    thread.numbers.finish();
-    expect_sound(records);
-    Rows rows = describe(records);
-    for (uint32_t i = 0; i < count; ++i) {
-        rows[i] += " " + std::string(thread.numbers.session_text(thread.numbers[i].session)) + " " +
-                   std::to_string(thread.numbers[i].url);
-    }
-    const auto& [total, time_filtered, bad] = thread.counters;
-    EXPECT_EQ(total, count + time_filtered + bad);
-    rows.push_back(std::to_string(time_filtered) + " filtered, bad: " + std::to_string(bad));
+// Line by line in the order of the logs, as the debug log shows it.
+Rows load_in_order(const std::vector<Log>& logs) {
+    log_piece_size = uint64_t{4} << 20;
+    LineReader::block_size = size_t{256} << 10;
+    debug_fp = std::fopen("/dev/null", "w");
+    debug_on = 1;
+    debug_level = 4;
+    const Rows rows = load(logs);
+    close_debug_log();
     return rows;
 }
 
@@ -129,17 +149,21 @@ void check_log_loader(Choices& choices) {
     validate_al_format();
     expect_plain_status_code(choices);
     expect_plain_cookie_search(choices);
-    std::string name = "access_log";
-    std::string log;
-    size_t line_count = 0;
-    for (; line_count < 40 && choices.any_left(); ++line_count) {
-        log += random_line(choices);
+    std::vector<Log> logs;
+    for (size_t count = 1 + choices.below(4); count > 0; --count) {
+        const int instance = logs.empty() ? 0 : logs.back().instance;
+        logs.push_back(random_log(choices, instance + (logs.empty() ? 0 : choices.one_in(2))));
     }
-    seq_file_path[0] = {name.data(), 0, 0, line_count, 0};
-    const Rows rows = load(log, line_count);
-    debug_fp = std::fopen("/dev/null", "w"); // every short cut leaves out debug lines
-    debug_on = 1;
-    debug_level = 4;
-    EXPECT_EQ(load(log, line_count), rows) << log;
-    close_debug_log();
+    g_num_thread = static_cast<short>(1 + choices.below(4));
+    const Rows rows = load_in_order(logs);
+    size_t bytes = 0;
+    for (const Log& log : logs) {
+        bytes += log.bytes.size();
+    }
+    const size_t least = 1 + bytes / 5000; // each piece opens its file
+    for (const size_t size : {least, least + choices.below(300), size_t{100'000}}) {
+        log_piece_size = size;
+        LineReader::block_size = 1 + choices.below(2 * size);
+        EXPECT_EQ(load(logs), rows) << "in pieces of " << size << " on " << g_num_thread;
+    }
 }

@@ -15,7 +15,7 @@ constexpr Property properties[] = {
     {"CompleteUrlListIsReadBackAsItWasWritten", check_complete_url_list, 14, 60},
     {"FieldSplitterAgreesWithAPlainSplitter", check_field_splitter, 11, 20000},
     {"LineReaderGivesTheLinesOfALineByLineReader", check_line_reader, 3, 40},
-    {"LogLoaderMakesSoundRecordsInEitherWay", check_log_loader, 5, 300},
+    {"LogsAreLoadedAlikeInPiecesAndInOrder", check_log_loader, 5, 100},
     {"TimestampsAgreeWithTheLibraryInEveryZone", check_timestamps, 4, 24},
     {"UnaccountedRequestsKeepTheSlotsOfAPlainArray", check_unaccounted_requests, 6, 8},
 };

@@ -1,9 +1,10 @@
-#include "tools/parse/unaccounted_requests.h"
+#include "tools/load/unaccounted_requests.h"
 
 #include "tests/properties/properties.h"
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <vector>
 
 namespace {
@@ -11,7 +12,7 @@ namespace {
 // The same slots as an array that is searched from its start.
 class PlainArray {
   public:
-    explicit PlainArray(const std::vector<alInfo>& records) : records_(records) {}
+    explicit PlainArray(const std::vector<std::string>& values) : values_(values) {}
 
     int end_index() const { return static_cast<int>(entries_.size()); }
 
@@ -23,7 +24,7 @@ class PlainArray {
     std::vector<int64_t> take(const std::string& value) {
         std::vector<int64_t> taken;
         for (size_t i = 0; i < entries_.size(); ++i) {
-            if (entries_[i] == -1 || records_[static_cast<size_t>(entries_[i])].akaau_id != value) {
+            if (entries_[i] == -1 || values_[static_cast<size_t>(entries_[i])] != value) {
                 continue;
             }
             taken.push_back(entries_[i]);
@@ -36,7 +37,7 @@ class PlainArray {
     }
 
   private:
-    const std::vector<alInfo>& records_;
+    const std::vector<std::string>& values_;
     std::vector<int64_t> entries_;
 };
 
@@ -44,15 +45,15 @@ class PlainArray {
 
 void check_unaccounted_requests(Choices& choices) {
     const size_t value_count = choices.of(std::array{2U, 10U, 200U});
-    std::vector<alInfo> records(4000);
+    std::vector<std::string> values(4000);
     UnaccountedRequests waiting;
-    PlainArray expected(records);
+    PlainArray expected(values);
     for (int64_t next = 0; next < 4000 && choices.any_left();) {
         const std::string value = "=k" + std::to_string(choices.below(value_count));
         if (choices.one_in(2 + value_count / 10)) {
             ASSERT_EQ(waiting.take(value), expected.take(value)) << value << " at " << next;
         } else {
-            value.copy(records[static_cast<size_t>(next)].akaau_id, value.size());
+            values[static_cast<size_t>(next)] = value;
             waiting.add(next, value);
             expected.add(next++);
         }

@@ -173,7 +173,7 @@ TEST_F(LogFiles, TakeTheMemoryOfTheirRequestsWhateverTheirSize) {
         log += combined_line({.more = long_field});
     }
     std::string short_lines;
-    for (int i = 0; i < 200'000; ++i) {
+    for (int i = 0; i < 1'000'000; ++i) {
         short_lines += "- - - [1/Oct/2000:1:1:1 +0] \"GET /w 1\" 200\n";
     }
     installation_.write_logs({log});

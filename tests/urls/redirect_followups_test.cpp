@@ -6,12 +6,8 @@
 
 namespace {
 
-// The follow-up that the request with this URL and host is, if any, is taken.
-bool take(RedirectLocations& locations, std::string url, const char* host = "h") {
-    alInfo request = {};
-    request.url = url.data();
-    request.host_ip = host;
-    return locations.take_follow_up(request);
+bool take(RedirectLocations& locations, const std::string& url, const char* host = "h") {
+    return locations.take_follow_up(host, url);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "tools/urls/unique_urls.h"
 
-#include "tests/urls/numbered_requests.h"
+#include "tests/urls/table_of_requests.h"
 #include "tools/config/replay_settings.h"
 #include "tools/load/request_table.h"
 #include "tools/urls/request_selection.h"
@@ -129,10 +129,8 @@ Outcome make_unique_urls(std::vector<alInfo>& records, Choices& choices) {
     const TemporaryDirectory directory;
     directory.write("query_url.list", "of an earlier run");
     QueryList query_list{OwnDirectory(directory.path())};
-    const RequestNumbers numbers = number_requests(records, choices);
-    al_info_array = records.data();
-    make_url_pattern_list(order_by_session(al_info_array, numbers), numbers.url_count(),
-                          query_list);
+    const RequestTable requests = table_of_requests(records, choices);
+    make_url_pattern_list(requests, order_by_session(requests), query_list);
     EXPECT_EQ(std::filesystem::exists(directory.path("query_url.list")),
               dump_query_flag != 0 && ignore_query_flag != 0);
 

@@ -15,9 +15,9 @@
 #include "tools/driver/result_cache.h"
 #include "tools/driver/reuse_guard.h"
 #include "tools/load/input_files.h"
+#include "tools/load/load_phase.h"
 #include "tools/load/request_table.h"
 #include "tools/load/worker.h"
-#include "tools/load/worker_threads.h"
 #include "tools/parse/replay_zone.h"
 #include "tools/parse/secondary_cookie_trace.h"
 #include "tools/patterns/classification.h"
@@ -127,7 +127,7 @@ SessionOrder order_requests() {
     const PhaseProgress progress(
         "Start sorting of request table at %s\n",
         "End sorting of request table at %s\n Total time taken: %ld(sec)\n");
-    SessionOrder session_order = order_by_session(al_info_array, request_numbers);
+    SessionOrder session_order = order_by_session(request_table);
     progress.finish();
     return session_order;
 }
@@ -137,7 +137,7 @@ void make_unique_urls(SessionOrder session_order, const OwnDirectory& config_dir
     const PhaseProgress progress(
         "Start creating unique pattern of urls at %s\n",
         "End creating unique pattern of urls at %s\n Total time taken: %ld(sec) \n");
-    make_url_pattern_list(std::move(session_order), request_numbers.url_count(), query_list);
+    make_url_pattern_list(request_table, std::move(session_order), query_list);
     progress.finish();
     DEBUG_LOG(4, fname, "Total url pattern - %d", url_pattern_count);
 }

@@ -1,20 +1,20 @@
 #pragma once
 
-#include "tools/parse/record_table.h"
+#include "tools/parse/request_record.h"
 
 #include <cstdint>
 
-// How the instances of the input file list are shared out among worker threads.
+// How the instances of the input file list are shared out among loading threads.
 
-// What one worker thread gets and what it gives back.
+// What one loading thread gets and what it gives back. The size shows in the debug log.
 struct parsingThreadArgs {
-    RecordTable* al_info_array_t; // its records, filled by the thread
-    int32_t num_seq_file;         // input files to load
-    int32_t seq_file_start_idx;   // the first of them in seq_file_path
-    uint64_t num_req;             // lines that its files are to give
-    uint64_t total_valid_req_t;   // records filled, written when the thread ends
-    int32_t thread_idx;           // its number, from 0
-    int32_t num_instance;         // instances that its files make up
+    alInfo* al_info_array_t;    // not used: its requests are kept by piece
+    int32_t num_seq_file;       // input files to load
+    int32_t seq_file_start_idx; // the first of them in seq_file_path
+    uint64_t num_req;           // lines that its files are to give
+    uint64_t total_valid_req_t; // requests accepted so far
+    int32_t thread_idx;         // its number, from 0
+    int32_t num_instance;       // instances that its files make up
 };
 static_assert(sizeof(parsingThreadArgs) == 40);
 

@@ -1,15 +1,18 @@
 #pragma once
 
-#include "tools/load/input_files.h"
-
 #include <cstdint>
+#include <vector>
 
-// Fixes how many lines each file of the input file list is to give (InputFileInfo::num_req), where
-// the scenario does not say: as many as it has now. Fails with the first file of the list
-// for which that is none, or which is no regular file.
-void fix_line_budgets();
+// How much of a file of the input file list is to be read.
+struct LogExtent {
+    bool is_regular;
+    uint64_t size; // bytes now; 0 for a file that is not regular or not there
+    uint64_t end; // nothing from here on is read: the size, but INT64_MAX with a line budget, which
+                  // lines that the file gains may fill
+};
 
-// The most requests that the file can give with its line budget and the size that it has now, where
-// each takes a character and a line feed, but for the last one; never more than a run can have. 0
-// when that cannot be known: the file is missing, or it is no regular file.
-uint64_t max_requests_of(const InputFileInfo& file);
+// Fixes how many lines each file of the input file list is to give (InputFileInfo::num_req): as
+// many as the scenario says. Files of which it says nothing give all the lines that they have now;
+// they are counted only for the debug log. Returns the extent of each file. Fails with the first
+// file of the list that would have to be counted and has no line, or is no regular file.
+std::vector<LogExtent> fix_line_budgets();

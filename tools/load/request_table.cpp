@@ -1,65 +1,88 @@
 #include "tools/load/request_table.h"
 
-#include "base/allocation.h"
+#include "base/parallel_tasks.h"
+#include "base/text_hash.h"
 
 #include <algorithm>
-#include <cstring>
-#include <numeric>
+#include <string_view>
+#include <utility>
 
-alInfo* al_info_array = nullptr;
+RequestTable request_table;
 uint64_t g_valid_request = 0;
-RequestNumbers request_numbers;
 uint64_t g_total_req = 0;
 uint64_t g_time_filtered_req = 0;
 uint64_t g_total_bad_req = 0;
 
 namespace {
 
-// In whole pages, however large the machine's are, so that each table can grow by itself.
-uint64_t size_in_pages(uint64_t room) {
-    constexpr uint64_t page_size = uint64_t{64} << 10;
-    return (room * sizeof(alInfo) + page_size - 1) / page_size * page_size;
+using Ids = std::vector<uint32_t>; // in the joined texts, by id of one worker
+
+// Interns what only `other` has; returns its ids here.
+Ids add_texts(InternedTexts& texts, const InternedTexts& other) {
+    Ids ids;
+    ids.reserve(other.count());
+    for (uint32_t id = 0; id < other.count(); ++id) {
+        const std::string_view text = other.text(id);
+        ids.push_back(texts.intern(text, hash_text(text)));
+    }
+    return ids;
+}
+
+// The first worker's texts keep their ids, and so have none here.
+struct WorkerIds {
+    Ids sessions;
+    Ids urls;
+};
+
+// Interns the texts of all workers into those of the first.
+std::vector<WorkerIds> join_texts(std::vector<RequestTexts>& texts, int thread_count) {
+    std::vector<WorkerIds> ids(texts.size());
+    run_tasks(thread_count, 2, [&](size_t task) {
+        for (size_t worker = 1; worker < texts.size(); ++worker) {
+            if (task == 0) {
+                ids[worker].sessions = add_texts(texts[0].sessions, texts[worker].sessions);
+            } else {
+                ids[worker].urls = add_texts(texts[0].urls, texts[worker].urls);
+            }
+        }
+    });
+    return ids;
+}
+
+void replace_ids(RequestRows& rows, const WorkerIds& ids) {
+    for (RequestRow& row : rows) {
+        row.session = ids.sessions[row.session];
+        row.url = ids.urls[row.url] & max_requests;
+    }
 }
 
 } // namespace
 
-RequestTables::RequestTables(const std::vector<uint64_t>& rooms) : tables_(rooms.size()) {
-    uint64_t size = 0;
-    for (const uint64_t room : rooms) {
-        size += size_in_pages(room);
+RequestTable join_batches(const std::vector<WorkerBatch>& batches, std::vector<RequestTexts> texts,
+                          const std::vector<SessionGrant>& grants, int thread_count) {
+    RequestTable table;
+    if (texts.empty()) {
+        return table;
     }
-    space_ = size == 0 ? nullptr : static_cast<alInfo*>(reserve_pages(size));
-    if (space_ == nullptr) {
-        return;
+    const std::vector<WorkerIds> ids = join_texts(texts, thread_count);
+    std::vector<size_t> starts;
+    size_t count = 0;
+    for (const WorkerBatch& batch : batches) {
+        starts.push_back(count);
+        count += batch.batch->rows.size();
     }
-    alInfo* slice = space_;
-    for (size_t i = 0; i < rooms.size(); ++i) {
-        const uint64_t capacity = size_in_pages(rooms[i]) / sizeof(alInfo);
-        tables_[i] = RecordTable(slice, capacity);
-        slice += capacity;
-    }
-}
-
-alInfo* RequestTables::join(const std::vector<uint64_t>& counts) {
-    const uint64_t total = std::accumulate(counts.begin(), counts.end(), uint64_t{0});
-    const bool has_grown = std::any_of(tables_.begin(), tables_.end(),
-                                       [](const RecordTable& table) { return table.has_grown(); });
-    if (has_grown) {
-        tables_.front().make_room(total);
-    }
-    alInfo* const joined = has_grown ? tables_.front().records() : space_;
-    alInfo* end = joined;
-    for (size_t i = 0; i < tables_.size(); ++i) {
-        if (counts[i] != 0 && tables_[i].records() != end) {
-            std::memmove(end, tables_[i].records(), counts[i] * sizeof(alInfo));
+    table.rows.resize(count);
+    run_tasks(thread_count, batches.size(), [&](size_t i) {
+        RequestRows rows = std::move(batches[i].batch->rows);
+        if (batches[i].worker != 0) {
+            replace_ids(rows, ids[batches[i].worker]);
         }
-        end += counts[i];
-        if (has_grown && i != 0) {
-            tables_[i].release();
-        }
+        std::copy(rows.begin(), rows.end(), table.rows.begin() + static_cast<ptrdiff_t>(starts[i]));
+    });
+    for (const auto& [receiver, donor] : grants) {
+        table.rows[starts[receiver.batch] + receiver.row].session =
+            table.rows[starts[donor.batch] + donor.row].session;
     }
-    for (uint64_t i = counts.empty() ? 0 : counts[0]; i < total; ++i) {
-        joined[i].seq = i; // the records of the first table have their numbers already
-    }
-    return total == 0 ? nullptr : joined;
+    table.texts = std::move(texts[0]);
+    return table;
 }

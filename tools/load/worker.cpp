@@ -1,64 +1,193 @@
 #include "tools/load/worker.h"
 
 #include "base/file_descriptor.h"
-#include "base/logs.h"
-#include "base/progress.h"
 #include "tools/config/log_files.h"
 #include "tools/parse/log_loader.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <ctime>
+#include <fcntl.h>
 #include <utility>
 
 void (*tell_worker_failed)(const Failure& failure) = nullptr;
 
 namespace {
 
-constexpr const char* fname = "process_url_files_t";
+constexpr size_t line_size = 102400; // of the line buffer whose limit lines are held to
 
-// Returns false when the thread must load nothing more.
-bool load_file(ParsingThread& thread, const parsingThreadArgs& arguments, int seq_file_idx,
-               uint64_t* seq_no, UnaccountedRequests& unaccounted) {
-    const char* file_name = seq_file_path[seq_file_idx].input_file;
-    DEBUG_LOG(2, fname, "url_file_path = %s", file_name);
-    FILE* al_file_fp = std::fopen(file_name, "r");
-    if (al_file_fp == nullptr) {
-        fail("Unable to open url file %s", file_name);
+FileDescriptor open_log(const LogPiece& piece) {
+    const char* const name = seq_file_path[piece.file].input_file;
+    const int waits = piece.is_stream ? 0 : O_NONBLOCK; // a pipe that took the log's place does not
+    FileDescriptor file(open(name, O_RDONLY | O_CLOEXEC | waits));
+    if (!file.is_open()) {
+        fail("Unable to open url file %s", name);
     }
-    write_progress("\t\tThread[%d] start processing file '%s' at %s\n", thread.thread_idx,
-                   file_name, get_cur_date_time(nullptr));
-    const bool is_full = load_url_info(thread, *arguments.al_info_array_t, seq_file_idx, al_file_fp,
-                                       seq_no, unaccounted) != 0;
-    if (is_full) {
-        DEBUG_LOG(1, fname, "Max unaccounted urls reached, No more new files will be processed");
-    } else {
-        DEBUG_LOG(3, fname,
-                  "Thread[%d] Processing of Url file - '%s' completed, %lu request processed",
-                  thread.thread_idx, file_name, *seq_no);
-        write_progress("\t\tThread[%d] end processeding file '%s' at %s\n", thread.thread_idx,
-                       file_name, get_cur_date_time(nullptr));
-    }
-    std::fclose(al_file_fp);
-    return !is_full;
+    return file;
 }
 
-void load_files(Worker& worker) {
-    parsingThreadArgs& arguments = worker.arguments;
-    ParsingThread thread = {.thread_idx = arguments.thread_idx};
-    UnaccountedRequests unaccounted;
-    uint64_t seq_no = 0;
-    for (int i = 0; i < arguments.num_seq_file && !worker.failure.has_failed(); ++i) {
-        const int seq_file_idx = arguments.seq_file_start_idx + i;
-        const bool is_log = seq_file_path[seq_file_idx].body_flag == 0;
-        if (is_log && !load_file(thread, arguments, seq_file_idx, &seq_no, unaccounted)) {
-            break;
+// Reads a piece into an empty batch, up to `max_lines` lines of it.
+void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescriptor& file,
+                int64_t lines_before, int64_t max_lines, RequestBatch& batch,
+                const AfterLine& after_line) {
+    LineReader lines = piece.is_stream ? LineReader(file.get(), line_size)
+                                       : LineReader(file.get(), line_size, piece.range);
+    const InputFileInfo& input = seq_file_path[piece.file];
+    const LogPart part = {.file_name = input.input_file,
+                          .lines_before = lines_before,
+                          .max_lines = max_lines,
+                          .ends_with_rest = input.num_req != 0};
+    load_url_info(parsing, lines, part, batch, after_line);
+}
+
+// Reads once more what the thread wants of a piece of which it was too much.
+void reload(Worker& worker, const LogPiece& piece, int64_t max_lines, LoadedPiece& loaded) {
+    RequestBatch batch;
+    load_piece(worker.parsing, piece, open_log(piece), 0, max_lines, batch, {});
+    batch.events.swap(loaded.batch.events); // some of them are settled
+    loaded.batch = std::move(batch);
+    loaded.worker = worker.number;
+}
+
+// Keeps of a loaded piece what its thread wants.
+void settle_events(Worker& worker, PieceQueue& queue, LoadedPiece& loaded, const LogPiece& piece) {
+    LoadingThread& thread = queue.thread;
+    if (loaded.batch.has_line_pieces) {
+        thread.count_lines(piece);
+    }
+    if (loaded.batch.line_count > thread.lines_left()) {
+        loaded.batch.events.clear();
+        reload(worker, piece, thread.lines_left(), loaded);
+    }
+    if (!thread.settle_events(loaded.batch, static_cast<uint32_t>(queue.next), piece)) {
+        reload(worker, piece, thread.refused_line(loaded.batch), loaded);
+    }
+}
+
+// Settles the next piece of a queue, which is loaded.
+void settle_next(Worker& worker, PieceQueue& queue) {
+    const LogPiece& piece = worker.loading.pieces[queue.next];
+    LoadedPiece& loaded = worker.loading.loaded[queue.next];
+    LoadingThread& thread = queue.thread;
+    if (!loaded.is_begun) {
+        thread.begin(piece);
+    }
+    if (!thread.wants_more()) {
+        loaded.batch = {};
+        thread.end(piece, loaded.batch);
+        return;
+    }
+    if (!loaded.is_begun && loaded.could_be_opened) {
+        thread.begin_file(piece);
+    }
+    if (loaded.failure) {
+        throw *loaded.failure;
+    }
+    settle_events(worker, queue, loaded, piece);
+    thread.end(piece, loaded.batch);
+}
+
+// The calling worker settles all pieces that can be settled now, unless another one is at it.
+void settle_queue(Worker& worker, PieceQueue& queue, LoadedPiece& newly_loaded) {
+    std::unique_lock lock(queue.mutex);
+    newly_loaded.is_loaded = true;
+    if (queue.is_settling) {
+        return;
+    }
+    queue.is_settling = true;
+    while (queue.next != queue.end && worker.loading.loaded[queue.next].is_loaded &&
+           !worker.loading.failure.has_failed()) {
+        lock.unlock();
+        settle_next(worker, queue);
+        lock.lock();
+        ++queue.next;
+    }
+    queue.is_settling = false;
+}
+
+// Begins with a piece before it is loaded, if its turn has come: who feeds a pipe, or watches a
+// long run, is told in time.
+void begin_if_turn(PieceQueue& queue, size_t number, const LogPiece& piece, LoadedPiece& loaded) {
+    const std::lock_guard lock(queue.mutex);
+    if (queue.next == number && !queue.is_settling) {
+        queue.thread.begin(piece);
+        loaded.is_begun = true;
+    }
+}
+
+void load_unless_it_fails(Worker& worker, PieceQueue& queue, const LogPiece& piece,
+                          LoadedPiece& loaded) {
+    try {
+        const FileDescriptor file = open_log(piece);
+        loaded.could_be_opened = true;
+        if (loaded.is_begun) {
+            queue.thread.begin_file(piece);
+        }
+        load_piece(worker.parsing, piece, file, 0, line_budget(seq_file_path[piece.file]),
+                   loaded.batch, {});
+    } catch (const Failure& failure) {
+        loaded.failure = failure; // it counts when the turn of the piece has come
+    }
+}
+
+// A piece that its thread may want. Its lines are counted from its own start.
+void load_ahead(Worker& worker, size_t number) {
+    const LogPiece& piece = worker.loading.pieces[number];
+    LoadedPiece& loaded = worker.loading.loaded[number];
+    PieceQueue& queue = worker.loading.queues[static_cast<size_t>(piece.thread)];
+    loaded.worker = worker.number;
+    begin_if_turn(queue, number, piece, loaded);
+    const bool is_log = seq_file_path[piece.file].body_flag == 0;
+    if (is_log && (!loaded.is_begun || queue.thread.wants_more())) {
+        load_unless_it_fails(worker, queue, piece, loaded);
+    }
+    settle_queue(worker, queue, loaded);
+}
+
+// Reads and settles the next piece of a loading thread line by line.
+void load_next_in_order(Worker& worker, PieceQueue& queue) {
+    LoadingThread& thread = queue.thread;
+    const LogPiece& piece = worker.loading.pieces[queue.next];
+    LoadedPiece& loaded = worker.loading.loaded[queue.next];
+    loaded.worker = worker.number;
+    thread.begin(piece);
+    if (thread.wants_more()) {
+        const FileDescriptor file = open_log(piece);
+        thread.begin_file(piece);
+        load_piece(worker.parsing, piece, file, thread.lines_before(), thread.lines_left(),
+                   loaded.batch, [&] {
+                       return thread.settle_events(loaded.batch, static_cast<uint32_t>(queue.next),
+                                                   piece);
+                   });
+    }
+    thread.end(piece, loaded.batch);
+}
+
+// There are at least as many workers as loading threads, which are told of as they start.
+void start_thread_of(Worker& worker) {
+    if (worker.number < worker.loading.queues.size()) {
+        PieceQueue& queue = worker.loading.queues[worker.number];
+        const std::lock_guard lock(queue.mutex);
+        if (!queue.is_settling) { // else it has started
+            queue.thread.start();
         }
     }
-    thread.numbers.finish();
-    worker.numbers = std::move(thread.numbers);
-    worker.counters = thread.counters;
-    arguments.total_valid_req_t = seq_no;
+}
+
+void load_pieces(Worker& worker) {
+    Loading& loading = worker.loading;
+    const auto may_go_on = [&] { return !loading.failure.has_failed(); };
+    if (!loading.is_told_in_order) {
+        for (size_t i; may_go_on() && (i = loading.next++) < loading.pieces.size();) {
+            load_ahead(worker, i);
+        }
+        return;
+    }
+    for (size_t i; may_go_on() && (i = loading.next++) < loading.queues.size();) {
+        PieceQueue& queue = loading.queues[i];
+        for (; may_go_on() && queue.next != queue.end; ++queue.next) {
+            load_next_in_order(worker, queue);
+        }
+    }
 }
 
 } // namespace
@@ -81,17 +210,11 @@ void WorkerFailure::throw_if_any() const {
 
 void* process_url_files_t(void* argv) {
     Worker& worker = *static_cast<Worker*>(argv);
-    const int number = worker.arguments.thread_idx;
-    const time_t start = std::time(nullptr);
-    write_progress("\tThread[%d] started at %s\n", number, get_cur_date_time(nullptr));
     try {
-        load_files(worker);
+        start_thread_of(worker);
+        load_pieces(worker);
     } catch (const Failure& failure) {
-        worker.failure.report(failure);
-    }
-    if (!worker.failure.has_failed()) { // whichever worker's
-        write_progress("\tThread[%d] ended at %s , total time taken = %ld(sec)\n", number,
-                       get_cur_date_time(nullptr), static_cast<long>(std::time(nullptr) - start));
+        worker.loading.failure.report(failure);
     }
     return nullptr;
 }

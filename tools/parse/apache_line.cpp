@@ -110,7 +110,7 @@ int parse_al_line(ParsingThread& thread, alInfo* al_info_array_t, LineText line,
     RequestFields request;
     const LineKind kind = read_line(thread, origin, line, request);
     if (kind == LineKind::accepted) {
-        store_request(thread, request, "url", al_info_array_t[seq_no]);
+        store_request(request, al_info_array_t[seq_no]);
     }
     return finish_line(thread, origin, {kind, request.time_stamp});
 }

@@ -4,18 +4,23 @@
 
 #include <cstring>
 
+namespace {
+
+constexpr const char* query_separators = "?#;";
+
+} // namespace
+
+bool is_query_separator(char c) {
+    return std::strchr(query_separators, c) != nullptr; // no URL holds a NUL
+}
+
 void find_counted_url(alInfo& request) {
     if (ignore_query_flag == 0) {
         return;
     }
-    const int separator = static_cast<int>(std::strcspn(request.url, "?#;"));
+    const int separator = static_cast<int>(std::strcspn(request.url, query_separators));
     if (separator != request.url_len) {
         request.ignore_query_flag = 1;
         request.url_len = separator + 1;
     }
-}
-
-void replace_query_by_star(alInfo& request) {
-    request.url[request.url_len] = '*';
-    request.url[request.url_len + 1] = '\0';
 }

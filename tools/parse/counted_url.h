@@ -8,11 +8,11 @@
 // The part of a request's URL that counts where requests are brought together by URL: all of it or,
 // with queries ignored, what stands before its query, the separator included.
 
-// Characters of room that replace_query_by_star needs behind a URL and its terminator.
-constexpr size_t room_for_star = 1;
-
 // Notes in a record that holds its URL and the whole URL's length which part counts.
 void find_counted_url(alInfo& request);
+
+// Whether a query begins with this character.
+bool is_query_separator(char c);
 
 inline std::string_view counted_url(const alInfo& request) {
     return {request.url, static_cast<size_t>(request.url_len)};
@@ -21,6 +21,3 @@ inline std::string_view counted_url(const alInfo& request) {
 inline bool has_ignored_query(const alInfo& request) {
     return request.ignore_query_flag != 0;
 }
-
-// Writes `*` and the end of the text where the query of the URL began.
-void replace_query_by_star(alInfo& request);

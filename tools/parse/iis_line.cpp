@@ -121,7 +121,7 @@ int parse_separate_fields(ParsingThread& thread, const LineOrigin& origin, alInf
     RequestFields request;
     const LineKind kind = read_line(thread, origin, line, request);
     if (kind == LineKind::accepted) {
-        store_request(thread, request, "URL", record);
+        store_request(request, record);
     }
     return finish_line(thread, origin, {kind, request.time_stamp});
 }

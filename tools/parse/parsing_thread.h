@@ -2,7 +2,7 @@
 
 #include "base/text_arena.h"
 #include "tools/parse/line_outcome.h"
-#include "tools/parse/request_numbers.h"
+#include "tools/parse/request_interner.h"
 
 #include <cstdint>
 #include <string>
@@ -18,11 +18,11 @@ static_assert(sizeof(threadCounter) == 24);
 
 // What one worker thread carries from line to line. No other thread touches it.
 struct ParsingThread {
-    int thread_idx;              // number of the thread, from 0
-    RequestNumbers numbers = {}; // of its records
-    threadCounter counters = {};
+    alInfo request = {};                // of the current line, when it is accepted
+    RequestInterner interner = {};      // of its requests
+    TextArena own_texts = {};           // of its requests
+    threadCounter counters = {};        // of the lines since somebody has cleared them
     LineOutcome outcome = {};           // of the line parsed last
-    TextArena record_texts = {};        // URLs, hosts and locations of the accepted requests
     std::string joined_url = {};        // URL and query string of the current line
     std::string resolved_location = {}; // of the current line
 };

@@ -52,12 +52,6 @@ int non_negative_seconds(int64_t seconds) {
     return static_cast<int>(std::clamp<int64_t>(seconds, 0, INT_MAX));
 }
 
-void store_text(TextArena& arena, const char* name, LineText text, size_t spare, char*& stored) {
-    if (text.text != nullptr) {
-        stored = arena.copy(name, {text.text, text.size}, spare);
-    }
-}
-
 } // namespace
 
 bool is_dash(LineText field) {
@@ -166,25 +160,20 @@ void resolve_location(ParsingThread& thread, LineText url, LineText& location) {
     location = {resolved.data(), resolved.size()};
 }
 
-void store_request(ParsingThread& thread, const RequestFields& request, const char* url_name,
-                   alInfo& record) {
+void store_request(const RequestFields& request, alInfo& record) {
+    record = {};
     record.time_stamp = request.time_stamp;
     record.response_code = request.response_code;
     record.client_ip = request.client_ip;
-    const size_t method_length =
-        std::min(request.method.size, static_cast<size_t>(max_method_length));
-    if (method_length != 0) {
-        std::memcpy(record.method, request.method.text, method_length);
+    if (request.method.size != 0) {
+        std::memcpy(record.method, request.method.text,
+                    std::min(request.method.size, size_t{max_method_length}));
     }
-    record.method[method_length] = '\0';
-
-    store_text(thread.record_texts, url_name, request.url, room_for_star, record.url);
+    record.url = request.url.text;
+    record.url[request.url.size] = '\0'; // it may be a word of a field
     record.url_len = static_cast<int>(request.url.size);
-    store_text(thread.record_texts, "redirect_url", request.location, 0, record.redirect_url);
-    record.host_ip =
-        request.host.text == nullptr
-            ? na_string
-            : thread.record_texts.copy("Allocate host IP", {request.host.text, request.host.size});
+    record.redirect_url = request.location.text;
+    record.host_ip = request.host.text == nullptr ? na_string : request.host.text;
     record.cookies = request.cookies.text;
     record.set_cookies = request.set_cookies.text;
 }

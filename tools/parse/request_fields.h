@@ -68,8 +68,5 @@ int finish_line(ParsingThread& thread, const LineOrigin& origin, LineOutcome out
 // Resolves the location against `url` when it is relative; otherwise leaves it as logged.
 void resolve_location(ParsingThread& thread, LineText url, LineText& location);
 
-// Fills the zeroed record of an accepted request; its texts are copied into the thread's arena, but
-// for the cookie headers, which are pointed to where they are.
-// `url_name` is what the URL is called when memory for it is out.
-void store_request(ParsingThread& thread, const RequestFields& request, const char* url_name,
-                   alInfo& record);
+// Fills the record of an accepted request, whose texts stay where they are.
+void store_request(const RequestFields& request, alInfo& record);

@@ -2,10 +2,10 @@
 
 #include "base/allocation.h"
 #include "base/failure.h"
+#include "base/interned_texts.h"
 #include "base/logs.h"
 #include "base/result_file.h"
 #include "base/text_hash.h"
-#include "base/text_numbers.h"
 #include "tools/urls/unique_urls.h"
 
 #include <algorithm>
@@ -20,11 +20,11 @@ constexpr const char* fname = "main";
 // Indices of the first entry of each host; there are far fewer hosts than URLs, so only these are
 // sorted.
 int find_hosts(int32_t* hosts) {
-    TextNumbers known;
+    InternedTexts known;
     int count = 0;
     for (int32_t i = 0; i < url_pattern_count; ++i) {
         const std::string_view host = url_pattern[i].host_hdr;
-        const bool is_new = known.number_of(host, hash_text(host)) == static_cast<uint32_t>(count);
+        const bool is_new = known.intern(host, hash_text(host)) == static_cast<uint32_t>(count);
         if (is_new) {
             hosts[count++] = i;
         }

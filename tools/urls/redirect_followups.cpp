@@ -1,7 +1,6 @@
 #include "tools/urls/redirect_followups.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
 #include <strings.h>
 
@@ -9,32 +8,37 @@ namespace {
 
 constexpr std::string_view schemes[] = {"http://", "https://"};
 
-bool names_url(const char* location, const alInfo& request) {
+// Lengths first: they tell most texts apart.
+bool are_same(std::string_view a, std::string_view b) {
+    return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
+}
+
+bool names_url(std::string_view location, std::string_view host, std::string_view url) {
     for (const std::string_view scheme : schemes) {
-        if (strncasecmp(location, scheme.data(), scheme.size()) == 0) {
-            const char* host = location + scheme.size();
-            const size_t host_length = std::strlen(request.host_ip);
-            return strncasecmp(host, request.host_ip, host_length) == 0 &&
-                   strcasecmp(host + host_length, request.url) == 0;
+        if (are_same(location.substr(0, scheme.size()), scheme)) {
+            const std::string_view rest = location.substr(scheme.size());
+            return rest.size() == host.size() + url.size() &&
+                   are_same(rest.substr(host.size()), url) &&
+                   are_same(rest.substr(0, host.size()), host);
         }
     }
-    return strcasecmp(location, request.url) == 0;
+    return are_same(location, url);
 }
 
 } // namespace
 
 void RedirectLocations::clear() {
-    std::fill_n(redirectUrl_.begin(), total_redirectUrl_, nullptr);
+    std::fill_n(redirectUrl_.begin(), total_redirectUrl_, std::string_view());
     total_redirectUrl_ = 0;
 }
 
-bool RedirectLocations::take_follow_up(const alInfo& request) {
+bool RedirectLocations::take_follow_up(std::string_view host, std::string_view url) {
     for (int slot = 0; slot < total_redirectUrl_; ++slot) {
-        const char*& location = redirectUrl_[static_cast<size_t>(slot)];
-        if (location == nullptr || !names_url(location, request)) {
+        std::string_view& location = redirectUrl_[static_cast<size_t>(slot)];
+        if (location.data() == nullptr || !names_url(location, host, url)) {
             continue;
         }
-        location = nullptr;
+        location = {};
         if (slot == total_redirectUrl_ - 1) {
             --total_redirectUrl_;
         }
@@ -43,7 +47,7 @@ bool RedirectLocations::take_follow_up(const alInfo& request) {
     return false;
 }
 
-void RedirectLocations::remember(const char* location) {
+void RedirectLocations::remember(std::string_view location) {
     const int slot = free_slot();
     redirectUrl_[static_cast<size_t>(slot)] = location;
     total_redirectUrl_ = std::max(total_redirectUrl_, slot + 1);
@@ -51,7 +55,7 @@ void RedirectLocations::remember(const char* location) {
 
 int RedirectLocations::free_slot() const {
     for (int slot = 0; slot < total_redirectUrl_; ++slot) {
-        if (redirectUrl_[static_cast<size_t>(slot)] == nullptr) {
+        if (redirectUrl_[static_cast<size_t>(slot)].data() == nullptr) {
             return slot;
         }
     }

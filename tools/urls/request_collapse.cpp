@@ -1,23 +1,25 @@
 #include "tools/urls/request_collapse.h"
 
-#include "tools/load/request_table.h"
-#include "tools/parse/counted_url.h"
+#include "tools/parse/url_key.h"
 #include "tools/urls/text_sort.h"
 
 #include <algorithm>
 #include <cstring>
 #include <string_view>
-#include <strings.h>
 #include <utility>
 
 namespace {
+
+UrlKey key_of(const RequestTable& table, const CollapsedUrl& url) {
+    return UrlKey(table.texts.urls.text(table.rows[url.first_row].url));
+}
 
 std::vector<CollapsedUrl> count_requests(const OrderedRequests& requests, uint32_t url_count) {
     std::vector<CollapsedUrl> urls(url_count);
     for (const OrderedRequest& request : requests) {
         CollapsedUrl& url = urls[request.url];
         if (url.count++ == 0) {
-            url.first_request = request.record;
+            url.first_row = request.row;
         }
     }
     return urls;
@@ -25,31 +27,37 @@ std::vector<CollapsedUrl> count_requests(const OrderedRequests& requests, uint32
 
 // Groups the requests with an ignored query by unique URL, and lets each URL know where its group
 // ends.
-std::vector<uint32_t> group_queried(const OrderedRequests& requests,
+std::vector<uint32_t> group_queried(const RequestTable& table, const OrderedRequests& requests,
                                     std::vector<CollapsedUrl>& urls) {
+    constexpr uint32_t not_queried = UINT32_MAX;
     uint32_t start = 0;
     for (CollapsedUrl& url : urls) {
-        url.queries_end = start;
-        const bool is_queried =
-            url.count != 0 && has_ignored_query(al_info_array[url.first_request]);
+        const bool is_queried = url.count != 0 && key_of(table, url).has_ignored_query();
+        url.queries_end = is_queried ? start : not_queried;
         start += is_queried ? url.count : 0;
     }
     std::vector<uint32_t> queried(start);
     for (const OrderedRequest& request : requests) {
-        if (has_ignored_query(al_info_array[request.record])) {
-            queried[urls[request.url].queries_end++] = request.record;
+        uint32_t& end = urls[request.url].queries_end;
+        if (end != not_queried) {
+            queried[end++] = request.row;
         }
     }
     return queried;
 }
 
-// Brings the URLs into the order of sort_al_by_url_method_host. Their texts are sorted first; only
-// those of one text are compared by the rest.
-void sort_urls(std::vector<CollapsedUrl>& urls) {
+bool is_before(const UrlKey& a, const UrlKey& b) {
+    const int methods = a.method.compare(b.method);
+    return methods != 0 ? methods < 0 : std::strcmp(a.host, b.host) < 0;
+}
+
+// Brings the URLs into the order of URL, method and host. Their texts are sorted first; only those
+// of one text are compared by the rest.
+void sort_urls(const RequestTable& table, std::vector<CollapsedUrl>& urls) {
     std::vector<SortableText> texts;
     texts.reserve(urls.size());
     for (const CollapsedUrl& url : urls) {
-        const std::string_view text = counted_url(al_info_array[url.first_request]);
+        const std::string_view text = key_of(table, url).url;
         texts.push_back(
             {text.data(), static_cast<uint32_t>(text.size()), static_cast<uint32_t>(texts.size())});
     }
@@ -62,9 +70,8 @@ void sort_urls(std::vector<CollapsedUrl>& urls) {
             sorted.push_back(urls[texts[i].number]);
         } while (++i < texts.size() && texts[i].text() == texts[same_begin].text());
         std::sort(sorted.begin() + static_cast<ptrdiff_t>(same_begin), sorted.end(),
-                  [](const CollapsedUrl& a, const CollapsedUrl& b) {
-                      return sort_al_by_url_method_host(al_info_array[a.first_request],
-                                                        al_info_array[b.first_request]) < 0;
+                  [&](const CollapsedUrl& a, const CollapsedUrl& b) {
+                      return is_before(key_of(table, a), key_of(table, b));
                   });
     }
     urls = std::move(sorted);
@@ -72,24 +79,14 @@ void sort_urls(std::vector<CollapsedUrl>& urls) {
 
 } // namespace
 
-int sort_al_by_url_method_host(const alInfo& a, const alInfo& b) {
-    if (const int urls = counted_url(a).compare(counted_url(b)); urls != 0) {
-        return urls;
-    }
-    if (const int methods = strcasecmp(a.method, b.method); methods != 0) {
-        return methods;
-    }
-    return std::strcmp(a.host_ip, b.host_ip);
-}
-
-CollapsedRequests collapse_requests(const OrderedRequests& requests, uint32_t url_count,
+CollapsedRequests collapse_requests(const RequestTable& table, const OrderedRequests& requests,
                                     bool keep_queried) {
     CollapsedRequests collapsed;
-    collapsed.urls = count_requests(requests, url_count);
+    collapsed.urls = count_requests(requests, table.texts.urls.count());
     if (keep_queried) {
-        collapsed.queried = group_queried(requests, collapsed.urls);
+        collapsed.queried = group_queried(table, requests, collapsed.urls);
     }
     std::erase_if(collapsed.urls, [](const CollapsedUrl& url) { return url.count == 0; });
-    sort_urls(collapsed.urls);
+    sort_urls(table, collapsed.urls);
     return collapsed;
 }

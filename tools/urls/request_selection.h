@@ -14,6 +14,6 @@ extern uint64_t g_total_non_session_req; // requests without a session, also whe
 extern uint64_t
     g_total_non_session_with_secondary_cookie; // of these, with a secondary-cookie value
 
-// Goes through the request table session by session, sets ignore_flag in the requests that do not
-// count, and returns those that do, in that order.
-OrderedRequests select_requests(SessionOrder session_order);
+// Goes through the requests of the table session by session and returns those that count, in that
+// order.
+OrderedRequests select_requests(const RequestTable& table, SessionOrder session_order);

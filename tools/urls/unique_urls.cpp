@@ -2,12 +2,14 @@
 
 #include "base/allocation.h"
 #include "base/logs.h"
-#include "tools/load/request_table.h"
-#include "tools/parse/counted_url.h"
+#include "base/text_arena.h"
+#include "tools/parse/own_texts.h"
+#include "tools/parse/url_key.h"
 #include "tools/urls/request_collapse.h"
 #include "tools/urls/request_selection.h"
 
 #include <cstring>
+#include <string_view>
 #include <utility>
 
 UrlInfo* url_pattern = nullptr;
@@ -19,27 +21,39 @@ namespace {
 constexpr const char* fname = "make_url_pattern_list";
 
 // Writes the full URLs of a unique URL's requests; returns the offset of the first.
-int64_t write_queries(const CollapsedRequests& collapsed, const CollapsedUrl& url,
-                      QueryList& query_list) {
+int64_t write_queries(const RequestTable& table, const CollapsedRequests& collapsed,
+                      const CollapsedUrl& url, QueryList& query_list) {
     const int64_t offset = query_list.offset();
     for (uint32_t i = url.queries_end - url.count; i < url.queries_end; ++i) {
-        query_list.add(al_info_array[collapsed.queried[i]].url);
+        query_list.add(read_own_texts(table.rows[collapsed.queried[i]].own_texts).full_url);
     }
     return offset;
 }
 
-UrlInfo& add_entry(const alInfo& request, uint32_t count) {
+// A copy that ends with a star in place of an ignored query. Those of all URLs stand together in
+// their order, which later phases go through.
+char* copy_url(TextArena& texts, const UrlKey& key) {
+    char* const url = texts.copy("url", key.url, 1);
+    if (key.has_ignored_query()) {
+        std::memcpy(url + key.url.size(), "*", 2);
+    }
+    return url;
+}
+
+UrlInfo& add_entry(TextArena& texts, const RequestRow& first, std::string_view key_text,
+                   uint32_t count) {
     DEBUG_LOG(3, fname, "New url found , adding in url pattern list");
     const int index = create_url_pattern(); // may move the table
     UrlInfo& entry = url_pattern[index];
-    std::memcpy(entry.method, request.method, sizeof entry.method);
+    const UrlKey key(key_text);
+    standard_method(key_text, entry.method);
+    if (const char* own_method = read_own_texts(first.own_texts).method; own_method != nullptr) {
+        std::strcpy(entry.method, own_method);
+    }
     entry.count = count;
-    entry.request_type = request.request_type;
-    entry.pattern_table_idx = request.pattern_table_idx;
-    entry.filter_flag = static_cast<char>(request.filter_flag);
-    entry.host_hdr = request.host_ip;
-    entry.ignore_flag = 0;
-    entry.url = request.url;
+    entry.host_hdr = key.host;
+    entry.url = copy_url(texts, key);
+    entry.query_url_offset = -1;
     return entry;
 }
 
@@ -65,19 +79,18 @@ int create_url_pattern() {
     return url_pattern_count++;
 }
 
-void make_url_pattern_list(SessionOrder session_order, uint32_t url_count, QueryList& query_list) {
+void make_url_pattern_list(const RequestTable& table, SessionOrder session_order,
+                           QueryList& query_list) {
     DEBUG_LOG(2, fname, "Method called");
-    const CollapsedRequests collapsed = collapse_requests(select_requests(std::move(session_order)),
-                                                          url_count, query_list.is_open());
+    const CollapsedRequests collapsed = collapse_requests(
+        table, select_requests(table, std::move(session_order)), query_list.is_open());
+    TextArena texts;
     for (const CollapsedUrl& url : collapsed.urls) {
-        alInfo& request = al_info_array[url.first_request];
-        UrlInfo& entry = add_entry(request, url.count);
-        entry.query_url_offset = -1;
-        if (has_ignored_query(request)) {
-            if (query_list.is_open()) {
-                entry.query_url_offset = write_queries(collapsed, url, query_list);
-            }
-            replace_query_by_star(request);
+        const RequestRow& first = table.rows[url.first_row];
+        const std::string_view key = table.texts.urls.text(first.url);
+        UrlInfo& entry = add_entry(texts, first, key, url.count);
+        if (query_list.is_open() && UrlKey(key).has_ignored_query()) {
+            entry.query_url_offset = write_queries(table, collapsed, url, query_list);
         }
         log_further_requests(entry);
     }

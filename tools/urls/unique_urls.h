@@ -12,8 +12,8 @@
 struct UrlInfo {
     char method[max_method_length + 1]; // of the entry's first request
     uint64_t count;                     // requests behind the entry
-    char* url; // the first request's text; one without its query ends with the separator and '*'
-    char url_type; // not used
+    char* url;                          // one without its query ends with the separator and '*'
+    char url_type;                      // not used
     int32_t
         pattern_table_idx; // entry of the pattern table that decided; -1: none. From classification
     char request_type;     // 0 main, 1 main without transaction, 2 inline. From classification
@@ -34,7 +34,8 @@ extern int max_url_pattern;   // entries allocated
 // caller fills it.
 int create_url_pattern();
 
-// Makes the table from the request table, given the order of its records, whose URLs have numbers
-// below `url_count`: selects the requests that count, and writes the full URLs of those with an
-// ignored query to `query_list` when it is open. Fails when that cannot be written.
-void make_url_pattern_list(SessionOrder session_order, uint32_t url_count, QueryList& query_list);
+// Makes the table from the request table, given its session order: selects the requests that count,
+// and writes the full URLs of those with an ignored query to `query_list` when it is open. Fails
+// when that cannot be written.
+void make_url_pattern_list(const RequestTable& table, SessionOrder session_order,
+                           QueryList& query_list);

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "base/text_numbers.h"
-#include "tools/parse/parsing_thread.h"
-#include "tools/parse/request_record.h"
+#include "base/interned_texts.h"
 
 #include <cstdint>
 #include <functional>
@@ -12,7 +10,7 @@
 
 constexpr int max_unaccounted_requests = 250000;
 
-// The requests of one worker thread that carry the secondary cookie but no session yet, in the
+// The requests of one loading thread that carry the secondary cookie but no session yet, in the
 // slots of an array. A request waits in the lowest free slot below the end index, or at the end
 // index when there is none; the end index gives back a slot only when the slot just below it
 // becomes free. When the end index reaches the array's end, the thread is full, even while slots
@@ -31,31 +29,24 @@ class UnaccountedRequests {
     bool is_full() const { return end_index() == max_unaccounted_requests; }
     int end_index() const { return ua_end_index_t_; }
 
-    // Puts the record with the given index and secondary cookie into a slot. Not to be called when
-    // full.
-    void add(int64_t record_index, std::string_view akaau_id);
+    // Puts a request, known by its number, into a slot. Not to be called when full.
+    void add(int64_t request, std::string_view akaau_id);
 
-    // Frees the slots of all requests whose secondary cookie has this value and gives the indices
-    // of their records in the order of the slots, until the next call.
+    // Frees the slots of all requests whose secondary cookie has this value and gives their numbers
+    // in the order of the slots, until the next call.
     const std::vector<int64_t>& take(std::string_view akaau_id);
 
   private:
     int take_slot();
     void free_slot(int slot);
 
-    int64_t* unaccounted_url_t_;          // the slots: record indices
+    int64_t* unaccounted_url_t_;          // the slots: request numbers
     int ua_end_index_t_ = 0;              // one past the highest slot used and not given back
-    TextNumbers values_;                  // cookie values that requests have waited with
-    std::vector<int> last_slot_of_value_; // the slot used last, by number of the value; -1: none
+    InternedTexts values_;                // cookie values that requests have waited with
+    std::vector<int> last_slot_of_value_; // the slot used last, by id of the value; -1: none
     std::vector<int> slot_before_; // by slot: the one that the same value used before it; -1: none
     std::priority_queue<int, std::vector<int>, std::greater<int>>
         free_slots_; // below the end index
     std::vector<int> slots_of_taken_;
     std::vector<int64_t> taken_;
 };
-
-// Gives the requests that wait with the secondary-cookie value `akaau_id` the session
-// `jsession_id`, unless they have one, and takes them out of the waiting. Does nothing for an empty
-// `akaau_id`.
-void update_unaccounted_array(ParsingThread& thread, alInfo* al_info_array_t, const char* akaau_id,
-                              const char* jsession_id, UnaccountedRequests& unaccounted_url_t);

@@ -8,26 +8,27 @@
 #include <string_view>
 #include <vector>
 
-// Numbers distinct texts in the order in which they first come, 0, 1, ... It keeps a copy of each,
-// all of them close together, so that a text that is known already costs few looks at memory.
-class TextNumbers {
+// Gives distinct texts their ids in the order in which they first come, 0, 1, ... It keeps a copy
+// of each, all of them close together, so that a text that is known already costs few looks at
+// memory.
+class InternedTexts {
   public:
-    // The number of the text, whose hash_text is given; a new one gets the next number.
-    uint32_t number_of(std::string_view text, uint64_t hash);
+    // The id of the text, whose hash_text is given; a new one gets the next id.
+    uint32_t intern(std::string_view text, uint64_t hash);
 
     static constexpr uint32_t unknown = UINT32_MAX;
 
-    // The number of the text, whose hash_text is given, or `unknown`.
+    // The id of the text, whose hash_text is given, or `unknown`.
     uint32_t find(std::string_view text, uint64_t hash);
 
-    // Fetches into the processor's cache what number_of will look at for a text with this hash: the
-    // place in the table first, the known text when that has arrived.
-    void fetch_slot(uint64_t hash) const {
+    // Prefetch what intern will look at for a text with this hash: the place in the table first,
+    // the known text when that has arrived.
+    void prefetch_slot(uint64_t hash) const {
         if (!slots_.empty()) {
             __builtin_prefetch(&slots_[hash & (slots_.size() - 1)]);
         }
     }
-    void fetch_text(uint64_t hash) const {
+    void prefetch_text(uint64_t hash) const {
         if (!slots_.empty()) {
             const Text* text = slots_[hash & (slots_.size() - 1)].text;
             if (text != nullptr) {
@@ -39,14 +40,14 @@ class TextNumbers {
 
     uint32_t count() const { return static_cast<uint32_t>(texts_.size()); }
 
-    // The text with this number, which must be below count().
-    std::string_view text(uint32_t number) const { return texts_[number]->view(); }
+    // The text with this id, which must be below count(). Lives to the end of the run.
+    std::string_view text(uint32_t id) const { return texts_[id]->view(); }
 
   private:
     static constexpr size_t cache_line = 64;
 
     struct Text {
-        uint32_t number;
+        uint32_t id;
         uint32_t size;
 
         // The characters follow in memory.

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "tools/config/log_files.h"
+#include "tools/load/instance_allotment.h"
+#include "tools/load/log_pieces.h"
+#include "tools/load/session_settlement.h"
+
+#include <cstdint>
+#include <ctime>
+#include <optional>
+
+// Lines that a file may give; INT64_MAX: all that it has.
+int64_t line_budget(const InputFileInfo& file);
+
+// One of the threads that a run loads with: the instances that are allotted to it, file by file and
+// line by line in their order. What depends on that order (line budgets, waiting for sessions,
+// progress) is decided here; the lines of its pieces may have been read before by any worker.
+class LoadingThread {
+  public:
+    explicit LoadingThread(parsingThreadArgs& arguments) : arguments_(arguments) {}
+
+    // Writes the line that tells of the thread, once.
+    void start();
+
+    // Begins with a piece, the next one in their order; starts if that has not been done.
+    void begin(const LogPiece& piece);
+
+    // Writes the lines that tell of the file, which is open.
+    void begin_file(const LogPiece& piece) const;
+
+    // Whether the thread has not ended, nor the file's line budget.
+    bool wants_more() const { return !is_full_ && !is_file_done_; }
+
+    int64_t lines_before() const { return lines_before_; } // in the file
+    int64_t lines_left() const { return max_lines_ - lines_before_; }
+
+    // Fixes the line budget of the file, which has none and holds lines longer than the limit.
+    void count_lines(const LogPiece& piece);
+
+    // Settles the events of a batch that are new since the last call. Returns false when no more
+    // requests can wait: the line of that event is the last one that counts.
+    bool settle_events(const RequestBatch& batch, uint32_t number, const LogPiece& piece);
+
+    // Line, in the batch, of the event that settle_events has refused.
+    int64_t refused_line(const RequestBatch& batch) const {
+        return batch.events[settled_events_].line_num;
+    }
+
+    // Counts the batch, which has to hold no more than the thread wants, takes the request that was
+    // refused away from it, and writes the lines that tell of thread and file.
+    void end(const LogPiece& piece, RequestBatch& batch);
+
+    const threadCounter& counters() const { return counters_; }
+    const std::vector<SessionGrant>& grants() const { return settlement_->grants(); }
+
+  private:
+    void end_file(const InputFileInfo& file) const;
+
+    parsingThreadArgs& arguments_;
+    std::optional<SessionSettlement> settlement_; // from the start on
+    threadCounter counters_ = {};
+    time_t start_ = 0;
+    size_t settled_events_ = 0; // of the batch at work
+    int64_t lines_before_ = 0;
+    int64_t max_lines_ = 0;
+    bool is_file_done_ = false;
+    bool is_full_ = false;
+};

@@ -1,0 +1,36 @@
+#include "tools/load/log_pieces.h"
+
+uint64_t log_piece_size = uint64_t{4} << 20;
+
+namespace {
+
+void cut_log(int thread, int file, const LogExtent& extent, std::vector<LogPiece>& pieces) {
+    uint64_t begin = 0;
+    do {
+        const bool is_last = extent.size - begin <= log_piece_size;
+        const uint64_t end = is_last ? extent.end : begin + log_piece_size;
+        pieces.push_back({.thread = thread,
+                          .file = file,
+                          .range = {begin, end, extent.end},
+                          .is_stream = !extent.is_regular,
+                          .begins_file = begin == 0,
+                          .ends_file = is_last,
+                          .ends_thread = false});
+        begin = end;
+    } while (begin < extent.size);
+}
+
+} // namespace
+
+std::vector<LogPiece> cut_logs(const std::vector<LogExtent>& extents,
+                               const parsingThreadArgs* threads, int thread_count) {
+    std::vector<LogPiece> pieces;
+    for (int i = 0; i < thread_count; ++i) {
+        const int first_file = threads[i].seq_file_start_idx;
+        for (int file = first_file; file < first_file + threads[i].num_seq_file; ++file) {
+            cut_log(i, file, extents[static_cast<size_t>(file)], pieces);
+        }
+        pieces.back().ends_thread = true;
+    }
+    return pieces;
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "base/allocation.h"
+#include "base/interned_texts.h"
+#include "tools/parse/request_record.h"
+#include "tools/parse/request_row.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+using RequestRows = std::vector<RequestRow, PageAllocator<RequestRow>>;
+
+// The session texts and URL keys of a run or of the requests that one worker thread has read. What
+// sessions are ordered by, byte by byte, is their text: the cookie value, or the address with its
+// first number first.
+struct RequestTexts {
+    InternedTexts sessions;
+    InternedTexts urls;
+};
+
+// Interns the session and the URL key of each request while its texts are still in the processor's
+// cache, so that what comes after loading orders and counts ids and seldom looks at a text again.
+// One thread at a time may use it.
+class RequestInterner {
+  public:
+    // Fills in the ids of the last of `rows`, the row of this request, whose counted part of the
+    // URL is known. They are looked up when further rows have come, or by finish: until then, what
+    // the look-up needs is prefetched.
+    void add(const alInfo& request, RequestRows& rows);
+
+    // Looks up the ids of all rows added.
+    void finish(RequestRows& rows);
+
+    const RequestTexts& texts() const { return texts_; }
+    RequestTexts take_texts() { return std::move(texts_); }
+
+  private:
+    // A request whose ids are yet to be looked up.
+    struct Pending {
+        std::string session;
+        std::string url;
+        uint64_t session_hash = 0;
+        uint64_t url_hash = 0;
+        size_t row = 0;
+    };
+    static constexpr size_t max_pending = 8;
+    static constexpr size_t steps_to_text = 4; // between prefetching a slot and its text
+
+    void intern_oldest(RequestRows& rows);
+    Pending& pending(size_t number) { return pending_[number % max_pending]; }
+
+    RequestTexts texts_;
+    std::array<Pending, max_pending> pending_;
+    size_t added_ = 0;
+    size_t interned_ = 0;
+};
