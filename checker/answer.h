@@ -1,15 +1,9 @@
 #pragma once
 
+#include "cache/reuse.h"
+
 #include <string>
 #include <sys/types.h>
-
-// What a run may use again of the last results.
-enum class Reuse : unsigned char {
-    everything = 0,    // the results are those of this very run
-    nothing = 1,       // the logs must be read
-    complete_list = 2, // only classification must be done again
-    refused = 255      // another run is at work on the same results
-};
 
 struct Answer {
     Reuse reuse;

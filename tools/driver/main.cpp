@@ -184,9 +184,9 @@ void run(int argc, char* argv[]) {
 
     InputBackup backup;
     const ReuseGuard guard(config_directory());
-    const CacheLevel cache_level = check_cache();
+    const Reuse reuse = check_cache();
     const OwnDirectory config_dir = create_config_directory();
-    if (cache_level == CacheLevel::result && print_cached_summary(config_dir, guard)) {
+    if (reuse == Reuse::everything && print_cached_summary(config_dir, guard)) {
         return;
     }
 
@@ -197,7 +197,7 @@ void run(int argc, char* argv[]) {
     sort_pattern_tables();
 
     bool is_reusable = true;
-    if (cache_level == CacheLevel::complete_list && guard.holds(config_dir)) {
+    if (reuse == Reuse::complete_list && guard.holds(config_dir)) {
         read_cache(config_dir, guard);
     } else {
         load_logs(config_dir);

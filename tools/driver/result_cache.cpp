@@ -21,10 +21,6 @@ namespace {
 constexpr const char* fname = "main";
 constexpr const char* checker_command = "zvr_al_gen_url_list_check";
 
-constexpr int answer_result_holds = 0;
-constexpr int answer_complete_list_holds = 2;
-constexpr int answer_run_active = 255; // also when the system has no process left to run it in
-
 // What a shell answers for a command that it does not find or cannot run.
 constexpr int answer_not_found = 127;
 constexpr int answer_cannot_run = 126;
@@ -46,12 +42,15 @@ constexpr const char* default_path = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/
     _exit(errno == ENOENT ? answer_not_found : answer_cannot_run);
 }
 
+// What is answered when the system has no process left to run the command in.
+constexpr int answer_no_process = static_cast<int>(Reuse::refused);
+
 // Runs a program found on the command path, without a shell, with its output discarded. Returns its
 // exit code, or what a shell would answer in its place.
 int run_quietly(const char* const arguments[]) {
     const pid_t child = fork();
     if (child == -1) {
-        return answer_run_active;
+        return answer_no_process;
     }
     if (child == 0) {
         become_program(arguments);
@@ -59,7 +58,7 @@ int run_quietly(const char* const arguments[]) {
     int status;
     while (waitpid(child, &status, 0) == -1) {
         if (errno != EINTR) {
-            return answer_run_active;
+            return answer_no_process;
         }
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
@@ -67,7 +66,7 @@ int run_quietly(const char* const arguments[]) {
 
 } // namespace
 
-CacheLevel check_cache() {
+Reuse check_cache() {
     const std::string profile =
         std::string(g_workspace_user_profile_name) + "/" + replay_profile + ".conf";
     const std::string process_id = std::to_string(getpid());
@@ -75,18 +74,18 @@ CacheLevel check_cache() {
                      " 1>/dev/null 2>/dev/null");
     const char* const arguments[] = {checker_command, profile.c_str(), process_id.c_str(), nullptr};
     switch (run_quietly(arguments)) {
-    case answer_run_active:
+    case static_cast<int>(Reuse::refused):
         fail("Url list processing Tool is already running, first close that and run again");
-    case answer_result_holds:
+    case static_cast<int>(Reuse::everything):
         DEBUG_LOG(2, fname, "Cache level is 1, Result will be given from last result.");
-        return CacheLevel::result;
-    case answer_complete_list_holds:
+        return Reuse::everything;
+    case static_cast<int>(Reuse::complete_list):
         DEBUG_LOG(2, fname,
                   "Cache level is 2, last complete url will be processed to generate result.");
-        return CacheLevel::complete_list;
+        return Reuse::complete_list;
     default:
         DEBUG_LOG(2, fname, "cache test failed, data will process from starting");
-        return CacheLevel::none;
+        return Reuse::nothing;
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/own_directory.h"
+#include "cache/reuse.h"
 #include "tools/driver/reuse_guard.h"
 
 // What an earlier run has left that this run may use again.
@@ -8,16 +9,10 @@
 extern char
     g_workspace_user_profile_name[1024]; // first part of the checker's first argument; always empty
 
-enum class CacheLevel : char {
-    none = 0,         // the logs are read
-    result = 1,       // the last result still holds: its summary line is printed again
-    complete_list = 2 // complete_url.list still holds: only classification is done again
-};
-
 // Runs the checker command with the replay profile and this process's number and returns what it
-// says can be used: nothing when it is not found, cannot be run or is ended by a signal. Ends the
-// run when it says that another run is at work, or when the system has no process to run it in.
-CacheLevel check_cache();
+// says can be used: nothing when it is not found, cannot be run or is ended by a signal. Fails when
+// it says that another run is at work, or when the system has no process to run it in.
+Reuse check_cache();
 
 // Prints the first line of url.list as it stands there. Returns false when there is none, or when
 // it may not be the one that the checker has seen. Fails when the file cannot be opened.
