@@ -10,6 +10,7 @@
 constexpr const char* backups_directory = "/tmp";
 constexpr std::string_view backup_name_start = "zvr_al_gen_url_list.backup.";
 
-inline std::string backup_name(pid_t pid) {
-    return std::string(backup_name_start) + std::to_string(pid);
+inline std::string backup_path(pid_t pid) {
+    return std::string(backups_directory) + "/" + std::string(backup_name_start) +
+           std::to_string(pid);
 }

@@ -1,6 +1,7 @@
 #include "checker/answer.h"
 
 #include "base/own_directory.h"
+#include "cache/input_copies.h"
 #include "cache/work_mark.h"
 #include "checker/backups.h"
 #include "checker/file_state.h"
@@ -19,7 +20,6 @@
 namespace {
 
 constexpr const char* answer_name = "cache_answer.txt"; // the last answer with its reason
-constexpr const char* input_cache_name = ".tmp";
 
 // The directories of a run.
 struct Directories {
@@ -48,12 +48,15 @@ std::string first_difference(const std::string& before, const std::string& now) 
     return differing.empty() ? "" : differing[0].substr(0, differing[0].find(" size "));
 }
 
-bool has_same_inputs(const Directories& directories, const std::vector<std::string>& names) {
-    return std::all_of(names.begin(), names.end(), [&](const std::string& name) {
-        const int cache = directories.input_cache.descriptor();
-        return have_same_bytes(open_own_file(directories.backup.get(), name.c_str()),
-                               open_own_file(cache, name.c_str()));
-    });
+bool has_same_input(const Directories& directories, const std::string& name) {
+    return have_same_bytes(open_own_file(directories.backup.get(), name.c_str()),
+                           open_own_file(directories.input_cache.descriptor(), name.c_str()));
+}
+
+bool has_same_inputs(const Directories& directories, const std::string& scenario) {
+    const auto names = input_names(scenario);
+    return std::all_of(names.begin(), names.end(),
+                       [&](const std::string& name) { return has_same_input(directories, name); });
 }
 
 // Why the logs must be read; empty when complete_url.list still holds.
@@ -69,7 +72,7 @@ std::string loading_fault(const RunPlace& place, const Directories& directories,
     if (!fault.empty()) {
         return fault;
     }
-    return has_same_inputs(directories, {input_names(place)[0]})
+    return has_same_input(directories, scenario_file_name(place.scenario))
                ? ""
                : "the scenario is not that of the last run";
 }
@@ -85,7 +88,7 @@ Answer compare(const RunPlace& place, const Directories& directories, const Inpu
                 "not as in the last run, though the logs are: " +
                     first_difference(cached.classification, now.manifest.classification)};
     }
-    if (!has_same_inputs(directories, input_names(place))) {
+    if (!has_same_inputs(directories, place.scenario)) {
         return {Reuse::nothing, "the copies of the last inputs are incomplete"};
     }
     return {Reuse::everything, "nothing has changed since the last run"};
@@ -123,7 +126,7 @@ void make_directories(const RunPlace& place, Directories& directories) {
 // A run that fails halfway must leave nothing that calls its leavings results.
 void forget_last_run(const RunPlace& place, const OwnDirectory& input_cache) {
     input_cache.remove(manifest_name);
-    for (const std::string& name : input_names(place)) {
+    for (const std::string& name : input_names(place.scenario)) {
         input_cache.remove(name.c_str());
     }
 }

@@ -41,13 +41,10 @@ std::vector<pid_t> processes_with_backup() {
     return processes;
 }
 
-std::string path_of(pid_t pid) {
-    return std::string(backups_directory) + "/" + backup_name(pid);
-}
-
 // Symbolic links are not followed: anybody can make one here.
 FileDescriptor open_backup(pid_t pid, int flags) {
-    return FileDescriptor(open(path_of(pid).c_str(), flags | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    return FileDescriptor(
+        open(backup_path(pid).c_str(), flags | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
 // Moment of making; nothing on a file system that does not keep it.
@@ -92,7 +89,7 @@ std::vector<std::string> names_in(const FileDescriptor& directory) {
 // finds this one gone.
 bool is_left(pid_t pid, const FileDescriptor& directory) {
     return flock(directory.get(), LOCK_EX | LOCK_NB) == 0 &&
-           is_at(AT_FDCWD, path_of(pid).c_str(), directory);
+           is_at(AT_FDCWD, backup_path(pid).c_str(), directory);
 }
 
 } // namespace
@@ -120,7 +117,7 @@ void remove_backup(pid_t pid, const FileDescriptor& directory) {
     for (const std::string& name : names_in(directory)) {
         unlinkat(directory.get(), name.c_str(), 0);
     }
-    rmdir(path_of(pid).c_str());
+    rmdir(backup_path(pid).c_str());
 }
 
 void remove_left_backups() {

@@ -1,6 +1,7 @@
 #include "checker/inputs.h"
 
 #include "base/own_directory.h"
+#include "cache/input_copies.h"
 #include "checker/file_state.h"
 #include "checker/named_files.h"
 #include "checker/setting_lines.h"
@@ -10,10 +11,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr const char* settings_name = "replay_settings.dat";
-constexpr const char* patterns_name = "replay_url_patterns.dat";
-constexpr const char* filters_name = "replay_url_filter_patterns.dat";
 
 std::string joined(const std::string& a, const std::string& b) {
     return a + " " + b;
@@ -50,8 +47,9 @@ class Collector {
     void require_unchanged_since_start() {
         const std::optional<int64_t> start = earliest_start_time(run_.pid);
         const fs::path files[] = {place_.scenario_file, place_.replay_profile_dir / settings_name,
-                                  place_.replay_profile_dir / patterns_name,
-                                  place_.replay_profile_dir / filters_name, defaults_file()};
+                                  place_.replay_profile_dir / url_patterns_name,
+                                  place_.replay_profile_dir / filter_patterns_name,
+                                  defaults_file()};
         for (const fs::path& file : files) {
             if (!start || change_time(file).value_or(0) >= *start) {
                 doubt(file.string() + " was changed after the run had started, or just before");
@@ -64,7 +62,7 @@ class Collector {
     void collect_loading() {
         add_loading(joined("version", ZVR_VERSION));
         add_loading(joined("program", state_of(run_.program)));
-        add_loading(joined("scenario", digest_of(place_.scenario + ".conf")));
+        add_loading(joined("scenario", digest_of(scenario_file_name(place_.scenario))));
         collect_logs();
         collect_settings();
         collect_time_zones();
@@ -79,7 +77,7 @@ class Collector {
 
     void collect_logs() {
         std::vector<std::string> logs;
-        if (!read_scenario_logs(copy_of(place_.scenario + ".conf"), logs)) {
+        if (!read_scenario_logs(copy_of(scenario_file_name(place_.scenario)), logs)) {
             doubt("the copy of the scenario cannot be read");
         }
         for (const std::string& log : logs) {
@@ -131,11 +129,11 @@ class Collector {
         // Paths of post-data files in url.list begin as these are written.
         add_classification(joined("ZV_WDIR", *run_.variable("ZV_WDIR")));
         add_classification(joined("replay_profile", place_.replay_profile));
-        for (const char* name : {settings_name, patterns_name, filters_name}) {
+        for (const char* name : {settings_name, url_patterns_name, filter_patterns_name}) {
             add_classification(joined(name, digest_of(name)));
         }
         std::vector<std::string> files;
-        if (!read_post_data_files(copy_of(patterns_name), files)) {
+        if (!read_post_data_files(copy_of(url_patterns_name), files)) {
             doubt("the copy of the URL patterns cannot be read");
         }
         for (const std::string& file : files) {
@@ -172,10 +170,6 @@ class Collector {
 };
 
 } // namespace
-
-std::vector<std::string> input_names(const RunPlace& place) {
-    return {place.scenario + ".conf", settings_name, patterns_name, filters_name};
-}
 
 Inputs read_inputs(const RunProcess& run, const RunPlace& place, const FileDescriptor& backup) {
     return Collector(run, place, backup).collect();

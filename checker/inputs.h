@@ -5,7 +5,6 @@
 #include "checker/run_place.h"
 
 #include <string>
-#include <vector>
 
 // What goes into a run: its four input files, the logs that the scenario names, options and time
 // zones.
@@ -22,9 +21,6 @@ struct Inputs {
     ExpectedResults results;
     std::string doubt; // why the manifest may not describe what the run reads; empty when it does
 };
-
-// Names of the copies of a run's input files in its backup directory, the scenario first.
-std::vector<std::string> input_names(const RunPlace& place);
 
 // Describes a run's inputs from their copies in its backup directory.
 Inputs read_inputs(const RunProcess& run, const RunPlace& place, const FileDescriptor& backup);

@@ -1,6 +1,7 @@
 #include "checker/results.h"
 
 #include "base/file_state.h"
+#include "base/result_names.h"
 #include "checker/complete_list.h"
 #include "tools/load/line_count.h"
 
@@ -15,20 +16,14 @@
 
 namespace {
 
-constexpr const char* complete_list_name = "complete_url.list";
-constexpr const char* query_list_name = "query_url.list";
-constexpr const char* trace_name = "akaau.trace";
-constexpr const char* hosts_list_name = "hosts.list";
-constexpr const char* url_list_name = "url.list";
-
 // Results that a run which only classifies anew leaves as they are.
 std::vector<std::string> loading_results(const ExpectedResults& expected) {
-    std::vector<std::string> names = {complete_list_name};
+    std::vector<std::string> names = {complete_url_list_name};
     if (expected.query_list) {
-        names.push_back(query_list_name);
+        names.push_back(query_url_list_name);
     }
     if (expected.trace) {
-        names.push_back(trace_name);
+        names.push_back(akaau_trace_name);
     }
     return names;
 }
@@ -91,16 +86,16 @@ bool is_whole_hosts_list(const FileDescriptor& file, const CompleteList& complet
 
 // Name of a result that is not whole; empty when all are.
 std::string damaged_result(const OwnDirectory& config_dir, const ExpectedResults& expected) {
-    const FileDescriptor complete_list_file = open_result(config_dir, complete_list_name);
+    const FileDescriptor complete_list_file = open_result(config_dir, complete_url_list_name);
     const std::optional<CompleteList> complete_list = read_complete_list(complete_list_file);
     const bool is_whole = complete_list && has_whole_lines(complete_list_file) &&
                           complete_list->accounted(expected.non_session_counts);
     if (!is_whole) {
-        return complete_list_name;
+        return complete_url_list_name;
     }
-    if (expected.query_list && !has_lines(open_result(config_dir, query_list_name), query_list_name,
-                                          complete_list->query_line_count)) {
-        return query_list_name;
+    if (expected.query_list && !has_lines(open_result(config_dir, query_url_list_name),
+                                          query_url_list_name, complete_list->query_line_count)) {
+        return query_url_list_name;
     }
     if (!is_whole_hosts_list(open_result(config_dir, hosts_list_name), *complete_list)) {
         return hosts_list_name;
@@ -125,11 +120,11 @@ std::string result_fault(const OwnDirectory& config_dir, const Manifest& cached,
             return fault;
         }
     }
-    if (!expected.query_list && is_there(config_dir, query_list_name)) {
-        return std::string(query_list_name) + " is there although no run has written it";
+    if (!expected.query_list && is_there(config_dir, query_url_list_name)) {
+        return std::string(query_url_list_name) + " is there although no run has written it";
     }
-    if (!expected.trace && is_there(config_dir, trace_name)) {
-        return std::string(trace_name) + " is there although no run has written it";
+    if (!expected.trace && is_there(config_dir, akaau_trace_name)) {
+        return std::string(akaau_trace_name) + " is there although no run has written it";
     }
     const std::string damaged = damaged_result(config_dir, expected);
     return damaged.empty() ? "" : damaged + " is not whole";

@@ -1,6 +1,7 @@
 #include "checker/run_place.h"
 
 #include "base/tokenizers.h"
+#include "cache/input_copies.h"
 #include "tools/driver/command_line.h"
 #include "tools/driver/paths.h"
 
@@ -110,7 +111,7 @@ std::optional<RunPlace> locate_run(const RunProcess& run) {
     place.scenario = name->scenario;
     const fs::path project_dir = place.work_dir / "workspace" / name->workspace / name->profile /
                                  "quarvel" / name->project / name->sub_proj;
-    place.scenario_file = project_dir / "scenarios" / (name->scenario + ".conf");
+    place.scenario_file = project_dir / "scenarios" / scenario_file_name(name->scenario);
     set_replay_profile(arguments, *name, project_dir, place);
     const fs::path config_dir = project_dir / "ReplayAccessLogs" / name->scenario / "config";
     place.config_path = config_dir / "";

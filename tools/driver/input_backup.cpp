@@ -5,6 +5,7 @@
 #include "base/logs.h"
 #include "base/new_file.h"
 #include "cache/backup_names.h"
+#include "cache/input_copies.h"
 #include "cache/manifest.h"
 #include "tools/driver/paths.h"
 
@@ -82,13 +83,12 @@ FileDescriptor make_locked_directory(const std::string& path) {
 } // namespace
 
 InputBackup::InputBackup()
-    : path_(std::string(backups_directory) + "/" + backup_name(getpid())),
-      directory_(make_locked_directory(path_)) {
+    : path_(backup_path(getpid())), directory_(make_locked_directory(path_)) {
     require_success("mkdir " + path_, directory_.is_open());
     copy_files({scenario_file_path()});
-    copy_files({replay_profile_file_path("replay_settings.dat"),
-                replay_profile_file_path("replay_url_patterns.dat"),
-                replay_profile_file_path("replay_url_filter_patterns.dat")});
+    copy_files({replay_profile_file_path(settings_name),
+                replay_profile_file_path(url_patterns_name),
+                replay_profile_file_path(filter_patterns_name)});
 }
 
 void InputBackup::copy_files(std::initializer_list<std::string> files) const {
@@ -135,7 +135,7 @@ bool InputBackup::seal_manifest_in(const OwnDirectory& cache) const {
 }
 
 void InputBackup::copy_to_cache(const OwnDirectory& config_dir, bool is_reusable) const {
-    const OwnDirectory cache = config_dir.beside(".tmp");
+    const OwnDirectory cache = config_dir.beside(input_cache_name);
     const bool succeeded =
         cache.is_open() && copy_inputs_to(cache) && (!is_reusable || seal_manifest_in(cache));
     if (!succeeded) {

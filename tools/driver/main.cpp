@@ -3,6 +3,7 @@
 #include "base/logs.h"
 #include "base/own_directory.h"
 #include "base/progress.h"
+#include "cache/input_copies.h"
 #include "cache/work_mark.h"
 #include "tools/config/field_layout.h"
 #include "tools/config/replay_profile.h"
@@ -88,13 +89,13 @@ void load_pattern_file(const char* file_name, void (*load)(const char*)) {
 }
 
 void load_replay_profile() {
-    const std::string settings = replay_profile_file_path("replay_settings.dat");
+    const std::string settings = replay_profile_file_path(settings_name);
     if (!file_exists(settings.c_str())) {
         fail("'replay_settings.dat' file not found in replay profile '%s'", replay_profile);
     }
     read_replay_prof_setting(settings.c_str());
-    load_pattern_file("replay_url_filter_patterns.dat", save_filter_url_pattern);
-    load_pattern_file("replay_url_patterns.dat", save_url_pattern);
+    load_pattern_file(filter_patterns_name, save_filter_url_pattern);
+    load_pattern_file(url_patterns_name, save_url_pattern);
 }
 
 OwnDirectory create_config_directory() {

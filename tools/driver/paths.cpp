@@ -6,6 +6,7 @@
 #include "base/logs.h"
 #include "base/tokenizers.h"
 #include "base/workspace_directory.h"
+#include "cache/input_copies.h"
 #include "tools/config/replay_profile.h"
 
 #include <algorithm>
@@ -161,7 +162,7 @@ void find_scenario_and_profile() {
 }
 
 std::string scenario_file_path() {
-    std::string path = scenario_directory() + "/scenarios/" + scenario + ".conf";
+    std::string path = scenario_directory() + "/scenarios/" + scenario_file_name(scenario);
     refuse_long_path(path);
     return path;
 }

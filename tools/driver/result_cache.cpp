@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/logs.h"
+#include "base/result_names.h"
 #include "tools/config/replay_profile.h"
 #include "tools/driver/paths.h"
 
@@ -90,7 +91,7 @@ Reuse check_cache() {
 }
 
 bool print_cached_summary(const OwnDirectory& config_dir, const ReuseGuard& guard) {
-    FILE* url_list = open_stream(config_dir.open_file("url.list"), "r");
+    FILE* url_list = open_stream(config_dir.open_file(url_list_name), "r");
     if (url_list == nullptr) {
         fail("Failed to open url.list file");
     }

@@ -2,22 +2,17 @@
 
 #include "base/failure.h"
 #include "base/left_results.h"
+#include "base/result_names.h"
 
 char akaau_trace = 0;
 FILE* akaau_trace_fp = nullptr;
 
-namespace {
-
-constexpr const char* name = "akaau.trace";
-
-} // namespace
-
 void open_akaau_trace(const OwnDirectory& config_dir) {
-    config_dir.remove(name);
+    config_dir.remove(akaau_trace_name);
     if (akaau_trace == 0) {
         return;
     }
-    akaau_trace_fp = open_stream(config_dir.create(name, 0666), "w");
+    akaau_trace_fp = open_stream(config_dir.create(akaau_trace_name, 0666), "w");
     if (akaau_trace_fp == nullptr) {
         fail("Failed to open akaau.trace file");
     }
@@ -28,7 +23,7 @@ void close_akaau_trace() {
         return;
     }
     const bool failed = std::fflush(akaau_trace_fp) != 0 || std::ferror(akaau_trace_fp) != 0;
-    note_left_result(name, fileno(akaau_trace_fp));
+    note_left_result(akaau_trace_name, fileno(akaau_trace_fp));
     if (std::fclose(akaau_trace_fp) != 0 || failed) {
         fail("Failed to write to akaau.trace file");
     }

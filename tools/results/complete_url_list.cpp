@@ -4,6 +4,7 @@
 #include "base/failure.h"
 #include "base/logs.h"
 #include "base/result_file.h"
+#include "base/result_names.h"
 #include "base/text_arena.h"
 #include "base/text_file.h"
 #include "base/tokenizers.h"
@@ -36,10 +37,8 @@ const CounterLine counter_lines[] = {
     {"#NON_SESSION_URLS_WITH_SECONDARY_COOKIE=", g_total_non_session_with_secondary_cookie},
 };
 
-constexpr const char* list_name = "complete_url.list";
-
 std::string list_path(const OwnDirectory& config_dir) {
-    return config_dir.path() + "/" + list_name;
+    return config_dir.path() + "/" + complete_url_list_name;
 }
 
 bool can_be_read_back(const UrlInfo& entry) {
@@ -149,7 +148,7 @@ bool write_complete_url_list(const OwnDirectory& config_dir) {
     DEBUG_LOG(3, "main", "Start dumping complete url list to complete_url.list file");
     const std::string path = list_path(config_dir);
     ResultFile file;
-    if (!file.create(config_dir, list_name)) {
+    if (!file.create(config_dir, complete_url_list_name)) {
         fail("Unable to open file - %s", path.c_str());
     }
     for (const CounterLine& counter_line : counter_lines) {
@@ -173,7 +172,7 @@ bool write_complete_url_list(const OwnDirectory& config_dir) {
 void fill_url_pattern_from_cache(const OwnDirectory& config_dir) {
     DEBUG_LOG(2, fname, "Method called");
     const std::string path = list_path(config_dir);
-    FileDescriptor cache = config_dir.open_file(list_name);
+    FileDescriptor cache = config_dir.open_file(complete_url_list_name);
     if (!cache.is_open()) {
         fail("Failed to open cache file %s", path.c_str());
     }

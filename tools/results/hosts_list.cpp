@@ -5,6 +5,7 @@
 #include "base/interned_texts.h"
 #include "base/logs.h"
 #include "base/result_file.h"
+#include "base/result_names.h"
 #include "base/text_hash.h"
 #include "tools/urls/unique_urls.h"
 
@@ -45,9 +46,9 @@ void write_hosts_list(const OwnDirectory& config_dir) {
     const int count = find_hosts(hosts);
     std::sort(hosts, hosts + count, [](int32_t a, int32_t b) { return sort_host_list(a, b) < 0; });
 
-    const std::string path = config_dir.path() + "/hosts.list";
+    const std::string path = config_dir.path() + "/" + hosts_list_name;
     ResultFile file;
-    if (!file.create(config_dir, "hosts.list")) {
+    if (!file.create(config_dir, hosts_list_name)) {
         fail("Failed to open file %s", path.c_str());
     }
     for (int i = 0; i < count; ++i) {

@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "base/progress.h"
 #include "base/result_file.h"
+#include "base/result_names.h"
 #include "tools/config/replay_settings.h"
 #include "tools/load/request_table.h"
 #include "tools/parse/secondary_cookie_trace.h"
@@ -149,9 +150,9 @@ void replace_pipe_by_ascii(const char* in, size_t len, std::string& out) {
 }
 
 void write_url_list(const OwnDirectory& config_dir) {
-    const std::string path = config_dir.path() + "/url.list";
+    const std::string path = config_dir.path() + "/" + url_list_name;
     ResultFile file;
-    if (!file.create(config_dir, "url.list")) {
+    if (!file.create(config_dir, url_list_name)) {
         fail("Unable to open file - %s", path.c_str());
     }
     const PhaseProgress progress("Start dumping url pattern at  %s\n",

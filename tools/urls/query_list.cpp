@@ -1,6 +1,7 @@
 #include "tools/urls/query_list.h"
 
 #include "base/failure.h"
+#include "base/result_names.h"
 #include "tools/config/replay_settings.h"
 
 namespace {
@@ -12,10 +13,9 @@ namespace {
 } // namespace
 
 QueryList::QueryList(const OwnDirectory& config_dir) {
-    constexpr const char* name = "query_url.list";
-    config_dir.remove(name);
+    config_dir.remove(query_url_list_name);
     const bool is_wanted = dump_query_flag != 0 && ignore_query_flag != 0;
-    if (is_wanted && !file_.create(config_dir, name)) {
+    if (is_wanted && !file_.create(config_dir, query_url_list_name)) {
         fail("Unable to create 'query_url.list' file");
     }
 }
