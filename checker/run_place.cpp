@@ -1,11 +1,9 @@
 #include "checker/run_place.h"
 
-#include "base/tokenizers.h"
-#include "cache/input_copies.h"
+#include "base/workspace_directory.h"
 #include "tools/driver/command_line.h"
-#include "tools/driver/paths.h"
+#include "tools/driver/scenario_place.h"
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace fs = std::filesystem;
@@ -53,47 +51,6 @@ Arguments read_options(const RunProcess& run, RunPlace& place) {
     return arguments;
 }
 
-// Components of a name; at most `max_count`, none of them empty.
-std::vector<std::string> split_name(const std::string& name, int max_count) {
-    std::string text = name;
-    std::vector<char*> components(static_cast<size_t>(max_count));
-    int count;
-    get_tokens1(text.data(), components.data(), "/", max_count, &count);
-    return {components.begin(), components.begin() + count};
-}
-
-struct ScenarioName {
-    std::string workspace;
-    std::string profile;
-    std::string project;
-    std::string sub_proj;
-    std::string scenario;
-};
-
-std::optional<ScenarioName> read_scenario_name(const std::string& argument) {
-    ScenarioName name = {"admin", "default", "default", "default", argument};
-    if (argument.find('/') != std::string::npos) {
-        const std::vector<std::string> components = split_name(argument, 5);
-        if (components.size() < 5) {
-            return std::nullopt;
-        }
-        name = {components[0], components[1], components[2], components[3], components[4]};
-    }
-    name.scenario.resize(std::min(name.scenario.find(".conf"), name.scenario.size()));
-    return name;
-}
-
-void set_replay_profile(const Arguments& arguments, const ScenarioName& name,
-                        const fs::path& project_dir, RunPlace& place) {
-    if (arguments.replay_profile == nullptr) {
-        place.replay_profile = name.project + "/" + name.sub_proj + "/" + name.scenario;
-        place.replay_profile_dir = project_dir / "replay_profiles" / name.scenario;
-        return;
-    }
-    place.replay_profile = relative_profile_name(arguments.replay_profile);
-    place.replay_profile_dir = place.work_dir.string() + "/replay_profiles/" + place.replay_profile;
-}
-
 } // namespace
 
 std::optional<RunPlace> locate_run(const RunProcess& run) {
@@ -103,18 +60,22 @@ std::optional<RunPlace> locate_run(const RunProcess& run) {
     if (work_dir == nullptr || arguments.scenario == nullptr) {
         return std::nullopt;
     }
-    const std::optional<ScenarioName> name = read_scenario_name(arguments.scenario);
+    const std::optional<ScenarioName> name = parse_scenario_name(arguments.scenario);
     if (!name) {
         return std::nullopt;
     }
+    const ScenarioPlace scenario_place = place_of_scenario(
+        *work_dir + "/" + relative_workspace_directory(name->workspace, name->profile), *name);
     place.work_dir = *work_dir;
     place.scenario = name->scenario;
-    const fs::path project_dir = place.work_dir / "workspace" / name->workspace / name->profile /
-                                 "quarvel" / name->project / name->sub_proj;
-    place.scenario_file = project_dir / "scenarios" / scenario_file_name(name->scenario);
-    set_replay_profile(arguments, *name, project_dir, place);
-    const fs::path config_dir = project_dir / "ReplayAccessLogs" / name->scenario / "config";
-    place.config_path = config_dir / "";
-    place.config_directory = fs::weakly_canonical(config_dir);
+    place.scenario_file = scenario_place.scenario_file();
+    place.replay_profile = own_profile_name(*name);
+    place.replay_profile_dir = scenario_place.own_profile_directory();
+    if (arguments.replay_profile != nullptr) {
+        place.replay_profile = relative_profile_name(arguments.replay_profile);
+        place.replay_profile_dir = profile_directory_path(*work_dir, place.replay_profile);
+    }
+    place.config_path = scenario_place.config_directory();
+    place.config_directory = fs::weakly_canonical(place.config_path.parent_path());
     return place;
 }

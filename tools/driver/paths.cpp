@@ -6,14 +6,14 @@
 #include "base/logs.h"
 #include "base/tokenizers.h"
 #include "base/workspace_directory.h"
-#include "cache/input_copies.h"
 #include "tools/config/replay_profile.h"
+#include "tools/driver/scenario_place.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
 #include <string_view>
 #include <sys/stat.h>
 #include <system_error>
@@ -51,17 +51,6 @@ void set_workspace(const char* workspace, const char* profile) {
     }
 }
 
-// A scenario may be named by its file; any text from ".conf" on is no part of its name.
-std::string_view without_conf(std::string_view name) {
-    return name.substr(0, name.find(".conf"));
-}
-
-// The text without the slashes around it.
-std::string_view without_outer_slashes(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of('/'), text.size()));
-    return text.substr(0, text.find_last_not_of('/') + 1);
-}
-
 // Makes the directory `name` in `parent`, unless it is there, and opens it. Not open, with errno
 // set, when that cannot be done.
 FileDescriptor make_directory(const FileDescriptor& parent, const char* name, bool may_be_planted) {
@@ -79,8 +68,12 @@ FileDescriptor make_directory(const FileDescriptor& parent, const char* name, bo
     return directory;
 }
 
-std::string scenario_directory() {
-    return std::string(g_zv_ta_dir) + "/" + project + "/" + sub_proj;
+ScenarioName scenario_name() {
+    return {g_zv_workspace, g_zv_profile, project, sub_proj, scenario};
+}
+
+ScenarioPlace scenario_place() {
+    return place_of_scenario(g_zv_ta_dir, scenario_name());
 }
 
 } // namespace
@@ -103,38 +96,21 @@ void read_work_directory() {
 }
 
 void set_scenario(const char* argument) {
-    if (std::strchr(argument, '/') == nullptr) {
-        store_name(project, "default", "project");
-        store_name(sub_proj, "default", "sub-project");
-        store_name(scenario, without_conf(argument), "scenario");
-        set_workspace("admin", "default");
-        return;
-    }
-    constexpr int component_count = 5;
-    std::string text = argument;
-    char* components[component_count];
-    int count;
-    get_tokens1(text.data(), components, "/", component_count, &count);
-    if (count < component_count) {
+    const std::optional<ScenarioName> name = parse_scenario_name(argument);
+    if (!name) {
         fail("Invalid format of Scenario name");
     }
-    store_name(project, components[2], "project");
-    store_name(sub_proj, components[3], "sub-project");
-    store_name(scenario, without_conf(components[4]), "scenario");
-    set_workspace(components[0], components[1]);
-}
-
-std::string relative_profile_name(const std::string& argument) {
-    const std::string_view name = without_outer_slashes(argument);
-    return name.find('/') != std::string_view::npos ? argument
-                                                    : "default/default/" + std::string(name);
+    store_name(project, name->project, "project");
+    store_name(sub_proj, name->sub_proj, "sub-project");
+    store_name(scenario, name->scenario, "scenario");
+    set_workspace(name->workspace.c_str(), name->profile.c_str());
 }
 
 void set_replay_profile(const char* argument) {
     const std::string name = relative_profile_name(argument);
     replay_profile = name == argument ? copy_text("replay_profile", name)
                                       : allocate_text(fname, "replay_profile", name);
-    const std::string directory = std::string(g_wdir) + "/replay_profiles/" + replay_profile;
+    const std::string directory = profile_directory_path(g_wdir, replay_profile);
     refuse_long_path(directory);
     replay_profile_dir = allocate_text(fname, "replay_profile_dir", directory);
     if (!file_exists(replay_profile_dir)) {
@@ -150,9 +126,8 @@ void find_scenario_and_profile() {
     if (replay_profile != nullptr) {
         return;
     }
-    const std::string name = std::string(project) + "/" + sub_proj + "/" + scenario;
-    replay_profile = allocate_text(fname, "replay_profile", name);
-    const std::string directory = scenario_directory() + "/replay_profiles/" + scenario;
+    replay_profile = allocate_text(fname, "replay_profile", own_profile_name(scenario_name()));
+    const std::string directory = scenario_place().own_profile_directory();
     refuse_long_path(directory);
     replay_profile_dir = allocate_text(fname, "replay_profile_dir", directory);
     if (!file_exists(replay_profile_dir)) {
@@ -162,7 +137,7 @@ void find_scenario_and_profile() {
 }
 
 std::string scenario_file_path() {
-    std::string path = scenario_directory() + "/scenarios/" + scenario_file_name(scenario);
+    std::string path = scenario_place().scenario_file();
     refuse_long_path(path);
     return path;
 }
@@ -174,7 +149,7 @@ std::string replay_profile_file_path(const char* file_name) {
 }
 
 std::string config_directory() {
-    std::string path = scenario_directory() + "/ReplayAccessLogs/" + scenario + "/config/";
+    std::string path = scenario_place().config_directory();
     refuse_long_path(path);
     return path;
 }

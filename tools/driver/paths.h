@@ -22,10 +22,6 @@ void read_work_directory();
 // malformed or one of its names too long.
 void set_scenario(const char* argument);
 
-// The profile that an argument of option `replay_profile` names: a name alone, with or without
-// slashes around it, belongs to the default project and sub-project.
-std::string relative_profile_name(const std::string& argument);
-
 // Takes the argument of option `replay_profile`, a name or project/sub-project/name, and its
 // directory under the installation. Fails when nothing of that name is there.
 void set_replay_profile(const char* argument);
