@@ -10,6 +10,7 @@
 #include "checker/run_place.h"
 #include "checker/run_process.h"
 #include "tools/driver/paths.h"
+#include "tools/driver/result_cache.h"
 
 #include <algorithm>
 #include <iterator>
@@ -196,7 +197,7 @@ Answer answer_run(const std::string& profile_argument, pid_t pid) {
         return {Reuse::nothing, process + " is not a run of zvr_al_gen_url_list of this user"};
     }
     const std::optional<RunPlace> place = locate_run(*run);
-    if (!place || profile_argument != "/" + place->replay_profile + ".conf") {
+    if (!place || profile_argument != checker_argument(place->replay_profile)) {
         return {Reuse::nothing, process + " does not work on " + profile_argument};
     }
     FileDescriptor backup = open_own_backup(pid);

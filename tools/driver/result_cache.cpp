@@ -11,7 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -67,9 +66,12 @@ int run_quietly(const char* const arguments[]) {
 
 } // namespace
 
+std::string checker_argument(const std::string& profile) {
+    return std::string(g_workspace_user_profile_name) + "/" + profile + ".conf";
+}
+
 Reuse check_cache() {
-    const std::string profile =
-        std::string(g_workspace_user_profile_name) + "/" + replay_profile + ".conf";
+    const std::string profile = checker_argument(replay_profile);
     const std::string process_id = std::to_string(getpid());
     refuse_long_path(std::string(checker_command) + "  " + profile + " " + process_id +
                      " 1>/dev/null 2>/dev/null");

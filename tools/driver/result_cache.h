@@ -4,10 +4,15 @@
 #include "cache/reuse.h"
 #include "tools/driver/reuse_guard.h"
 
+#include <string>
+
 // What an earlier run has left that this run may use again.
 
 extern char
     g_workspace_user_profile_name[1024]; // first part of the checker's first argument; always empty
+
+// The checker's first argument for a run with this profile, relative name.
+std::string checker_argument(const std::string& profile);
 
 // Runs the checker command with the replay profile and this process's number and returns what it
 // says can be used: nothing when it is not found, cannot be run or is ended by a signal. Fails when
