@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/file_descriptor.h"
+#include "tools/results/complete_url_lines.h"
 
 #include <cstdint>
 #include <optional>
@@ -9,11 +10,7 @@
 
 // What complete_url.list holds, as far as it tells whether it and its companions are whole.
 struct CompleteList {
-    uint64_t total = 0;
-    uint64_t redirected = 0;
-    uint64_t time_filtered = 0;
-    uint64_t bad = 0;
-    uint64_t non_session = 0;
+    uint64_t counters[complete_url_counter_count] = {};
     uint64_t counted = 0;          // requests behind the rows
     uint64_t query_line_count = 0; // requests behind the rows that have lines in query_url.list
     std::set<std::string> hosts;

@@ -4,12 +4,12 @@
 #include "base/result_names.h"
 #include "checker/complete_list.h"
 #include "tools/load/line_count.h"
+#include "tools/results/url_list.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sstream>
-#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -61,19 +61,14 @@ bool has_lines(const FileDescriptor& file, const std::string& name, uint64_t cou
     return has_whole_lines(file) && total_lines_in_open_file(name.c_str(), file.get()) == count;
 }
 
-// The summary line knows the number of rows, which follow it and the column line.
+// The summary line knows the number of rows.
 bool is_whole_url_list(const FileDescriptor& file) {
-    constexpr size_t summary_width = 511;
-    constexpr std::string_view key = ";TotalUrlPattern=";
     char line[summary_width + 1];
     if (pread(file.get(), line, sizeof line, 0) != sizeof line || line[summary_width] != '\n') {
         return false;
     }
-    const std::string summary(line, summary_width);
-    const size_t found = summary.find(key);
-    return summary.starts_with("Total=") && found != std::string::npos &&
-           has_lines(file, url_list_name,
-                     std::stoull("0" + summary.substr(found + key.size())) + 2);
+    const std::optional<uint64_t> row_count = row_count_in_summary({line, summary_width});
+    return row_count && has_lines(file, url_list_name, url_list_head_lines + *row_count);
 }
 
 bool is_whole_hosts_list(const FileDescriptor& file, const CompleteList& complete_list) {

@@ -11,14 +11,16 @@
 #include "tools/urls/request_selection.h"
 #include "tools/urls/unique_urls.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <string_view>
 #include <strings.h>
 
 namespace {
 
-constexpr size_t summary_width = 511; // characters of the first line, padded with blanks
+// The first and the last counter of a summary.
+constexpr std::string_view total_key = "Total";
+constexpr std::string_view row_count_key = "TotalUrlPattern";
 
 constexpr std::string_view pattern_object[] = {"MAIN", "MAIN_WITHOUT_TX", "INLINE"};
 
@@ -109,16 +111,16 @@ uint64_t write_rows(ResultFile& file) {
 
 // `secondary_cookie_part` stands between two counters; it may be empty.
 std::string make_summary(uint64_t row_count, const std::string& secondary_cookie_part) {
-    const auto counter = [](const char* key, uint64_t count) {
+    const auto counter = [](std::string_view key, uint64_t count) {
         return std::string(key) + "=" + std::to_string(count);
     };
     const uint64_t non_session = ignore_non_session_urls != 0 ? g_total_non_session_req : 0;
-    return counter("Total", g_total_req) + ";" + counter("Redirected", g_redirected_req) + ";" +
+    return counter(total_key, g_total_req) + ";" + counter("Redirected", g_redirected_req) + ";" +
            counter("TimeBasedFiltered", g_time_filtered_req) + ";" +
            counter("BadRequest", g_total_bad_req) + ";" +
            counter("NonSessionRequest", non_session) + ";" + secondary_cookie_part +
            counter("InlineFilteredRequest", total_inline_filtered) + ";" +
-           counter("TotalUrlPattern", row_count);
+           counter(row_count_key, row_count);
 }
 
 std::string secondary_cookie_part() {
@@ -147,6 +149,18 @@ void replace_pipe_by_ascii(const char* in, size_t len, std::string& out) {
             out += c;
         }
     }
+}
+
+std::optional<uint64_t> row_count_in_summary(std::string_view summary) {
+    const std::string key = ";" + std::string(row_count_key) + "=";
+    const size_t found = summary.find(key);
+    if (!summary.starts_with(std::string(total_key) + "=") || found == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const std::string_view value = summary.substr(found + key.size());
+    uint64_t count = 0;
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), count);
+    return error == std::errc() ? std::optional(count) : std::nullopt;
 }
 
 void write_url_list(const OwnDirectory& config_dir) {
