@@ -1,12 +1,15 @@
 #include "checker/inputs.h"
 
+#include "base/failure.h"
 #include "base/own_directory.h"
 #include "cache/input_copies.h"
 #include "checker/file_state.h"
 #include "checker/named_files.h"
-#include "checker/setting_lines.h"
+#include "tools/config/replay_settings.h"
+#include "tools/config/settings_file.h"
 #include "tools/load/thread_count.h"
 #include "tools/parse/replay_zone.h"
+#include "tools/urls/query_list.h"
 
 namespace fs = std::filesystem;
 
@@ -14,6 +17,15 @@ namespace {
 
 std::string joined(const std::string& a, const std::string& b) {
     return a + " " + b;
+}
+
+// All but comments, empty lines and the keywords that are known to have no say in it.
+bool may_decide_loading(LineText line) {
+    if (line.size == 0 || line.text[0] == '#') {
+        return false;
+    }
+    const SettingKeyword* const keyword = find_setting_keyword(line.text);
+    return keyword == nullptr || keyword->effect == SettingEffect::loading;
 }
 
 class Collector {
@@ -67,7 +79,7 @@ class Collector {
         collect_settings();
         collect_time_zones();
         add_loading(joined("num_thread", std::to_string(place_.num_thread)));
-        if (thread_count_ == 0) { // the tool then goes by the processors
+        if (g_num_thread == 0) { // the tool then goes by the processors
             add_loading(joined("processors", std::to_string(zvr_get_num_cpu())));
         }
         add_loading(joined("dump_query_url", place_.dump_query_url ? "1" : "0"));
@@ -87,19 +99,23 @@ class Collector {
     }
 
     void collect_settings() {
-        SettingLines settings;
-        if (!settings.read(copy_of(settings_name))) {
-            doubt("the copy of the settings cannot be read");
+        dump_query_flag = place_.dump_query_url;
+        g_num_thread = place_.num_thread;
+        const auto take = [this](LineText line) {
+            if (may_decide_loading(line)) {
+                add_loading(joined("setting", std::string(line.text, line.size)));
+            }
+            apply_setting_line(line);
+        };
+        try {
+            if (!read_lines(copy_of(settings_name), settings_line_size, take)) {
+                doubt("the copy of the settings cannot be read");
+            }
+        } catch (const Failure& failure) { // the run has found no fault in what it has read
+            doubt("the copy of the settings is another one: " + failure.message);
         }
-        for (const std::string& line : settings.loading_lines()) {
-            add_loading(joined("setting", line));
-        }
-        const bool cuts_queries = settings.number("IGNORE_URL_QUERY_PARAM", 0) != 0;
-        const bool dumps_queries =
-            settings.number("DUMP_QUERY_STRING_URL", place_.dump_query_url) != 0;
-        inputs_.results.query_list = cuts_queries && dumps_queries;
-        thread_count_ = settings.number("NUM_THREAD", place_.num_thread);
-        inputs_.results.non_session_counts = settings.number("IGNORE_NON_SESSION_URLS", 1) == 0;
+        inputs_.results.query_list = is_query_list_wanted();
+        inputs_.results.non_session_counts = ignore_non_session_urls == 0;
     }
 
     void collect_time_zones() {
@@ -165,7 +181,6 @@ class Collector {
     const RunProcess& run_;
     const RunPlace& place_;
     const FileDescriptor& backup_;
-    int thread_count_ = 0;
     Inputs inputs_;
 };
 

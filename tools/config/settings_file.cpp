@@ -12,7 +12,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <string_view>
 
 namespace {
 
@@ -120,59 +119,54 @@ void set_consider_response_time(const char* value) {
     consider_response_time = std::atoi(value);
 }
 
-struct SettingKeyword {
-    std::string_view keyword;
-    void (*apply)(const char* value);
-    bool keeps_blanks = false; // the value is handed over with its leading blanks
-};
-
-// In the order in which they are tried; a line counts for the first one that it begins with.
 constexpr SettingKeyword setting_keywords[] = {
-    {"DEFAULT_HOST", set_default_host},
-    {"IGNORE_URL_QUERY_PARAM", set_ignore_query},
-    {"AUTO_REDIRECT", set_auto_redirect},
-    {"INLINE_OBJECT_MODE", set_inline_mode},
-    {"USER_SESSION_KEY", set_session_mode},
-    {"COOKIE_NAME", set_cookie_name},
-    {"IGNORE_NON_SESSION_URLS", set_ignore_non_session},
-    {"AL_FIELD", set_field_position, true},
-    {"ACCESS_LOG_TYPE", set_log_type},
-    {"NEW_USER_TIME", set_new_user_time},
-    {"DUMP_QUERY_STRING_URL", set_dump_query},
-    {"NUM_THREAD", set_num_thread},
-    {"SECONDARY_COOKIE", set_secondary_cookie},
-    {"CONSIDER_RESPONSE_TIME", set_consider_response_time},
+    {"DEFAULT_HOST", SettingEffect::none, set_default_host},
+    {"IGNORE_URL_QUERY_PARAM", SettingEffect::loading, set_ignore_query},
+    {"AUTO_REDIRECT", SettingEffect::loading, set_auto_redirect},
+    {"INLINE_OBJECT_MODE", SettingEffect::classification, set_inline_mode},
+    {"USER_SESSION_KEY", SettingEffect::loading, set_session_mode},
+    {"COOKIE_NAME", SettingEffect::loading, set_cookie_name},
+    {"IGNORE_NON_SESSION_URLS", SettingEffect::loading, set_ignore_non_session},
+    {"AL_FIELD", SettingEffect::loading, set_field_position, true},
+    {"ACCESS_LOG_TYPE", SettingEffect::loading, set_log_type},
+    {"NEW_USER_TIME", SettingEffect::none, set_new_user_time},
+    {"DUMP_QUERY_STRING_URL", SettingEffect::loading, set_dump_query},
+    {"NUM_THREAD", SettingEffect::loading, set_num_thread},
+    {"SECONDARY_COOKIE", SettingEffect::loading, set_secondary_cookie},
+    {"CONSIDER_RESPONSE_TIME", SettingEffect::loading, set_consider_response_time},
 };
-
-// The value begins one character after the keyword, whatever that character is.
-const char* value_after(const SettingKeyword& setting, LineText line) {
-    const size_t start = setting.keyword.size() + 1;
-    return start <= line.size ? line.text + start : "";
-}
-
-void apply_line(LineText line) {
-    for (const SettingKeyword& setting : setting_keywords) {
-        if (begins_with(line.text, setting.keyword)) {
-            const char* value = value_after(setting, line);
-            setting.apply(setting.keeps_blanks ? value : skip_blanks(value));
-            return;
-        }
-    }
-}
 
 } // namespace
 
+std::span<const SettingKeyword> all_setting_keywords() {
+    return setting_keywords;
+}
+
+const SettingKeyword* find_setting_keyword(const char* line) {
+    for (const SettingKeyword& setting : setting_keywords) {
+        if (begins_with(line, setting.keyword)) {
+            return &setting;
+        }
+    }
+    return nullptr;
+}
+
+void apply_setting_line(LineText line) {
+    const SettingKeyword* const setting = find_setting_keyword(line.text);
+    if (setting != nullptr) {
+        const char* value = value_after(line, setting->keyword);
+        setting->apply(setting->keeps_blanks ? value : skip_blanks(value));
+    }
+}
+
 void read_replay_prof_setting(const char* replay_setting_file) {
-    constexpr size_t line_size = 2048;
-    TextFile file(replay_setting_file, line_size);
+    TextFile file(replay_setting_file, settings_line_size);
     if (!file.is_open()) {
         fail("Failed to open 'replay_settings.dat' file for profile - %s", replay_profile);
     }
     LineText line;
     while (file.next(line)) {
-        if (line.text[0] != '#') {
-            apply_line(line);
-        }
+        apply_setting_line(line);
     }
     if (session_mode == SESSION_MODE_COOKIE && cookie_name[0] == '\0') {
         fail("Cookie name not given in replay setting file");

@@ -12,10 +12,13 @@ namespace {
 
 } // namespace
 
+bool is_query_list_wanted() {
+    return dump_query_flag != 0 && ignore_query_flag != 0;
+}
+
 QueryList::QueryList(const OwnDirectory& config_dir) {
     config_dir.remove(query_url_list_name);
-    const bool is_wanted = dump_query_flag != 0 && ignore_query_flag != 0;
-    if (is_wanted && !file_.create(config_dir, query_url_list_name)) {
+    if (is_query_list_wanted() && !file_.create(config_dir, query_url_list_name)) {
         fail("Unable to create 'query_url.list' file");
     }
 }

@@ -5,12 +5,15 @@
 #include <cstdint>
 #include <string_view>
 
+// Whether the settings ask for a list: dump_query_flag and ignore_query_flag.
+bool is_query_list_wanted();
+
 // query_url.list: the full URLs of the requests whose query is ignored, one a line, those of one
 // unique URL together.
 class QueryList {
   public:
-    // Removes the list of an earlier run and, when the settings ask for one (dump_query_flag and
-    // ignore_query_flag), makes a new one. Fails when that fails.
+    // Removes the list of an earlier run and, when one is wanted, makes a new one. Fails when that
+    // fails.
     explicit QueryList(const OwnDirectory& config_dir);
 
     bool is_open() const { return file_.is_open(); }
