@@ -2,45 +2,42 @@
 
 #include "base/tokenizers.h"
 #include "checker/file_state.h"
+#include "tools/config/keyword_text.h"
+#include "tools/config/scenario_file.h"
+#include "tools/patterns/pattern_columns.h"
+#include "tools/patterns/pattern_lines.h"
 
 #include <algorithm>
-#include <cstring>
-#include <string_view>
-#include <strings.h>
 
 namespace {
 
-constexpr size_t scenario_line_size = 2048;
-constexpr size_t pattern_line_size = 4096;
-
 void add_log(LineText line, std::vector<std::string>& logs) {
-    constexpr std::string_view keyword = "REPLAY_LOG_FILE";
-    if (line.size <= keyword.size() ||
-        strncasecmp(line.text, keyword.data(), keyword.size()) != 0) {
+    if (!begins_with(line.text, log_file_keyword)) {
         return;
     }
-    char* value = line.text + keyword.size() + 1;
-    value += std::strspn(value, " \t");
     char* fields[1];
     int count;
-    get_tokens1(value, fields, " ", 1, &count);
+    get_tokens1(skip_blanks(value_after(line, log_file_keyword)), fields, " ", 1, &count);
     if (count == 1) {
         logs.emplace_back(fields[0]);
     }
 }
 
 void add_post_data_file(LineText line, std::vector<std::string>& files) {
-    enum { status, type, post_data_file = 7, field_count = 9 };
-    char* fields[field_count];
-    int count;
     if (line.size == 0 || line.text[0] == '#') {
         return;
     }
-    get_tokens1(line.text, fields, "|", field_count, &count);
-    if (count == field_count && strcasecmp(fields[status], "active") == 0 &&
-        strcasecmp(fields[type], "main") == 0 && strcasecmp(fields[post_data_file], "NA") != 0 &&
-        std::find(files.begin(), files.end(), fields[post_data_file]) == files.end()) {
-        files.emplace_back(fields[post_data_file]);
+    char* fields[url_pattern_column_count];
+    int count;
+    get_tokens1(line.text, fields, "|", url_pattern_column_count, &count);
+    if (count < url_pattern_column_count || !is_active(fields[URL_PATTERN_STATUS]) ||
+        !equal_ignoring_case(fields[URL_PATTERN_TYPE], main_pattern_type)) {
+        return;
+    }
+    const char* file = fields[URL_PATTERN_POST_DATA_FILE];
+    if (!equal_ignoring_case(file, na_string) &&
+        std::find(files.begin(), files.end(), file) == files.end()) {
+        files.emplace_back(file);
     }
 }
 

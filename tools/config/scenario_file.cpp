@@ -105,15 +105,14 @@ struct ScenarioKeyword {
 };
 
 constexpr ScenarioKeyword scenario_keywords[] = {
-    {"REPLAY_LOG_FILE", add_log_file},
+    {log_file_keyword, add_log_file},
     {"REPLAY_PERIOD", set_period},
 };
 
 void apply_line(LineText line, const LinePlace& place) {
     for (const ScenarioKeyword& scenario_keyword : scenario_keywords) {
-        const size_t length = scenario_keyword.keyword.size();
         if (begins_with(line.text, scenario_keyword.keyword)) {
-            char* value = line.text + length + (line.size > length ? 1 : 0);
+            char* value = value_after(line, scenario_keyword.keyword);
             scenario_keyword.apply(skip_blanks(value), place);
             return;
         }
@@ -123,8 +122,7 @@ void apply_line(LineText line, const LinePlace& place) {
 } // namespace
 
 void read_scenario_file(const std::string& scenario_file) {
-    constexpr size_t line_size = 2048;
-    TextFile file(scenario_file, line_size);
+    TextFile file(scenario_file, scenario_line_size);
     if (!file.is_open()) {
         fail("Failed to open scenario file '%s'", scenario_file.c_str());
     }

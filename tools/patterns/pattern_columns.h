@@ -19,6 +19,8 @@ enum UrlPatternColumn {
     url_pattern_column_count = 9
 };
 
+constexpr const char* main_pattern_type = "main"; // type that alone may have a post-data file
+
 // replay_url_filter_patterns.dat.
 enum FilterPatternColumn {
     FILTER_PATTERN_STATUS = 0,

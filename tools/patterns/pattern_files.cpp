@@ -23,7 +23,7 @@ struct PatternType {
 };
 
 constexpr PatternType pattern_types[] = {
-    {"main", PATTERN_MAIN, "Pattern found for main url"},
+    {main_pattern_type, PATTERN_MAIN, "Pattern found for main url"},
     {"inline", PATTERN_INLINE, "Pattern found for inline url"},
     {"MAIN_WITHOUT_TX", PATTERN_MAIN_WITHOUT_TX, "Pattern found for main_without_tx"},
 };
