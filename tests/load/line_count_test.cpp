@@ -1,8 +1,11 @@
 #include "tools/load/line_count.h"
 
+#include "base/file_descriptor.h"
 #include "tests/unit_helpers.h"
 
 #include <algorithm>
+#include <fcntl.h>
+#include <unistd.h>
 #include <vector>
 
 TEST(LineCount, IsTheNumberOfLineFeeds) {
@@ -21,4 +24,17 @@ TEST(LineCount, IsTheNumberOfLineFeeds) {
     }
     EXPECT_EQ(zvr_get_total_lines_in_file(directory.path("missing").c_str()), 0U);
     EXPECT_EQ(zvr_get_total_lines_in_file(directory.path().c_str()), 0U);
+}
+
+TEST(LineCount, OfAnOpenFileNeedsOneThatCanBeReadAgain) {
+    const TemporaryDirectory directory;
+    const FileDescriptor file(open(directory.write("lines", "a\nb\n").c_str(), O_RDONLY));
+    EXPECT_EQ(total_lines_in_open_file("lines", file.get()), 2U);
+    EXPECT_EQ(total_lines_in_open_file("lines", file.get()), 2U);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const FileDescriptor pipe_end(ends[0]);
+    EXPECT_TRUE(write_whole(ends[1], "a\nb\n"));
+    close(ends[1]);
+    EXPECT_EQ(total_lines_in_open_file("pipe", pipe_end.get()), 0U);
 }

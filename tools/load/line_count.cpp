@@ -88,8 +88,7 @@ uint64_t zvr_get_total_lines_in_file(const char* file_name) {
 uint64_t total_lines_in_open_file(const char* file_name, int descriptor) {
     DEBUG_LOG(3, fname, "Method called. File = %s", file_name);
     const uint64_t total = count_and_log(file_name, descriptor);
-    lseek(descriptor, 0, SEEK_SET);
-    return total;
+    return lseek(descriptor, 0, SEEK_SET) == 0 ? total : 0;
 }
 
 bool has_lines(const char* file_name) {

@@ -10,5 +10,6 @@ uint64_t zvr_get_total_lines_in_file(const char* file_name);
 bool has_lines(const char* file_name);
 
 // As zvr_get_total_lines_in_file for a file that the caller has open and whose name serves the
-// debug lines. The file must stand at its start, and does so afterwards.
+// debug lines. The file must stand at its start, and does so afterwards; 0 when it cannot be set
+// back there.
 uint64_t total_lines_in_open_file(const char* file_name, int descriptor);
