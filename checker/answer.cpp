@@ -4,7 +4,7 @@
 #include "cache/input_copies.h"
 #include "cache/work_mark.h"
 #include "checker/backups.h"
-#include "checker/file_state.h"
+#include "checker/file_contents.h"
 #include "checker/inputs.h"
 #include "checker/results.h"
 #include "checker/run_place.h"

@@ -1,7 +1,7 @@
 #include "checker/complete_list.h"
 
 #include "base/line_reader.h"
-#include "checker/file_state.h"
+#include "checker/file_contents.h"
 
 namespace {
 

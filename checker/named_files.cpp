@@ -1,7 +1,7 @@
 #include "checker/named_files.h"
 
 #include "base/tokenizers.h"
-#include "checker/file_state.h"
+#include "checker/file_contents.h"
 #include "tools/config/keyword_text.h"
 #include "tools/config/scenario_file.h"
 #include "tools/patterns/pattern_columns.h"

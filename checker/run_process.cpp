@@ -1,5 +1,7 @@
 #include "checker/run_process.h"
 
+#include "base/file_state.h"
+
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
@@ -56,10 +58,6 @@ constexpr size_t start_time_field = 19;
 pid_t parent_of(pid_t pid) {
     const std::vector<std::string> fields = read_status_fields(pid);
     return fields.size() > parent_field ? std::atoi(fields[parent_field].c_str()) : 0;
-}
-
-int64_t nanoseconds(const timespec& time) {
-    return time.tv_sec * nanoseconds_per_second + time.tv_nsec;
 }
 
 int64_t now(clockid_t clock) {
