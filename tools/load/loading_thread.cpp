@@ -20,13 +20,12 @@ int64_t line_budget(const InputFileInfo& file) {
 }
 
 void LoadingThread::start() {
-    if (settlement_) {
-        return;
-    }
-    start_ = std::time(nullptr);
-    write_progress("\tThread[%d] started at %s\n", arguments_.thread_idx,
-                   get_cur_date_time(nullptr));
-    settlement_.emplace(arguments_.thread_idx);
+    std::call_once(is_started_, [this] {
+        start_ = std::time(nullptr);
+        write_progress("\tThread[%d] started at %s\n", arguments_.thread_idx,
+                       get_cur_date_time(nullptr));
+        settlement_.emplace(arguments_.thread_idx);
+    });
 }
 
 void LoadingThread::begin(const LogPiece& piece) {

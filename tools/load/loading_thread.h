@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <mutex>
 #include <optional>
 
 // Lines that a file may give; INT64_MAX: all that it has.
@@ -19,7 +20,7 @@ class LoadingThread {
   public:
     explicit LoadingThread(parsingThreadArgs& arguments) : arguments_(arguments) {}
 
-    // Writes the line that tells of the thread, once.
+    // Writes the line that tells of the thread, once. Any worker may call.
     void start();
 
     // Begins with a piece, the next one in their order; starts if that has not been done.
@@ -57,6 +58,7 @@ class LoadingThread {
     void end_file(const InputFileInfo& file) const;
 
     parsingThreadArgs& arguments_;
+    std::once_flag is_started_;
     std::optional<SessionSettlement> settlement_; // from the start on
     threadCounter counters_ = {};
     time_t start_ = 0;

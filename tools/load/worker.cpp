@@ -165,11 +165,7 @@ void load_next_in_order(Worker& worker, PieceQueue& queue) {
 // There are at least as many workers as loading threads, which are told of as they start.
 void start_thread_of(Worker& worker) {
     if (worker.number < worker.loading.queues.size()) {
-        PieceQueue& queue = worker.loading.queues[worker.number];
-        const std::lock_guard lock(queue.mutex);
-        if (!queue.is_settling) { // else it has started
-            queue.thread.start();
-        }
+        worker.loading.queues[worker.number].thread.start();
     }
 }
 
