@@ -102,11 +102,13 @@ class Collector {
     void collect_settings() {
         dump_query_flag = place_.dump_query_url;
         g_num_thread = place_.num_thread;
-        const auto take = [this](LineText line) {
+        LinePlace line_place = {settings_name, 0};
+        const auto take = [&](LineText line) {
+            ++line_place.line_num;
             if (may_decide_loading(line)) {
                 add_loading(joined("setting", std::string(line.text, line.size)));
             }
-            apply_setting_line(line);
+            apply_setting_line(line_place, line);
         };
         try {
             if (!read_lines(copy_of(settings_name), settings_line_size, take)) {

@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "base/logs.h"
 #include "tools/config/replay_settings.h"
+#include "tools/config/value_remarks.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -126,20 +127,62 @@ void require_fields_of_settings() {
             "CONSIDER_RESPONSE_TIME keyword is enabled but response time field is missing.");
 }
 
+bool begins_with_keyword(const char* text, int kind) {
+    const AlFields& field = al_required_fields[kind];
+    return std::strncmp(text, field.name, static_cast<size_t>(field.len)) == 0;
+}
+
+// The text one character after the keyword that it begins with.
+const char* position_after(const char* text, int kind) {
+    const char* separator = text + al_required_fields[kind].len;
+    return *separator == '\0' ? separator : separator + 1;
+}
+
+// Whether the text begins with a longer keyword than that of this kind.
+bool begins_with_longer_keyword(const char* text, int kind) {
+    for (int other = 0; other < al_field_kind_count; ++other) {
+        if (al_required_fields[other].len > al_required_fields[kind].len &&
+            begins_with_keyword(text, other)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Tells the line observer what `text` has made of the position of a kind that it begins with.
+void remark_on_position(const LinePlace& line, int kind, const char* text) {
+    if (line_observer == nullptr) {
+        return;
+    }
+    const AlFields& field = al_required_fields[kind];
+    const LinePlace place = {line.file, line.line_num, field.name};
+    if (begins_with_longer_keyword(text, kind)) {
+        observe_line(place, ObservedKind::field_unset, text);
+        return;
+    }
+    const char* position = position_after(text, kind);
+    remark_on_separator(place, text + field.len);
+    remark_on_number(place, position, 10, 0, max_al_fields);
+    observe_line(place, ObservedKind::value_set, position);
+}
+
 } // namespace
 
-void set_field_position(const char* text) {
+void set_field_position(const LinePlace& place, const char* text) {
     al_modified_flag = 1;
+    bool is_known = false;
     // A keyword that begins with a shorter one (DATE_AND_TIME with DATE) also sets the shorter
     // one's position, to the 0 that the rest of the longer keyword reads as.
     for (int kind = 0; kind < al_field_kind_count; ++kind) {
-        const size_t length = static_cast<size_t>(al_required_fields[kind].len);
-        if (std::strncmp(text, al_required_fields[kind].name, length) != 0) {
-            continue;
+        if (begins_with_keyword(text, kind)) {
+            const char* position = position_after(text, kind);
+            al_required_field_position[kind] = static_cast<short>(std::atoi(position));
+            remark_on_position(place, kind, text);
+            is_known = true;
         }
-        const bool has_value = text[length] != '\0';
-        al_required_field_position[kind] =
-            static_cast<short>(has_value ? std::atoi(text + length + 1) : 0);
+    }
+    if (!is_known) {
+        remark_on_unknown(place, text);
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/line_observer.h"
+
 // Which field of an access-log line holds what: from AL_FIELD lines of the replay settings, or the
 // default layout of the log type.
 
@@ -54,8 +56,8 @@ extern PresentField present_fields[al_field_kind_count]; // in the order of thei
 extern char al_modified_flag; // 1 once the settings held an AL_FIELD line
 
 // Applies the text after "AL_FIELD" and its separator: a field keyword, one character, and a
-// position.
-void set_field_position(const char* text);
+// position. `place` is that of the line.
+void set_field_position(const LinePlace& place, const char* text);
 
 // Gives all kinds the positions of the log type's default layout when the settings named none.
 void set_default_field_positions();

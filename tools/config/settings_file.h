@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/line_observer.h"
 #include "base/line_text.h"
 
 #include <cstddef>
@@ -15,10 +16,16 @@ enum class SettingEffect : unsigned char {
     none
 };
 
+// A line that begins with a keyword, the name of its place.
+struct SettingLine {
+    LinePlace place;
+    const char* value;
+};
+
 struct SettingKeyword {
     std::string_view keyword;
     SettingEffect effect;
-    void (*apply)(const char* value);
+    void (*apply)(const SettingLine& line);
     bool keeps_blanks = false; // the value is handed over with its leading blanks
 };
 
@@ -28,9 +35,9 @@ std::span<const SettingKeyword> all_setting_keywords();
 // The keyword that a line counts for; null for comments and unknown lines.
 const SettingKeyword* find_setting_keyword(const char* line);
 
-// Sets what a line says; nothing when it has no keyword. Fails when the value is malformed or too
-// long.
-void apply_setting_line(LineText line);
+// Sets what a line says, nothing when it has no keyword, and tells the line observer of it. `place`
+// has no name yet. Fails when the value is malformed or too long.
+void apply_setting_line(LinePlace place, LineText line);
 
 // Reads the settings file and sets the values of replay_settings.h and the field positions of
 // field_layout.h. Fails when the file cannot be opened, a line cannot be applied, or sessions go by
