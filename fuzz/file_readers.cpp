@@ -48,9 +48,7 @@ void check_scenario(Choices& choices) {
         process_input_file_list2();
         EXPECT_LE(g_num_instance, num_al_files);
     });
-    while (num_al_files > 0) {
-        std::free(seq_file_path[--num_al_files].input_file);
-    }
+    forget_log_files();
 }
 
 void check_patterns(Choices& choices) {

@@ -17,6 +17,7 @@ void check_timestamps(Choices& choices);
 void check_log_loader(Choices& choices);
 void check_classification(Choices& choices);
 void check_complete_url_list(Choices& choices);
+void check_observed_lines(Choices& choices);
 
 // Reads a settings file and its field layout as a run does that has read none before. Returns the
 // message of the failure, empty when they are accepted.
@@ -25,7 +26,8 @@ std::string refusal_of_settings(const std::string& path);
 // Makes `zone` the zone of the process and of the replay period.
 void set_zone(const char* zone);
 
-// Empty the tables of patterns and of unique URLs.
+// Empty the tables of logs that a scenario named, of patterns and of unique URLs.
+void forget_log_files();
 void forget_patterns();
 void forget_unique_urls();
 

@@ -16,6 +16,7 @@ constexpr Property properties[] = {
     {"FieldSplitterAgreesWithAPlainSplitter", check_field_splitter, 11, 20000},
     {"LineReaderGivesTheLinesOfALineByLineReader", check_line_reader, 3, 40},
     {"LogsAreLoadedAlikeInPiecesAndInOrder", check_log_loader, 5, 100},
+    {"ObserversAreToldOnceOfEachLineAndChangeNothing", check_observed_lines, 7, 2000},
     {"TimestampsAgreeWithTheLibraryInEveryZone", check_timestamps, 4, 24},
     {"UnaccountedRequestsKeepTheSlotsOfAPlainArray", check_unaccounted_requests, 6, 8},
 };
