@@ -36,6 +36,8 @@ short al_required_field_position[al_field_kind_count];
 int max_required_field_position = 0;
 int present_field_count = 0;
 PresentField present_fields[al_field_kind_count];
+int read_field_count = 0;
+PresentField read_fields[al_field_kind_count];
 char al_modified_flag = 0;
 
 namespace {
@@ -95,6 +97,26 @@ void validate_uniqueness(int kind) {
             fail("Field position for %s and %s are same in 'replay_setting.dat'",
                  al_required_fields[earlier].name, al_required_fields[kind].name);
         }
+    }
+}
+
+bool is_read(int kind) {
+    switch (kind) {
+    case AL_CLIENT_IP:
+        return session_mode == SESSION_MODE_CLIENT_IP;
+    case AL_REQUEST_COOKIE:
+    case AL_SET_COOKIE:
+        return session_mode == SESSION_MODE_COOKIE;
+    case AL_RESPONSE_TIME:
+    case AL_RESPONSE_TIME_USEC:
+        return consider_response_time != 0;
+    case AL_REFERER:
+    case AL_USER_AGENT:
+    case AL_CONTENT_TYPE:
+    case AL_HTTP_VERSION:
+        return false;
+    default:
+        return true;
     }
 }
 
@@ -201,11 +223,16 @@ void set_default_field_positions() {
 
 void validate_al_format() {
     present_field_count = 0;
+    read_field_count = 0;
     for (int kind = 0; kind < al_field_kind_count; ++kind) {
         if (al_required_field_position[kind] != 0) {
             validate_range(kind);
             validate_uniqueness(kind);
-            present_fields[present_field_count++] = {kind, al_required_field_position[kind] - 1};
+            const PresentField field = {kind, al_required_field_position[kind] - 1};
+            present_fields[present_field_count++] = field;
+            if (is_read(kind)) {
+                read_fields[read_field_count++] = field;
+            }
         }
     }
     require_fields_of_log_type();

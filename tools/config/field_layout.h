@@ -53,7 +53,9 @@ extern short
 extern int max_required_field_position; // highest position in use; a line with fewer fields is bad
 extern int present_field_count;         // fields in the log, the entries in use of the next table
 extern PresentField present_fields[al_field_kind_count]; // in the order of their kinds
-extern char al_modified_flag; // 1 once the settings held an AL_FIELD line
+extern int read_field_count; // of these, the fields that the settings have a use for
+extern PresentField read_fields[al_field_kind_count]; // likewise
+extern char al_modified_flag;                         // 1 once the settings held an AL_FIELD line
 
 // Applies the text after "AL_FIELD" and its separator: a field keyword, one character, and a
 // position. `place` is that of the line.
@@ -63,6 +65,6 @@ void set_field_position(const LinePlace& place, const char* text);
 void set_default_field_positions();
 
 // Fails when a position is out of range or used twice, or when a field
-// that the log type or the session mode needs is missing. Sets max_required_field_position and
-// present_fields.
+// that the log type or the session mode needs is missing. Sets max_required_field_position,
+// present_fields and read_fields.
 void validate_al_format();

@@ -95,9 +95,11 @@ LineKind read_line(ParsingThread& thread, const LineOrigin& origin, LineText lin
               origin.file_name);
     LineText fields[max_al_fields];
     LineKind kind = split_line(origin, line, fields);
-    for (int i = 0; kind == LineKind::accepted && i < present_field_count; ++i) {
-        const PresentField& present = present_fields[i];
-        kind = read_field(thread, origin, present.kind, fields[present.index], request);
+    for (const PresentField& field : fields_to_read()) {
+        if (kind != LineKind::accepted) {
+            return kind;
+        }
+        kind = read_field(thread, origin, field.kind, fields[field.index], request);
     }
     return kind == LineKind::accepted ? test_replay_period(origin, request) : kind;
 }
@@ -107,7 +109,8 @@ LineKind read_line(ParsingThread& thread, const LineOrigin& origin, LineText lin
 int parse_al_line(ParsingThread& thread, alInfo* al_info_array_t, LineText line,
                   const char* file_name, uint64_t seq_no, int64_t line_num) {
     const LineOrigin origin = {"parse_al_line", file_name, line_num};
-    RequestFields request;
+    RequestFields& request = thread.fields;
+    request = {};
     const LineKind kind = read_line(thread, origin, line, request);
     if (kind == LineKind::accepted) {
         store_request(request, al_info_array_t[seq_no]);

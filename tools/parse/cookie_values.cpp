@@ -1,29 +1,20 @@
 #include "tools/parse/cookie_values.h"
 
+#include "base/byte_search.h"
 #include "base/logs.h"
 
+#include <algorithm>
 #include <cstring>
 
-namespace {
-
-// Most headers are a "-": nothing to search in.
-bool is_one_character(const char* header) {
-    return header[0] != '\0' && header[1] == '\0';
-}
-
-} // namespace
-
-bool get_cookie_value(const char* header, std::string_view name, size_t skip,
+bool get_cookie_value(LineText header, std::string_view name, size_t skip,
                       char (&value)[max_cookie_length]) {
-    if (is_one_character(header) && name.size() > 1) {
-        return false;
-    }
-    const char* found = std::strstr(header, name.data());
+    char* const end = header.text + header.size;
+    char* const found = find_text(header.text, end, name);
     if (found == nullptr) {
         return false;
     }
-    const char* start = found + strnlen(found, skip);
-    size_t length = static_cast<size_t>(strchrnul(start, ';') - start);
+    char* const start = found + std::min(skip, static_cast<size_t>(end - found));
+    size_t length = static_cast<size_t>(find_either(start, end, ';', ';') - start);
     if (length >= sizeof value) {
         DEBUG_LOG(2, "load_url_info",
                   "Cookie length is more than max_cookie_length(64), truncating cookie value.");

@@ -63,9 +63,9 @@ void join_query_string(ParsingThread& thread, const LineOrigin& origin, RequestF
 
 LineKind read_fields(const LineOrigin& origin, const LineText fields[], RequestFields& request,
                      SeparateFields& separate) {
-    for (int i = 0; i < present_field_count; ++i) {
-        const int kind = present_fields[i].kind;
-        const LineText field = fields[present_fields[i].index];
+    for (const PresentField& present : fields_to_read()) {
+        const int kind = present.kind;
+        const LineText field = fields[present.index];
         if (debug_wanted(4)) {
             log_field_value(origin, kind, field);
         }
@@ -118,7 +118,8 @@ LineKind read_line(ParsingThread& thread, const LineOrigin& origin, LineText lin
 
 int parse_separate_fields(ParsingThread& thread, const LineOrigin& origin, alInfo& record,
                           LineText line) {
-    RequestFields request;
+    RequestFields& request = thread.fields;
+    request = {};
     const LineKind kind = read_line(thread, origin, line, request);
     if (kind == LineKind::accepted) {
         store_request(request, record);

@@ -33,24 +33,24 @@ LineParser* parser_of_log_type() {
 
 // The value keeps the character after the name, the equals sign: it stays so in every value, so
 // that they compare equal to one another.
-bool get_secondary_cookie(const Cookies& names, const char* header, alInfo& record) {
+bool get_secondary_cookie(const Cookies& names, LineText header, alInfo& record) {
     return secondary_cookie_enable != 0 &&
            get_cookie_value(header, names.secondary, names.secondary.size(), record.akaau_id);
 }
 
-bool get_session_cookie(const Cookies& names, const char* header, alInfo& record) {
+bool get_session_cookie(const Cookies& names, LineText header, alInfo& record) {
     return get_cookie_value(header, names.session, names.session.size() + 1, record.jsession_id);
 }
 
 // Returns whether a session cookie is missing from the header.
-bool read_cookie_header(const Cookies& names, alInfo& record) {
+bool read_cookie_header(const Cookies& names, LineText header, alInfo& record) {
     DEBUG_LOG(4, fname, "Going to get secondary cookie(akaau) format and jsession id from Cookie");
-    if (get_secondary_cookie(names, record.cookies, record)) {
+    if (get_secondary_cookie(names, header, record)) {
         DEBUG_LOG(4, fname,
                   "secondary cookie(akaau) found in Cookie. al_info_array_t[*seq_no].akaau_id = %s",
                   record.akaau_id);
     }
-    if (!get_session_cookie(names, record.cookies, record)) {
+    if (!get_session_cookie(names, header, record)) {
         return true;
     }
     DEBUG_LOG(4, fname, "Session Cookie found in Cookie. al_info_array_t[*seq_no].jsession_id = %s",
@@ -59,13 +59,13 @@ bool read_cookie_header(const Cookies& names, alInfo& record) {
 }
 
 // Returns whether the header sets the session cookie.
-bool read_set_cookie_header(const Cookies& names, alInfo& record) {
-    if (get_secondary_cookie(names, record.set_cookies, record)) {
+bool read_set_cookie_header(const Cookies& names, LineText header, alInfo& record) {
+    if (get_secondary_cookie(names, header, record)) {
         DEBUG_LOG(4, fname,
                   "akaau cookie found in Set-Cookie. al_info_array_t[*seq_no].akaau_id = %s",
                   record.akaau_id);
     }
-    if (!get_session_cookie(names, record.set_cookies, record)) {
+    if (!get_session_cookie(names, header, record)) {
         return false;
     }
     DEBUG_LOG(4, fname, "Jsessionid found in Cookie. al_info_array_t[*seq_no].jsession_id = %s",
@@ -76,12 +76,13 @@ bool read_set_cookie_header(const Cookies& names, alInfo& record) {
 enum class SessionFound { in_cookie, set_by_response, not_found };
 
 // Set-Cookie is read after Cookie, so what the server set counts for the very request.
-SessionFound identify_session(const Cookies& names, alInfo& record) {
+SessionFound identify_session(const Cookies& names, const RequestFields& fields, alInfo& record) {
     bool jid_missing_flag = false;
-    if (record.cookies != nullptr) {
-        jid_missing_flag = read_cookie_header(names, record);
+    if (fields.cookies.text != nullptr) {
+        jid_missing_flag = read_cookie_header(names, fields.cookies, record);
     }
-    if (record.set_cookies != nullptr && read_set_cookie_header(names, record)) {
+    if (fields.set_cookies.text != nullptr &&
+        read_set_cookie_header(names, fields.set_cookies, record)) {
         return SessionFound::set_by_response;
     }
     return jid_missing_flag ? SessionFound::not_found : SessionFound::in_cookie;
@@ -108,7 +109,7 @@ void note_session_event(ParsingThread& thread, SessionFound found, RequestBatch&
 void add_request(ParsingThread& thread, const Cookies& names, RequestBatch& batch) {
     alInfo& record = thread.request;
     if (session_mode != SESSION_MODE_CLIENT_IP) {
-        note_session_event(thread, identify_session(names, record), batch);
+        note_session_event(thread, identify_session(names, thread.fields, record), batch);
     }
     find_counted_url(record);
     RequestRow row = {};

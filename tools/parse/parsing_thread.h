@@ -3,6 +3,7 @@
 #include "base/text_arena.h"
 #include "tools/parse/line_outcome.h"
 #include "tools/parse/request_interner.h"
+#include "tools/parse/request_parts.h"
 
 #include <cstdint>
 #include <string>
@@ -18,7 +19,8 @@ static_assert(sizeof(threadCounter) == 24);
 
 // What one worker thread carries from line to line. No other thread touches it.
 struct ParsingThread {
-    alInfo request = {};                // of the current line, when it is accepted
+    RequestFields fields = {};          // of the current line
+    alInfo request = {};                // likewise, when it is accepted
     RequestInterner interner = {};      // of its requests
     TextArena own_texts = {};           // of its requests
     threadCounter counters = {};        // of the lines since somebody has cleared them

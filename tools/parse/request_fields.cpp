@@ -54,6 +54,11 @@ int non_negative_seconds(int64_t seconds) {
 
 } // namespace
 
+std::span<const PresentField> fields_to_read() {
+    return debug_wanted(2) ? std::span(present_fields, static_cast<size_t>(present_field_count))
+                           : std::span(read_fields, static_cast<size_t>(read_field_count));
+}
+
 bool is_dash(LineText field) {
     return field.size == 1 && field.text[0] == '-';
 }

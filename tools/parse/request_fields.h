@@ -1,11 +1,13 @@
 #pragma once
 
+#include "tools/config/field_layout.h"
 #include "tools/parse/field_splitter.h"
 #include "tools/parse/line_outcome.h"
 #include "tools/parse/parsing_thread.h"
 #include "tools/parse/request_record.h"
 
 #include <cstdint>
+#include <span>
 
 // What the parsers of all log dialects have in common: the fields that mean the same in each of
 // them, the replay period, and the record that an accepted line fills. Nothing is copied before a
@@ -18,25 +20,15 @@ struct LineOrigin {
     int64_t line_num; // from 1
 };
 
-// A request while its line is read; texts point into the line. Null texts: not in the layout.
-struct RequestFields {
-    uint64_t time_stamp = 0; // seconds
-    int response_time = 0;   // seconds
-    int response_code = 0;
-    uint32_t client_ip = 0;
-    LineText method = {};
-    LineText url = {};
-    LineText cookies = {};
-    LineText set_cookies = {};
-    LineText host = {};
-    LineText location = {};
-};
-
 enum class FieldOutcome {
     handled,
     invalid_client_address,
     dialect_specific // means something in one dialect only
 };
+
+// The fields of the layout that are to be read, in the order of their kinds: those that the
+// settings have a use for, or all where the debug log tells of them.
+std::span<const PresentField> fields_to_read();
 
 // Whether a field holds the "-" that stands for no value.
 bool is_dash(LineText field);

@@ -36,8 +36,11 @@ bool UrlKey::has_ignored_query() const {
 }
 
 bool has_standard_spelling(const alInfo& request) {
-    return std::none_of(request.method, request.method + max_method_length,
-                        [](char c) { return upper_case(c) != c; });
+    bool has_small_letter = false;
+    for (int i = 0; i < max_method_length; ++i) { // all of them, which is quicker than to stop
+        has_small_letter |= upper_case(request.method[i]) != request.method[i];
+    }
+    return !has_small_letter;
 }
 
 void standard_method(std::string_view key, char (&method)[max_method_length + 1]) {

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "base/line_text.h"
+
+#include <cstdint>
+
+// A request while its line is read; texts point into the line. Null texts: not in the layout.
+struct RequestFields {
+    uint64_t time_stamp = 0; // seconds
+    int response_time = 0;   // seconds
+    int response_code = 0;
+    uint32_t client_ip = 0;
+    LineText method = {};
+    LineText url = {};
+    LineText cookies = {};
+    LineText set_cookies = {};
+    LineText host = {};
+    LineText location = {};
+};
