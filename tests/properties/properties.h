@@ -16,6 +16,7 @@ void check_line_reader(Choices& choices);
 void check_timestamps(Choices& choices);
 void check_log_loader(Choices& choices);
 void check_classification(Choices& choices);
+void check_pattern_matching(Choices& choices);
 void check_complete_url_list(Choices& choices);
 void check_observed_lines(Choices& choices);
 

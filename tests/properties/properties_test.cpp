@@ -17,6 +17,7 @@ constexpr Property properties[] = {
     {"LineReaderGivesTheLinesOfALineByLineReader", check_line_reader, 3, 40},
     {"LogsAreLoadedAlikeInPiecesAndInOrder", check_log_loader, 5, 100},
     {"ObserversAreToldOnceOfEachLineAndChangeNothing", check_observed_lines, 7, 2000},
+    {"PatternMatchingAgreesWithTheLibrarysExpressions", check_pattern_matching, 1, 4000},
     {"TimestampsAgreeWithTheLibraryInEveryZone", check_timestamps, 4, 24},
     {"UnaccountedRequestsKeepTheSlotsOfAPlainArray", check_unaccounted_requests, 6, 8},
 };

@@ -1,0 +1,120 @@
+#include "tools/patterns/pattern_program.h"
+
+#include <algorithm>
+
+namespace {
+
+// Goes through the tree from its end to its start, so that what follows a part is always there.
+class Compiler {
+  public:
+    PatternProgram compile(const SyntaxNode& root) {
+        program_.first_instruction = compile(root, add({Action::finish, 0, 0}));
+        find_byte_classes();
+        return std::move(program_);
+    }
+
+  private:
+    using Action = PatternProgram::Action;
+
+    uint32_t add(const PatternProgram::Instruction& instruction) {
+        program_.instructions.push_back(instruction);
+        return static_cast<uint32_t>(program_.instructions.size() - 1);
+    }
+
+    // Adds the part and gives its first instruction; it goes on at `next`.
+    uint32_t compile(const SyntaxNode& node, uint32_t next) {
+        switch (node.kind) {
+        case SyntaxKind::bytes:
+            return add_position(node.bytes, next);
+        case SyntaxKind::start:
+            return add({Action::need_start, next, 0});
+        case SyntaxKind::end:
+            return add({Action::need_end, next, 0});
+        case SyntaxKind::sequence:
+            std::for_each(node.parts.rbegin(), node.parts.rend(),
+                          [&](const SyntaxNode& part) { next = compile(part, next); });
+            return next;
+        case SyntaxKind::choice:
+            return compile_choice(node, next);
+        case SyntaxKind::repetition:
+            return compile_repetition(node, next);
+        default:
+            return next;
+        }
+    }
+
+    uint32_t add_position(const ByteSet& bytes, uint32_t next) {
+        const auto found = std::find(program_.byte_sets.begin(), program_.byte_sets.end(), bytes);
+        const auto byte_set = static_cast<uint32_t>(found - program_.byte_sets.begin());
+        if (found == program_.byte_sets.end()) {
+            program_.byte_sets.push_back(bytes);
+        }
+        program_.positions.push_back({next, byte_set});
+        return add({Action::consume, next, static_cast<uint32_t>(program_.positions.size() - 1)});
+    }
+
+    uint32_t compile_choice(const SyntaxNode& node, uint32_t next) {
+        uint32_t entry = compile(node.parts.back(), next);
+        for (size_t i = node.parts.size() - 1; i-- > 0;) {
+            entry = add({Action::fork, compile(node.parts[i], next), entry});
+        }
+        return entry;
+    }
+
+    uint32_t compile_repetition(const SyntaxNode& node, uint32_t next) {
+        const SyntaxNode& part = node.parts.front();
+        uint32_t needed = node.least;
+        if (node.most == any_number) {
+            const uint32_t loop = add({Action::fork, next, 0});
+            const uint32_t last = compile(part, loop);
+            program_.instructions[loop].other = last;
+            next = node.least == 0 ? loop : last;
+            needed -= node.least == 0 ? 0 : 1;
+        } else {
+            const uint32_t after = next;
+            for (uint32_t i = node.least; i < node.most; ++i) {
+                next = add({Action::fork, compile(part, next), after});
+            }
+        }
+        for (; needed > 0; --needed) {
+            next = compile(part, next);
+        }
+        return next;
+    }
+
+    void find_byte_classes() {
+        program_.class_of_byte = {};
+        program_.class_count = 1;
+        for (const ByteSet& bytes : program_.byte_sets) {
+            split_classes(bytes);
+        }
+    }
+
+    // The part of each class that lies in the set becomes a class of its own, unless it is all of
+    // it.
+    void split_classes(const ByteSet& bytes) {
+        std::array<size_t, 256> inside = {}; // of each class: how many of its bytes are of the set
+        std::array<size_t, 256> size = {};
+        for (size_t byte = 0; byte < bytes.size(); ++byte) {
+            ++size[program_.class_of_byte[byte]];
+            inside[program_.class_of_byte[byte]] += bytes.test(byte) ? 1 : 0;
+        }
+        std::array<uint8_t, 256> new_class = {};
+        for (uint32_t old = 0, count = program_.class_count; old < count; ++old) {
+            const bool is_split = inside[old] != 0 && inside[old] != size[old];
+            new_class[old] = static_cast<uint8_t>(is_split ? program_.class_count++ : old);
+        }
+        for (size_t byte = 0; byte < bytes.size(); ++byte) {
+            uint8_t& class_number = program_.class_of_byte[byte];
+            class_number = bytes.test(byte) ? new_class[class_number] : class_number;
+        }
+    }
+
+    PatternProgram program_;
+};
+
+} // namespace
+
+PatternProgram compile_program(const SyntaxNode& root) {
+    return Compiler().compile(root);
+}
