@@ -3,8 +3,7 @@
 #include "tests/support/temporary_directory.h"
 #include "tools/config/replay_profile.h"
 #include "tools/patterns/pattern_files.h"
-#include "tools/patterns/pattern_index.h"
-#include "tools/patterns/pattern_search.h"
+#include "tools/patterns/pattern_matcher.h"
 
 #include <string>
 
@@ -16,14 +15,13 @@ namespace {
 char profile[] = "profile";
 
 std::string pattern_of(const char* url) {
-    PatternIndex index(main_url_pattern, total_main_url_pattern);
-    const int32_t found = index.find(url, "GET", "www.example.com");
-    const int32_t searched = get_url_pattern_idx(main_url_pattern, total_main_url_pattern, url,
-                                                 "GET", "www.example.com");
-    if (found != searched) {
+    const PatternIndex index;
+    PatternMatcher matcher(index);
+    const auto [kind, found] = matcher.find(url, "GET", "www.example.com");
+    if (found != matcher.get_url_pattern_idx(PATTERN_MAIN, url, "GET", "www.example.com")) {
         return "the two searches do not agree";
     }
-    return found == no_pattern ? "none" : main_url_pattern[found].txn_name;
+    return found == no_pattern ? "none" : pattern_tables[kind].entries[found].txn_name;
 }
 
 std::string failure_of(const std::string& pattern_file) {

@@ -155,8 +155,6 @@ bool covers_by_rule(const SyntaxNode& root, std::string_view url) {
     return ends_of(root, url, {0}).count(url.size()) != 0;
 }
 
-// In parts that it writes out more than once, the library takes anchors for fulfilled where they
-// are not.
 bool repeats_an_anchor(const SyntaxNode& node, bool is_repeated = false) {
     is_repeated |= node.kind == SyntaxKind::repetition;
     const bool is_anchor = node.kind == SyntaxKind::start || node.kind == SyntaxKind::end;
@@ -179,7 +177,7 @@ void expect_same_answers(Choices& choices, const regex_t& regex, const std::stri
         return;
     }
     const PatternProgram program = compile_program(syntax.root);
-    const bool library_errs = repeats_an_anchor(syntax.root);
+    const bool library_errs = library_may_err(pattern);
     PatternAutomaton automaton(program, 1 << 20);
     PatternAutomaton small(program, 800);
     PatternAutomaton simulation(program, 0);
@@ -194,6 +192,10 @@ void expect_same_answers(Choices& choices, const regex_t& regex, const std::stri
 }
 
 } // namespace
+
+bool library_may_err(const std::string& encoded_pattern) {
+    return repeats_an_anchor(parse_pattern(encoded_pattern).root);
+}
 
 void check_pattern_matching(Choices& choices) {
     const std::string pattern = random_pattern(choices);

@@ -2,12 +2,9 @@
 
 #include "base/logs.h"
 #include "tools/config/replay_settings.h"
-#include "tools/patterns/pattern_index.h"
-#include "tools/patterns/pattern_search.h"
+#include "tools/patterns/pattern_matcher.h"
 
 #include <algorithm>
-#include <optional>
-#include <vector>
 
 uint64_t total_inline_filtered = 0;
 
@@ -55,63 +52,43 @@ const Verdict& verdict_of(PatternKind kind) {
     return is_kept ? kept_inline : verdicts[kind];
 }
 
-// The patterns of one kind, with an index to find them by and what follows when one is found.
-class Classifier {
-  public:
-    explicit Classifier(PatternKind kind)
-        : table_(pattern_tables[kind]), verdict_(verdict_of(kind)) {
-        // At level 4 every pattern that is tried has lines of its own, so all of them are tried.
-        if (!debug_wanted(4)) {
-            index_.emplace(table_.entries, table_.total);
+// At level 4 every pattern that is tried has lines of its own, so all of them are tried.
+DecidingEntry find_trying_all(PatternMatcher& matcher, const UrlInfo& entry) {
+    for (int i = 0; i < pattern_kind_count; ++i) {
+        const auto kind = static_cast<PatternKind>(i);
+        const int32_t index =
+            matcher.get_url_pattern_idx(kind, entry.url, entry.method, entry.host_hdr);
+        if (index != no_pattern) {
+            return {kind, index};
         }
     }
+    return {pattern_kind_count, no_pattern};
+}
 
-    // Classifies the URL if one of the patterns fits it, and tells whether one does.
-    bool take(UrlInfo& entry) {
-        const int32_t index = find(entry);
-        if (index == no_pattern) {
-            return false;
-        }
-        if (verdict_.debug_line != nullptr && debug_wanted(verdict_.debug_level)) {
-            debug_log(verdict_.debug_level, fname, verdict_.debug_line, entry.url,
-                      table_.entries[index].url_ptrn_string);
-        }
-        verdict_.store(entry, index);
-        return true;
+void classify(UrlInfo& entry, PatternMatcher& matcher) {
+    const auto [kind, index] = debug_wanted(4)
+                                   ? find_trying_all(matcher, entry)
+                                   : matcher.find(entry.url, entry.method, entry.host_hdr);
+    if (index == no_pattern) {
+        DEBUG_LOG(4, fname, "No pattern matched for url = '%s'", entry.url);
+        entry.pattern_table_idx = no_pattern;
+        return;
     }
-
-  private:
-    int32_t find(const UrlInfo& entry) {
-        return index_ ? index_->find(entry.url, entry.method, entry.host_hdr)
-                      : get_url_pattern_idx(table_.entries, table_.total, entry.url, entry.method,
-                                            entry.host_hdr);
+    const Verdict& verdict = verdict_of(kind);
+    if (verdict.debug_line != nullptr && debug_wanted(verdict.debug_level)) {
+        debug_log(verdict.debug_level, fname, verdict.debug_line, entry.url,
+                  pattern_tables[kind].entries[index].url_ptrn_string);
     }
-
-    const PatternTable& table_;
-    const Verdict& verdict_;
-    std::optional<PatternIndex> index_; // none: each pattern is tried
-};
-
-void classify(UrlInfo& entry, std::vector<Classifier>& classifiers) {
-    for (Classifier& classifier : classifiers) {
-        if (classifier.take(entry)) {
-            return;
-        }
-    }
-    DEBUG_LOG(4, fname, "No pattern matched for url = '%s'", entry.url);
-    entry.pattern_table_idx = no_pattern;
+    verdict.store(entry, index);
 }
 
 } // namespace
 
 void fill_pattern_index() {
-    std::vector<Classifier> classifiers;
-    classifiers.reserve(pattern_kind_count);
-    for (int kind = 0; kind < pattern_kind_count; ++kind) {
-        classifiers.emplace_back(static_cast<PatternKind>(kind));
-    }
+    const PatternIndex index;
+    PatternMatcher matcher(index);
     for (int i = 0; i < url_pattern_count; ++i) {
-        classify(url_pattern[i], classifiers);
+        classify(url_pattern[i], matcher);
     }
 }
 

@@ -14,8 +14,9 @@ constexpr size_t bytes_in_set = 40; // that std::unordered_set takes for a row, 
 
 } // namespace
 
-PatternAutomaton::PatternAutomaton(const PatternProgram& program, size_t memory_bound)
-    : program_(program), steps_(program, memory_bound), row_size_(program.class_count + 1),
+PatternAutomaton::PatternAutomaton(PatternProgram program, size_t memory_bound)
+    : program_(std::move(program)), steps_(program_, memory_bound),
+      row_size_(program_.class_count + 1),
       max_rows_(memory_bound / (row_size_ * sizeof(Row) +
                                 steps_.words_per_set() * sizeof(PositionWord) + bytes_in_set)),
       row_of_set_(0, SetHash{this}, SameSet{this}) {

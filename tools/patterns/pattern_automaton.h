@@ -22,9 +22,9 @@
 // which none is kept.
 class PatternAutomaton {
   public:
-    // The program must stay where it is while the automaton is used. `memory_bound`: greatest size
-    // in bytes of the states, and of the tables that find them; beyond it, URLs cost more time.
-    PatternAutomaton(const PatternProgram& program, size_t memory_bound);
+    // `memory_bound`: greatest size in bytes of the states, and of the tables that find them;
+    // beyond it, URLs cost more time.
+    PatternAutomaton(PatternProgram program, size_t memory_bound);
     PatternAutomaton(const PatternAutomaton&) = delete;
     PatternAutomaton& operator=(const PatternAutomaton&) = delete;
 
@@ -53,7 +53,7 @@ class PatternAutomaton {
     Row find_next(Row row, uint8_t byte_class);
     bool simulate(Row row, std::string_view rest);
 
-    const PatternProgram& program_;
+    const PatternProgram program_;
     PositionSteps steps_;
     size_t row_size_;
     size_t max_rows_;

@@ -1,112 +1,101 @@
 #include "tools/patterns/pattern_index.h"
 
-#include "tools/patterns/pattern_search.h"
+#include "tools/patterns/pattern_regex.h"
 
 #include <algorithm>
-#include <cstring>
+#include <limits>
+#include <utility>
 
 namespace {
 
-constexpr size_t gram_size = sizeof(uint32_t);
 constexpr size_t filter_size = 1 << 16;
-
-uint32_t gram_at(const char* text) {
-    uint32_t gram;
-    std::memcpy(&gram, text, gram_size);
-    return gram;
-}
-
-size_t filter_place(uint32_t gram) {
-    return gram * 0x9e3779b1U >> 16;
-}
-
-// Calls `use` for every four characters in a row that the pattern requires.
-template <typename Use> void for_each_gram(const PatternShape& shape, const Use& use) {
-    for (const std::string& text : shape.required_texts()) {
-        for (size_t at = 0; at + gram_size <= text.size(); ++at) {
-            use(gram_at(text.data() + at));
-        }
-    }
-}
 
 } // namespace
 
-PatternIndex::PatternIndex(const UPInfo* pattern_table, int pattern_count)
-    : pattern_table_(pattern_table), gram_filter_(filter_size, false) {
-    add_groups(pattern_count);
-    choose_grams();
+PatternIndex::PatternIndex() : gram_filter_(filter_size, false) {
+    choose_grams(add_groups());
 }
 
-void PatternIndex::add_groups(int pattern_count) {
-    for (int i = 0; i < pattern_count; ++i) {
-        if (pattern_table_[i].parent_seq == i) {
-            groups_.push_back({i, i, PatternShape(pattern_table_[i])});
+// Gives what each group requires.
+std::vector<PatternIndex::Required> PatternIndex::add_groups() {
+    std::vector<Required> required_of_group;
+    for (int kind = 0; kind < pattern_kind_count; ++kind) {
+        const PatternTable& table = pattern_tables[kind];
+        for (int i = 0; i < table.total; ++i) {
+            if (table.entries[i].parent_seq == i) {
+                const PatternSyntax syntax =
+                    parse_pattern(encode_stars(table.entries[i].url_ptrn_string));
+                groups_.push_back({static_cast<PatternKind>(kind), i, i, syntax.needs_library});
+                required_of_group.push_back(find_required_texts(syntax));
+            }
+            groups_.back().end_entry = i + 1;
         }
-        groups_.back().end_entry = i + 1;
+    }
+    return required_of_group;
+}
+
+template <typename Use>
+void PatternIndex::for_each_gram_of(const std::string& text, const Use& use) {
+    Gram gram = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        gram = next_gram(gram, text[i]);
+        if (i + 1 >= gram_size) {
+            use(gram);
+        }
     }
 }
 
-void PatternIndex::choose_grams() {
-    std::unordered_map<Gram, int> frequency;
-    for (const Group& group : groups_) {
-        for_each_gram(group.shape, [&](Gram gram) { ++frequency[gram]; });
+void PatternIndex::choose_grams(const std::vector<Required>& required_of_group) {
+    Frequencies frequencies;
+    for (const Required& required : required_of_group) {
+        for (const RequiredTexts& texts : required) {
+            for (const std::string& text : texts) {
+                for_each_gram_of(text, [&](Gram gram) { ++frequencies[gram]; });
+            }
+        }
     }
     for (GroupNumber number = 0; number < groups_.size(); ++number) {
-        int lowest = 0;
-        Gram rarest = 0;
-        for_each_gram(groups_[number].shape, [&](Gram gram) {
-            if (lowest == 0 || frequency[gram] < lowest) {
-                lowest = frequency[gram];
-                rarest = gram;
-            }
-        });
-        if (lowest == 0) {
+        std::vector<Gram> grams = rarest_grams(required_of_group[number], frequencies);
+        if (grams.empty()) {
             groups_without_gram_.push_back(number);
-        } else {
-            groups_of_gram_[rarest].push_back(number);
-            gram_filter_[filter_place(rarest)] = true;
+        }
+        for (const Gram gram : grams) {
+            add_gram(gram, number);
         }
     }
 }
 
-int32_t PatternIndex::find(const char* url, const char* method, const char* host) {
-    const size_t length = std::strlen(url);
-    collect_candidates(url, length);
-    for (const GroupNumber number : candidates_) {
-        const Group& group = groups_[number];
-        const int32_t entry = fitting_entry(group, method, host);
-        if (entry != no_pattern && group.shape.covers(url, length)) {
-            return entry;
+// For each text of one of the requirements a gram: URLs that hold none of them do not meet it. Of
+// several requirements, that whose grams are the rarest together; none when there is none.
+std::vector<PatternIndex::Gram> PatternIndex::rarest_grams(const Required& required,
+                                                           const Frequencies& frequencies) {
+    std::vector<Gram> rarest;
+    size_t lowest_sum = std::numeric_limits<size_t>::max();
+    for (const RequiredTexts& texts : required) {
+        std::vector<Gram> grams;
+        size_t sum = 0;
+        for (const std::string& text : texts) {
+            std::pair<size_t, Gram> least = {std::numeric_limits<size_t>::max(), 0};
+            for_each_gram_of(text, [&](Gram gram) {
+                least = std::min(least, {frequencies.find(gram)->second, gram});
+            });
+            grams.push_back(least.second);
+            sum += least.first;
+        }
+        if (sum < lowest_sum) {
+            lowest_sum = sum;
+            rarest = std::move(grams);
         }
     }
-    return no_pattern;
+    return rarest;
 }
 
-// In table order, so that the first that fits is the one to give.
-void PatternIndex::collect_candidates(const char* url, size_t length) {
-    candidates_ = groups_without_gram_;
-    for (size_t at = 0; at + gram_size <= length; ++at) {
-        const Gram gram = gram_at(url + at);
-        if (!gram_filter_[filter_place(gram)]) {
-            continue;
-        }
-        const auto found = groups_of_gram_.find(gram);
-        if (found != groups_of_gram_.end()) {
-            candidates_.insert(candidates_.end(), found->second.begin(), found->second.end());
-        }
+void PatternIndex::add_gram(Gram gram, GroupNumber group) {
+    const auto [found, is_new] =
+        gram_numbers_.emplace(gram, static_cast<GramNumber>(groups_of_gram_.size()));
+    if (is_new) {
+        groups_of_gram_.emplace_back();
+        gram_filter_[filter_place(gram)] = true;
     }
-    std::sort(candidates_.begin(), candidates_.end());
-    candidates_.erase(std::unique(candidates_.begin(), candidates_.end()), candidates_.end());
-}
-
-// The method and host are tested before the pattern, which costs more; it is one pattern for all of
-// them.
-int32_t PatternIndex::fitting_entry(const Group& group, const char* method,
-                                    const char* host) const {
-    for (int32_t i = group.first_entry; i < group.end_entry; ++i) {
-        if (fits_method_and_host(pattern_table_[i], method, host)) {
-            return i;
-        }
-    }
-    return no_pattern;
+    groups_of_gram_[found->second].push_back(group);
 }

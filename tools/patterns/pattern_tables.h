@@ -39,6 +39,8 @@ extern UPInfo* main_wotx_url_pattern; // pages without a transaction
 extern int total_main_wotx_url_pattern;
 extern int max_main_wotx_url_pattern;
 
+constexpr int32_t no_pattern = -1; // in place of an index into a table
+
 // The kinds in the order in which their tables decide what a URL is.
 enum PatternKind {
     PATTERN_FILTER,
