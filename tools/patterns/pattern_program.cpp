@@ -85,29 +85,30 @@ class Compiler {
     void find_byte_classes() {
         program_.class_of_byte = {};
         program_.class_count = 1;
+        std::array<size_t, 256> class_sizes = {program_.class_of_byte.size()};
         for (const ByteSet& bytes : program_.byte_sets) {
-            split_classes(bytes);
+            split_classes(bytes, class_sizes);
         }
     }
 
     // The part of each class that lies in the set becomes a class of its own, unless it is all of
     // it.
-    void split_classes(const ByteSet& bytes) {
-        std::array<size_t, 256> inside = {}; // of each class: how many of its bytes are of the set
-        std::array<size_t, 256> size = {};
-        for (size_t byte = 0; byte < bytes.size(); ++byte) {
-            ++size[program_.class_of_byte[byte]];
-            inside[program_.class_of_byte[byte]] += bytes.test(byte) ? 1 : 0;
+    void split_classes(const ByteSet& bytes, std::array<size_t, 256>& sizes) {
+        auto& class_of_byte = program_.class_of_byte;
+        std::array<uint16_t, 256> inside =
+            {}; // of each class: how many of its bytes are in the set
+        for_each_byte(bytes, [&](uint8_t byte) { ++inside[class_of_byte[byte]]; });
+        std::array<uint8_t, 256> new_class;
+        for (size_t old = 0, count = program_.class_count; old < count; ++old) {
+            new_class[old] = static_cast<uint8_t>(old);
+            if (inside[old] != 0 && inside[old] != sizes[old]) {
+                sizes[old] -= inside[old];
+                sizes[program_.class_count] = inside[old];
+                new_class[old] = static_cast<uint8_t>(program_.class_count++);
+            }
         }
-        std::array<uint8_t, 256> new_class = {};
-        for (uint32_t old = 0, count = program_.class_count; old < count; ++old) {
-            const bool is_split = inside[old] != 0 && inside[old] != size[old];
-            new_class[old] = static_cast<uint8_t>(is_split ? program_.class_count++ : old);
-        }
-        for (size_t byte = 0; byte < bytes.size(); ++byte) {
-            uint8_t& class_number = program_.class_of_byte[byte];
-            class_number = bytes.test(byte) ? new_class[class_number] : class_number;
-        }
+        for_each_byte(bytes,
+                      [&](uint8_t byte) { class_of_byte[byte] = new_class[class_of_byte[byte]]; });
     }
 
     PatternProgram program_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bitset>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string_view>
@@ -10,6 +11,12 @@
 // program never sets a locale, a character is a byte, and ranges and classes go by bytes, too.
 
 using ByteSet = std::bitset<256>;
+
+template <typename Use> void for_each_byte(const ByteSet& bytes, const Use& use) {
+    for (size_t byte = bytes._Find_first(); byte < bytes.size(); byte = bytes._Find_next(byte)) {
+        use(static_cast<uint8_t>(byte));
+    }
+}
 
 enum class SyntaxKind : uint8_t {
     nothing,       // the empty text

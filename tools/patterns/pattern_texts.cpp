@@ -71,11 +71,7 @@ void consume(Trail& trail, const ByteSet& bytes) {
     }
     RequiredTexts ends;
     for (const std::string& end : trail.ends) {
-        for (size_t byte = 0; byte < bytes.size(); ++byte) {
-            if (bytes.test(byte)) {
-                ends.push_back(end + static_cast<char>(byte));
-            }
-        }
+        for_each_byte(bytes, [&](uint8_t byte) { ends.push_back(end + static_cast<char>(byte)); });
     }
     trail.ends = std::move(ends);
     if (trail.ends.front().size() >= max_end_length) {
