@@ -44,13 +44,24 @@ class Compiler {
     }
 
     uint32_t add_position(const ByteSet& bytes, uint32_t next) {
-        const auto found = std::find(program_.byte_sets.begin(), program_.byte_sets.end(), bytes);
-        const auto byte_set = static_cast<uint32_t>(found - program_.byte_sets.begin());
-        if (found == program_.byte_sets.end()) {
-            program_.byte_sets.push_back(bytes);
-        }
-        program_.positions.push_back({next, byte_set});
+        program_.positions.push_back({next, number_of_set(bytes)});
         return add({Action::consume, next, static_cast<uint32_t>(program_.positions.size() - 1)});
+    }
+
+    uint32_t number_of_set(const ByteSet& bytes) {
+        const bool is_literal = is_single(bytes);
+        uint32_t& number_of_literal = sets_of_literals_[bytes._Find_first() % bytes.size()];
+        if (is_literal && number_of_literal != 0) {
+            return number_of_literal - 1;
+        }
+        auto& sets = program_.byte_sets;
+        const auto found = is_literal ? sets.end() : std::find(sets.begin(), sets.end(), bytes);
+        const auto number = static_cast<uint32_t>(found - sets.begin());
+        if (found == sets.end()) {
+            sets.push_back(bytes);
+            number_of_literal = is_literal ? number + 1 : number_of_literal;
+        }
+        return number;
     }
 
     uint32_t compile_choice(const SyntaxNode& node, uint32_t next) {
@@ -112,6 +123,7 @@ class Compiler {
     }
 
     PatternProgram program_;
+    std::array<uint32_t, 256> sets_of_literals_ = {}; // by byte: number of its set, plus 1
 };
 
 } // namespace

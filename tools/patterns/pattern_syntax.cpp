@@ -104,15 +104,21 @@ class Parser {
     }
 
     SyntaxNode parse_choice() {
+        SyntaxNode first = parse_sequence();
+        if (!at('|')) {
+            return first;
+        }
         std::vector<SyntaxNode> parts;
-        do {
+        parts.push_back(std::move(first));
+        while (take_if('|')) {
             parts.push_back(parse_sequence());
-        } while (take_if('|'));
+        }
         return choice_of(std::move(parts));
     }
 
     SyntaxNode parse_sequence() {
         std::vector<SyntaxNode> parts;
+        parts.reserve(std::min(rest_.size(), size_t{32}));
         while (!at_end() && !at('|') && !(at(')') && open_groups_ > 0)) {
             parts.push_back(parse_repetitions(parse_single()));
         }

@@ -12,6 +12,10 @@
 
 using ByteSet = std::bitset<256>;
 
+inline bool is_single(const ByteSet& bytes) {
+    return bytes._Find_next(bytes._Find_first()) == bytes.size();
+}
+
 template <typename Use> void for_each_byte(const ByteSet& bytes, const Use& use) {
     for (size_t byte = bytes._Find_first(); byte < bytes.size(); byte = bytes._Find_next(byte)) {
         use(static_cast<uint8_t>(byte));

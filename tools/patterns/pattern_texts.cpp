@@ -7,7 +7,7 @@
 namespace {
 
 constexpr size_t max_ends = 16;
-constexpr size_t max_end_length = 16;
+constexpr size_t max_end_length = 15; // which need no memory of their own
 constexpr size_t max_texts = 256;
 constexpr uint32_t max_copies = 4; // of a byte that is repeated
 
@@ -58,22 +58,37 @@ void shorten_ends(Trail& trail) {
     set_ends(trail, std::move(trail.ends));
 }
 
+// The bytes of the set, or one more than max_ends when there are more.
+std::string first_bytes(const ByteSet& bytes) {
+    std::string first;
+    for (size_t byte = bytes._Find_first(); byte < bytes.size() && first.size() <= max_ends;
+         byte = bytes._Find_next(byte)) {
+        first += static_cast<char>(byte);
+    }
+    return first;
+}
+
 void consume(Trail& trail, const ByteSet& bytes) {
-    if (bytes.count() > 1) {
+    const std::string choice = first_bytes(bytes);
+    if (choice.size() != 1) {
         require_ends(trail);
     }
-    if (bytes.count() * trail.ends.size() > max_ends) {
-        trail.ends = any_end();
-    }
-    if (bytes.count() > max_ends || bytes.none()) {
+    if (choice.empty() || choice.size() > max_ends) {
         trail.ends = any_end();
         return;
     }
-    RequiredTexts ends;
-    for (const std::string& end : trail.ends) {
-        for_each_byte(bytes, [&](uint8_t byte) { ends.push_back(end + static_cast<char>(byte)); });
+    if (choice.size() * trail.ends.size() > max_ends) {
+        trail.ends = any_end();
     }
-    trail.ends = std::move(ends);
+    const size_t known = trail.ends.size();
+    for (size_t i = 1; i < choice.size(); ++i) {
+        for (size_t end = 0; end < known; ++end) {
+            trail.ends.push_back(trail.ends[end] + choice[i]);
+        }
+    }
+    for (size_t end = 0; end < known; ++end) {
+        trail.ends[end] += choice[0];
+    }
     if (trail.ends.front().size() >= max_end_length) {
         shorten_ends(trail);
     }

@@ -8,6 +8,7 @@ namespace {
 using Action = PatternProgram::Action;
 
 constexpr size_t word_bits = 64;
+constexpr size_t steps_without_tables = 4; // for each position; then they have cost as much
 
 // Sets of more than one word have an even number of them, so that the processor can take two at
 // once.
@@ -46,11 +47,11 @@ std::vector<bool> lead_to_finish(const PatternProgram& program, bool is_at_start
 PositionSteps::PositionSteps(const PatternProgram& program, size_t table_bound)
     : program_(program), word_count_(words_for(program.positions.size() + 1)),
       finishing_(word_count_), takes_any_rest_(word_count_),
-      class_sets_(word_count_ * program.class_count), visited_(program.instructions.size(), 0) {
+      class_sets_(word_count_ * program.class_count), table_bound_(table_bound),
+      visited_(program.instructions.size(), 0) {
     find_finishing();
     find_class_sets();
     find_takes_any_rest();
-    build_tables(table_bound);
 }
 
 void PositionSteps::make_start(PositionWord* set) const {
@@ -88,12 +89,18 @@ void PositionSteps::find_class_sets() {
     for (size_t byte = 0; byte < program_.class_of_byte.size(); ++byte) {
         byte_of_class[program_.class_of_byte[byte]] = static_cast<uint8_t>(byte);
     }
+    const auto add = [&](size_t byte_class, size_t i) {
+        class_sets_[byte_class * word_count_ + i / word_bits] |= PositionWord{1} << i % word_bits;
+    };
     for (size_t i = 0; i < program_.positions.size(); ++i) {
         const ByteSet& bytes = program_.byte_sets[program_.positions[i].byte_set];
+        if (is_single(bytes)) {
+            add(program_.class_of_byte[bytes._Find_first()], i);
+            continue;
+        }
         for (size_t byte_class = 0; byte_class < byte_of_class.size(); ++byte_class) {
             if (bytes.test(byte_of_class[byte_class])) {
-                class_sets_[byte_class * word_count_ + i / word_bits] |= PositionWord{1}
-                                                                         << i % word_bits;
+                add(byte_class, i);
             }
         }
     }
@@ -113,8 +120,8 @@ void PositionSteps::find_takes_any_rest() {
     }
 }
 
-void PositionSteps::build_tables(size_t bound) {
-    const size_t max_words = bound / sizeof(PositionWord);
+void PositionSteps::build_tables() {
+    const size_t max_words = table_bound_ / sizeof(PositionWord);
     has_tables_ = true;
     for (size_t first = 0; first <= start_bit() && has_tables_; first += block_size) {
         std::vector<Set> following(block_size, Set(word_count_));
@@ -163,6 +170,9 @@ void PositionSteps::add_block(const Set* following) {
 
 bool PositionSteps::step(const PositionWord* from, uint32_t byte_class, PositionWord* to) {
     std::fill_n(to, word_count_, 0);
+    if (++step_count_ == steps_without_tables * (program_.positions.size() + 1)) {
+        build_tables();
+    }
     if (has_tables_) {
         follow_by_tables(from, to);
     } else {

@@ -50,7 +50,7 @@ class PositionSteps {
     void find_finishing();
     void find_takes_any_rest();
     void find_class_sets();
-    void build_tables(size_t bound);
+    void build_tables();
     void add_block(const Set* following);
     void add_following(size_t bit, PositionWord* to);
     void visit_from(size_t bit, PositionWord* to);
@@ -63,7 +63,9 @@ class PositionSteps {
     Set finishing_;
     Set takes_any_rest_;
     Set class_sets_; // of each class the positions that take its bytes
-    bool has_tables_ = false;
+    const size_t table_bound_;
+    size_t step_count_ = 0;
+    bool has_tables_ = false; // they are made after some steps, which most programs do not come to
     std::vector<Block> blocks_;
     std::vector<PositionWord> tables_;
     std::vector<uint64_t> visited_; // of each instruction: in which round it was visited last
