@@ -19,12 +19,11 @@ PatternAutomaton::PatternAutomaton(PatternProgram program, size_t memory_bound)
       row_size_(program_.class_count + 1),
       max_rows_(memory_bound / (row_size_ * sizeof(Row) +
                                 steps_.words_per_set() * sizeof(PositionWord) + bytes_in_set)),
-      row_of_set_(0, SetHash{this}, SameSet{this}) {
-    std::vector<PositionWord> set(steps_.words_per_set());
-    add_row(set, dead_row);
-    add_row(set, full_row());
-    steps_.make_start(set.data());
-    add_row(set, unknown);
+      new_set_(steps_.words_per_set()), row_of_set_(0, SetHash{this}, SameSet{this}) {
+    add_row(new_set_, dead_row);
+    add_row(new_set_, full_row());
+    steps_.make_start(new_set_.data());
+    add_row(new_set_, unknown);
 }
 
 bool PatternAutomaton::covers(std::string_view url) {
@@ -55,7 +54,7 @@ void PatternAutomaton::add_row(const std::vector<PositionWord>& set, Row to) {
 // Where a row leads by a byte that it has not been asked for yet; unknown when there is no memory
 // left for that.
 PatternAutomaton::Row PatternAutomaton::find_next(Row row, uint8_t byte_class) {
-    std::vector<PositionWord> set(steps_.words_per_set());
+    std::vector<PositionWord>& set = new_set_;
     if (!steps_.step(set_of(row), byte_class, set.data())) {
         return rows_[row + byte_class] = dead_row;
     }

@@ -58,6 +58,7 @@ class PatternAutomaton {
     size_t row_size_;
     size_t max_rows_;
     std::vector<Row> rows_;
-    std::vector<PositionWord> sets_; // of each row
+    std::vector<PositionWord> sets_;    // of each row
+    std::vector<PositionWord> new_set_; // the one at work
     std::unordered_set<Row, SetHash, SameSet> row_of_set_;
 };

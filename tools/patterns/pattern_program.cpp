@@ -96,15 +96,29 @@ class Compiler {
     void find_byte_classes() {
         program_.class_of_byte = {};
         program_.class_count = 1;
-        std::array<size_t, 256> class_sizes = {program_.class_of_byte.size()};
+        class_sizes_ = {program_.class_of_byte.size()};
         for (const ByteSet& bytes : program_.byte_sets) {
-            split_classes(bytes, class_sizes);
+            if (is_single(bytes)) {
+                move_to_new_class(bytes._Find_first());
+            } else if (!bytes.all()) {
+                split_classes(bytes);
+            }
+        }
+    }
+
+    // Unless it has a class of its own.
+    void move_to_new_class(size_t byte) {
+        uint8_t& byte_class = program_.class_of_byte[byte];
+        if (class_sizes_[byte_class] > 1) {
+            --class_sizes_[byte_class];
+            byte_class = static_cast<uint8_t>(program_.class_count++);
+            class_sizes_[byte_class] = 1;
         }
     }
 
     // The part of each class that lies in the set becomes a class of its own, unless it is all of
     // it.
-    void split_classes(const ByteSet& bytes, std::array<size_t, 256>& sizes) {
+    void split_classes(const ByteSet& bytes) {
         auto& class_of_byte = program_.class_of_byte;
         std::array<uint16_t, 256> inside =
             {}; // of each class: how many of its bytes are in the set
@@ -112,9 +126,9 @@ class Compiler {
         std::array<uint8_t, 256> new_class;
         for (size_t old = 0, count = program_.class_count; old < count; ++old) {
             new_class[old] = static_cast<uint8_t>(old);
-            if (inside[old] != 0 && inside[old] != sizes[old]) {
-                sizes[old] -= inside[old];
-                sizes[program_.class_count] = inside[old];
+            if (inside[old] != 0 && inside[old] != class_sizes_[old]) {
+                class_sizes_[old] -= inside[old];
+                class_sizes_[program_.class_count] = inside[old];
                 new_class[old] = static_cast<uint8_t>(program_.class_count++);
             }
         }
@@ -123,6 +137,7 @@ class Compiler {
     }
 
     PatternProgram program_;
+    std::array<size_t, 256> class_sizes_;
     std::array<uint32_t, 256> sets_of_literals_ = {}; // by byte: number of its set, plus 1
 };
 
