@@ -9,7 +9,7 @@ namespace {
 constexpr const char* fname = "get_al_fields";
 
 bool is_blank(char c) {
-    return c == ' ' || c == '\t';
+    return c <= ' ' && (c == ' ' || c == '\t'); // most characters need but one comparison
 }
 
 char* skip_blanks(char* position) {
@@ -49,14 +49,14 @@ class IndexedQuotes {
         : text_(line.text), end_(line.text + line.size), next_(offsets) {}
 
     char* closing_quote(const char* start) {
-        while (text_ + *next_ < start) { // the quote that opens the field, and those in words
+        while (text_ + *next_ != start - 1) { // quotes in fields before this one
             ++next_;
         }
-        char* quote = text_ + *next_;
-        while (quote != end_ && !closes_quoted_field(quote)) {
-            quote = text_ + *++next_;
+        ++next_; // behind the one that opens the field
+        while (text_ + *next_ != end_ && !closes_quoted_field(text_ + *next_)) {
+            ++next_;
         }
-        return quote;
+        return text_ + *next_++;
     }
 
   private:
