@@ -27,8 +27,8 @@ std::string refusal_of_settings(const std::string& path);
 // Makes `zone` the zone of the process and of the replay period.
 void set_zone(const char* zone);
 
-// Whether the library may take an anchor of the pattern for fulfilled where it is not, as it does in
-// parts that it writes out more than once.
+// Whether the library may take an anchor of the pattern for fulfilled where it is not, as it does
+// in parts that it writes out more than once.
 bool library_may_err(const std::string& encoded_pattern);
 
 // Empty the tables of logs that a scenario named, of patterns and of unique URLs.

@@ -8,7 +8,7 @@ namespace {
 using Action = PatternProgram::Action;
 
 constexpr size_t word_bits = 64;
-constexpr size_t steps_without_tables = 4; // for each position; then they have cost as much
+constexpr size_t followed_without_tables = 4; // for each position; then that has cost as much
 
 // Sets of more than one word have an even number of them, so that the processor can take two at
 // once.
@@ -132,6 +132,7 @@ void PositionSteps::build_tables() {
         has_tables_ = tables_.size() <= max_words;
     }
     if (!has_tables_) {
+        tables_are_possible_ = false;
         blocks_ = {};
         tables_ = {};
     }
@@ -170,8 +171,9 @@ void PositionSteps::add_block(const Set* following) {
 
 bool PositionSteps::step(const PositionWord* from, uint32_t byte_class, PositionWord* to) {
     std::fill_n(to, word_count_, 0);
-    if (++step_count_ == steps_without_tables * (program_.positions.size() + 1)) {
+    if (followed_ >= followed_without_tables * (program_.positions.size() + 1)) {
         build_tables();
+        followed_ = 0;
     }
     if (has_tables_) {
         follow_by_tables(from, to);
@@ -202,6 +204,7 @@ void PositionSteps::follow_one_by_one(const PositionWord* from, PositionWord* to
     ++round_;
     for (size_t i = 0; i < word_count_; ++i) {
         for (PositionWord rest = from[i]; rest != 0; rest &= rest - 1) {
+            followed_ += tables_are_possible_ ? 1 : 0;
             const size_t bit = i * word_bits + static_cast<size_t>(std::countr_zero(rest));
             visit_from(bit, to);
         }

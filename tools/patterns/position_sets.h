@@ -64,8 +64,9 @@ class PositionSteps {
     Set takes_any_rest_;
     Set class_sets_; // of each class the positions that take its bytes
     const size_t table_bound_;
-    size_t step_count_ = 0;
-    bool has_tables_ = false; // they are made after some steps, which most programs do not come to
+    size_t followed_ = 0; // positions without tables
+    bool tables_are_possible_ = true;
+    bool has_tables_ = false; // only after some steps, which most programs do not come to
     std::vector<Block> blocks_;
     std::vector<PositionWord> tables_;
     std::vector<uint64_t> visited_; // of each instruction: in which round it was visited last
