@@ -22,8 +22,8 @@
 // which none is kept.
 class PatternAutomaton {
   public:
-    // `memory_bound`: greatest size in bytes of the states, and of the tables that find them;
-    // beyond it, URLs cost more time.
+    // `memory_bound`: greatest size in bytes of the states, and as much again for the tables that
+    // find them; beyond it, URLs cost more time.
     PatternAutomaton(PatternProgram program, size_t memory_bound);
     PatternAutomaton(const PatternAutomaton&) = delete;
     PatternAutomaton& operator=(const PatternAutomaton&) = delete;

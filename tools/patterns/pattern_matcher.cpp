@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr size_t memory_of_automata = size_t{64} << 20;
+constexpr size_t memory_of_automata = size_t{32} << 20; // for states, and as much for tables
 constexpr size_t least_memory_of_automaton = size_t{16} << 10;
 constexpr size_t most_memory_of_automaton = size_t{1} << 20;
 

@@ -19,7 +19,7 @@ struct DecidingEntry {
 // is "NA" or the URL's (ignoring case), and its host "NA" or the URL's.
 //
 // The index is shared; each thread has a matcher of its own, which keeps the automata that its URLs
-// have asked for, in about 64 MB at most, or 16 KB a pattern if that is more.
+// have asked for, in about 64 MB at most, or 32 KB a pattern if that is more.
 class PatternMatcher {
   public:
     // The index must stay where it is while the matcher is used.
