@@ -1,10 +1,12 @@
 #include "checker/run_process.h"
 
+#include "base/file_descriptor.h"
 #include "base/file_state.h"
 
+#include <climits>
 #include <cstdlib>
 #include <ctime>
-#include <fstream>
+#include <fcntl.h>
 #include <iterator>
 #include <sstream>
 #include <string_view>
@@ -16,18 +18,56 @@ namespace {
 
 constexpr std::string_view tool = "zvr_al_gen_url_list";
 constexpr int64_t nanoseconds_per_second = 1'000'000'000;
+constexpr size_t small_file_size = size_t{1} << 16; // more than the system writes of a process
 
 fs::path process_directory(pid_t pid) {
     return fs::path("/proc") / std::to_string(pid);
 }
 
-std::vector<std::string> read_texts(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
+// The directory of its files, which tell of this one process even when its number comes again.
+FileDescriptor open_process(pid_t pid) {
+    return FileDescriptor(open(process_directory(pid).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+// A file of a process, without waiting for its end; nothing when it cannot be read or is longer.
+std::optional<std::string> read_file(const FileDescriptor& process, const char* name,
+                                     size_t max_size) {
+    return read_whole(FileDescriptor(openat(process.get(), name, O_RDONLY | O_CLOEXEC)), max_size);
+}
+
+// Texts that each end with a zero byte. The system starts no program with more than this of words
+// and environment; only a process that has moved the place of its own shows more.
+std::optional<std::vector<std::string>> read_texts(const FileDescriptor& process,
+                                                   const char* name) {
+    constexpr size_t max_size = size_t{6} << 20;
+    const std::optional<std::string> whole = read_file(process, name, max_size);
+    if (!whole) {
+        return std::nullopt;
+    }
+    std::istringstream stream(*whole);
     std::vector<std::string> texts;
-    for (std::string text; std::getline(file, text, '\0');) {
+    for (std::string text; std::getline(stream, text, '\0');) {
         texts.push_back(text);
     }
     return texts;
+}
+
+// What a link among its files leads to; empty when the process may not be looked at.
+fs::path linked_path(const FileDescriptor& process, const char* name) {
+    char target[PATH_MAX];
+    const ssize_t length = readlinkat(process.get(), name, target, sizeof target);
+    return length > 0 ? fs::path(target, target + length) : fs::path();
+}
+
+// By its status, as the owner of its files may be root for other users' processes, too.
+bool is_of_this_user(const FileDescriptor& process) {
+    constexpr std::string_view key = "\nUid:"; // real and effective number
+    const std::string status = read_file(process, "status", small_file_size).value_or("");
+    const size_t place = status.find(key);
+    uid_t real, effective;
+    return place != std::string::npos &&
+           std::istringstream(status.substr(place + key.size())) >> real >> effective &&
+           effective == geteuid();
 }
 
 bool is_tool(const fs::path& program) {
@@ -42,8 +82,7 @@ bool is_tool(const fs::path& program) {
 // Fields of /proc/<pid>/stat from the third on, the state; the second, the program's name, may hold
 // blanks and parentheses.
 std::vector<std::string> read_status_fields(pid_t pid) {
-    std::ifstream file(process_directory(pid) / "stat");
-    const std::string text((std::istreambuf_iterator<char>(file)), {});
+    const std::string text = read_file(open_process(pid), "stat", small_file_size).value_or("");
     const size_t name_end = text.rfind(')');
     if (name_end == std::string::npos) {
         return {};
@@ -81,29 +120,21 @@ const std::string* RunProcess::variable(const std::string& name) const {
     return found == environment.end() ? nullptr : &found->second;
 }
 
-bool is_live_run(pid_t pid) {
-    std::error_code error;
-    const fs::path program = fs::read_symlink(process_directory(pid) / "exe", error);
-    if (!error) {
-        return is_tool(program);
-    }
-    // Another user's; one that has ended has no words.
-    const std::vector<std::string> words = read_texts(process_directory(pid) / "cmdline");
-    return !words.empty() && is_tool(words[0]);
-}
-
+// Words and environment come last: others decide how much their processes show, and how long it
+// takes to read.
 std::optional<RunProcess> find_run(pid_t pid) {
-    std::error_code error;
-    RunProcess run = {pid,
-                      read_texts(process_directory(pid) / "cmdline"),
-                      {},
-                      {},
-                      process_directory(pid) / "exe"};
-    run.directory = fs::read_symlink(process_directory(pid) / "cwd", error);
-    if (error || run.words.empty() || !is_live_run(pid)) {
+    const FileDescriptor process = open_process(pid);
+    if (!is_of_this_user(process) || !is_tool(linked_path(process, "exe"))) {
         return std::nullopt;
     }
-    for (const std::string& text : read_texts(process_directory(pid) / "environ")) {
+    const fs::path directory = linked_path(process, "cwd");
+    const auto words = read_texts(process, "cmdline");
+    const auto environment = read_texts(process, "environ");
+    if (directory.empty() || !words || words->empty() || !environment) {
+        return std::nullopt;
+    }
+    RunProcess run = {pid, *words, {}, directory, process_directory(pid) / "exe"};
+    for (const std::string& text : *environment) {
         const size_t name_end = text.find('=');
         if (name_end != std::string::npos) { // of two of a name the first one counts
             run.environment.try_emplace(text.substr(0, name_end), text.substr(name_end + 1));

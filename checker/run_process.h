@@ -21,12 +21,8 @@ struct RunProcess {
     const std::string* variable(const std::string& name) const;
 };
 
-// Whether a live process of this number is a run of the tool, whoever owns it. A process that has
+// The live run of this number; nothing when there is none of the calling user's. A process that has
 // ended counts as gone even while its parent has not taken notice of it.
-bool is_live_run(pid_t pid);
-
-// The live run of this number; nothing when there is none or when it may not be looked at, as that
-// of another user.
 std::optional<RunProcess> find_run(pid_t pid);
 
 // Whether the process started the calling one, itself or through other processes.

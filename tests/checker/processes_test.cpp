@@ -1,0 +1,96 @@
+#include "tests/checker/checker_fixture.h"
+#include "tests/support/permissions.h"
+
+#include <csignal>
+#include <fstream>
+#include <linux/prctl.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
+// What others' processes, and names that they make, can do to a run.
+
+namespace {
+
+// A number among those that the system tells of this process, counted from 1.
+unsigned long own_number(size_t field) {
+    std::ifstream file("/proc/self/stat");
+    std::string text;
+    std::getline(file, text, ')'); // the program's name, the second
+    for (size_t i = 2; i < field; ++i) {
+        file >> text;
+    }
+    return std::strtoul(text.c_str(), nullptr, 10);
+}
+
+// Lets the system show this many zero bytes as the command line of this process.
+void show_long_command_line(size_t size) {
+    char* const memory = static_cast<char*>(
+        mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
+    prctl_mm_map map = {};
+    map.start_code = own_number(26);
+    map.end_code = own_number(27);
+    map.start_stack = own_number(28);
+    map.start_data = own_number(45);
+    map.end_data = own_number(46);
+    map.start_brk = own_number(47);
+    map.brk = reinterpret_cast<unsigned long>(sbrk(0));
+    map.env_start = own_number(50);
+    map.env_end = own_number(51);
+    map.arg_start = reinterpret_cast<unsigned long>(memory);
+    map.arg_end = map.arg_start + size;
+    map.exe_fd = static_cast<unsigned int>(-1);
+    require(prctl(PR_SET_MM, PR_SET_MM_MAP, &map, sizeof map, 0) == 0);
+}
+
+void become_other_user() {
+    constexpr uid_t nobody = 65534;
+    if (geteuid() == 0) {
+        require(setgid(nobody) == 0 && setuid(nobody) == 0 && prctl(PR_SET_DUMPABLE, 1) == 0);
+    }
+}
+
+// Names a backup of a process in as many ways as there are of writing its number.
+std::vector<std::string> names_of_backup(pid_t pid, size_t count) {
+    std::vector<std::string> names;
+    for (size_t zeros = 0; zeros < count; ++zeros) {
+        names.push_back("/tmp/zvr_al_gen_url_list.backup." + std::string(zeros, '0') +
+                        std::to_string(pid));
+    }
+    return names;
+}
+
+TEST_F(Checker, AProcessOfOthersIsNotReadHoweverMuchItShows) {
+    constexpr size_t shown = size_t{64} << 20;
+    constexpr size_t name_count = 100;
+    const pid_t other = fork();
+    if (other == 0) {
+        become_other_user();
+        show_long_command_line(shown);
+        for (const std::string& name : names_of_backup(getpid(), name_count)) {
+            std::ofstream file(name);
+        }
+        raise(SIGSTOP);
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(other, &status, WUNTRACED);
+    if (!WIFSTOPPED(status)) {
+        GTEST_SKIP() << "no process may say where its command line is";
+    }
+    installation_.prepare_process([] {
+        const rlimit two_seconds = {2, 2};
+        setrlimit(RLIMIT_CPU, &two_seconds);
+    });
+    EXPECT_EQ(answer(), 1);
+    EXPECT_EQ(answer(), 0);
+    kill(other, SIGKILL);
+    waitpid(other, nullptr, 0);
+    for (const std::string& name : names_of_backup(other, name_count)) {
+        fs::remove(name);
+    }
+}
+
+} // namespace
