@@ -8,7 +8,9 @@
 #include <charconv>
 #include <dirent.h>
 #include <fcntl.h>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,25 +21,49 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::optional<pid_t> process_of(const std::string& name) {
+// Only the name that a run of this number gives counts: others can be made in any number.
+std::optional<pid_t> process_of(std::string_view name) {
     pid_t pid = 0;
-    const char* end = name.data() + name.size();
-    if (!name.starts_with(backup_name_start) ||
-        std::from_chars(name.data() + backup_name_start.size(), end, pid).ptr != end || pid <= 0) {
+    if (!name.starts_with(backup_name_start)) {
         return std::nullopt;
     }
-    return pid;
+    name.remove_prefix(backup_name_start.size());
+    std::from_chars(name.data(), name.data() + name.size(), pid);
+    return pid > 0 && name == std::to_string(pid) ? std::optional(pid) : std::nullopt;
 }
 
+// As a run makes it. A directory of this user's that others may write into they can have moved
+// here.
+bool is_own_backup(const struct stat& status) {
+    return S_ISDIR(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & 0077) == 0;
+}
+
+// Calls `take` for each entry of a directory, which it closes.
+void for_each_entry(DIR* directory, const std::function<void(const dirent&)>& take) {
+    if (directory == nullptr) {
+        return;
+    }
+    while (const dirent* entry = readdir(directory)) {
+        take(*entry);
+    }
+    closedir(directory);
+}
+
+// The calling user's. Anybody can make names here, which therefore cost as little as they can.
 std::vector<pid_t> processes_with_backup() {
     std::vector<pid_t> processes;
-    std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(backups_directory, ignored)) {
-        const std::optional<pid_t> pid = process_of(entry.path().filename());
-        if (pid) {
+    DIR* directory = opendir(backups_directory);
+    for_each_entry(directory, [&](const dirent& entry) {
+        if (entry.d_type != DT_DIR && entry.d_type != DT_UNKNOWN) {
+            return;
+        }
+        const std::optional<pid_t> pid = process_of(entry.d_name);
+        struct stat status;
+        if (pid && fstatat(dirfd(directory), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+            is_own_backup(status)) {
             processes.push_back(*pid);
         }
-    }
+    });
     return processes;
 }
 
@@ -74,14 +100,8 @@ bool works_on(pid_t pid, const fs::path& config_directory) {
 
 std::vector<std::string> names_in(const FileDescriptor& directory) {
     std::vector<std::string> names;
-    DIR* entries = fdopendir(openat(directory.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (entries == nullptr) {
-        return names;
-    }
-    while (const dirent* entry = readdir(entries)) {
-        names.emplace_back(entry->d_name);
-    }
-    closedir(entries);
+    for_each_entry(fdopendir(openat(directory.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
+                   [&](const dirent& entry) { names.emplace_back(entry.d_name); });
     return names;
 }
 
@@ -98,7 +118,7 @@ FileDescriptor open_own_backup(pid_t pid) {
     FileDescriptor directory = open_backup(pid, O_RDONLY);
     struct stat status;
     const bool is_own =
-        directory.is_open() && fstat(directory.get(), &status) == 0 && status.st_uid == geteuid();
+        directory.is_open() && fstat(directory.get(), &status) == 0 && is_own_backup(status);
     return is_own ? std::move(directory) : FileDescriptor();
 }
 

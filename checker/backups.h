@@ -9,7 +9,7 @@
 // The directories in which runs put copies of their inputs aside (cache/backup_names.h).
 
 // Opens the backup directory of a run with this process id; not open when it is not there or not a
-// directory of the calling user's.
+// directory of the calling user's for that user alone.
 FileDescriptor open_own_backup(pid_t pid);
 
 // Process id of another live run of the calling user that works on the same results; nothing when

@@ -17,9 +17,12 @@ TEST_F(Checker, BackupsThatNoRunHoldsAreRemoved) {
     const std::string held = backup_path(no_process + 1);
     const std::string link = backup_path(no_process + 2);
     const std::string of_other = backup_path(no_process + 3);
-    for (const std::string& path : {left, held, of_other}) {
+    const std::string moved_here = backup_path(no_process + 4);
+    for (const std::string& path : {left, held, of_other, moved_here}) {
         fs::copy(installation_.path("logs"), path);
+        fs::permissions(path, fs::perms::owner_all);
     }
+    fs::permissions(moved_here, fs::perms::all);
     fs::create_directory_symlink(installation_.path("logs"), link);
     const FileDescriptor lock(open(held.c_str(), O_RDONLY | O_CLOEXEC));
     EXPECT_EQ(flock(lock.get(), LOCK_EX), 0);
@@ -29,7 +32,8 @@ TEST_F(Checker, BackupsThatNoRunHoldsAreRemoved) {
     EXPECT_TRUE(fs::exists(held + "/access_0"));
     EXPECT_TRUE(fs::exists(link + "/access_0"));
     EXPECT_EQ(fs::exists(of_other), is_others);
-    for (const std::string& path : {held, link, of_other}) {
+    EXPECT_TRUE(fs::exists(moved_here + "/access_0")) << "which no run has made";
+    for (const std::string& path : {held, link, of_other, moved_here}) {
         fs::remove_all(path);
     }
 }
