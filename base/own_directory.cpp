@@ -59,14 +59,19 @@ std::pair<std::string, std::string> split_last(std::string_view path) {
 
 } // namespace
 
-FileDescriptor open_unplanted_directory(const FileDescriptor& parent, const char* name) {
+FileDescriptor open_own_directory(const FileDescriptor& parent, const char* name) {
     constexpr int flags = O_PATH | O_DIRECTORY;
     if (!parent.is_open()) {
         return {};
     }
     FileDescriptor directory(openat(parent.get(), name, flags | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status;
     if (!directory.is_open() && errno == ENOTDIR) { // so for a link
         return follow_own_link(parent.get(), name, flags);
+    }
+    if (directory.is_open() && (fstat(directory.get(), &status) != 0 || !is_own(status))) {
+        directory.close();
+        errno = EPERM;
     }
     return directory;
 }
@@ -87,20 +92,19 @@ OwnDirectory::OwnDirectory(const std::string& path) : path_(path) {
     const auto [start, name_above] = split_last(above);
     const FileDescriptor first(open(start.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     const FileDescriptor second =
-        open_unplanted_directory(first, name_above.empty() ? "." : name_above.c_str());
-    descriptor_ = open_unplanted_directory(second, name.c_str());
+        open_own_directory(first, name_above.empty() ? "." : name_above.c_str());
+    descriptor_ = open_own_directory(second, name.c_str());
 }
 
 OwnDirectory OwnDirectory::beside(const std::string& name) const {
     OwnDirectory other;
     other.path_ = path_ + "/../" + name;
-    other.descriptor_ =
-        open_unplanted_directory(open_unplanted_directory(descriptor_, ".."), name.c_str());
+    other.descriptor_ = open_own_directory(open_own_directory(descriptor_, ".."), name.c_str());
     return other;
 }
 
 OwnDirectory OwnDirectory::make_beside(const std::string& name, mode_t permissions) const {
-    const FileDescriptor above = open_unplanted_directory(descriptor_, "..");
+    const FileDescriptor above = open_own_directory(descriptor_, "..");
     mkdirat(above.get(), name.c_str(), permissions); // opening tells
     return beside(name);
 }

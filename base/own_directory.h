@@ -8,14 +8,13 @@
 // A directory that holds files of this process's user while other users may write into it and into
 // the one above it, too. What others plant there (links, pipes, files of theirs) is neither
 // followed nor waited for nor believed: everything goes by the directory's descriptor, and "own"
-// means that the owner of a file or link is the process's effective user or root. The directory
-// itself may be anybody's, as users who share an installation meet in it.
+// means that the owner of a file, link or directory is the process's effective user or root.
 class OwnDirectory {
   public:
     OwnDirectory() = default; // none
 
-    // Opens a directory by its absolute path of at least one part, whose last two parts have to be
-    // directories or own links to directories; otherwise it is not open, and errno says why.
+    // Opens a directory by its absolute path, whose last two parts have to be own directories or
+    // own links to directories; otherwise it is not open, and errno says why.
     explicit OwnDirectory(const std::string& path);
 
     bool is_open() const { return descriptor_.is_open(); }
@@ -49,6 +48,6 @@ class OwnDirectory {
 // set, when there is none.
 FileDescriptor open_own_file(int directory, const char* name);
 
-// Opens the directory `name` in `parent` for looking up what is in it: a directory, or the one that
-// an own link leads to. Not open, with errno set, when it is none.
-FileDescriptor open_unplanted_directory(const FileDescriptor& parent, const char* name);
+// Opens the directory `name` in `parent` for looking up what is in it: an own directory, or the one
+// that an own link leads to. Not open, with errno set, when it is none.
+FileDescriptor open_own_directory(const FileDescriptor& parent, const char* name);

@@ -24,7 +24,7 @@ constexpr const char* answer_name = "cache_answer.txt"; // the last answer with 
 
 // The directories of a run.
 struct Directories {
-    OwnDirectory config;      // not open when it is not there or a link of another user
+    OwnDirectory config;      // not open when it is not there or another user's
     OwnDirectory input_cache; // likewise
     FileDescriptor backup;
 };
@@ -101,7 +101,7 @@ Answer decide(const RunPlace& place, const Directories& directories, Inputs& now
         return {Reuse::nothing, now.doubt};
     }
     if (!directories.input_cache.is_open()) {
-        return {Reuse::nothing, "there is no input cache directory"};
+        return {Reuse::nothing, "there is no input cache directory of this user"};
     }
     std::string fault;
     const std::optional<Manifest> cached =
@@ -116,7 +116,7 @@ Answer decide(const RunPlace& place, const Directories& directories, Inputs& now
     return answer;
 }
 
-// All users of the installation may share it, as they do the results.
+// Users who share directories of root's replace each other's copies there, as they do the results.
 void make_directories(const RunPlace& place, Directories& directories) {
     directories.config = make_shared_directory(place.config_path);
     const mode_t mask = umask(0);

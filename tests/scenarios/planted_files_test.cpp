@@ -162,7 +162,7 @@ TEST_F(PlantedFiles, WhatIsExchangedBehindTheCheckersBackIsNotUsed) {
     }
 }
 
-TEST_F(PlantedFiles, DirectoriesOfOthersAreSharedAndTheirLinksRefused) {
+TEST_F(PlantedFiles, DirectoriesOfOthersAreRefused) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "others' directories are the superuser's to make";
     }
@@ -181,7 +181,7 @@ TEST_F(PlantedFiles, DirectoriesOfOthersAreSharedAndTheirLinksRefused) {
         fs::create_directories(path(config_directory));
         fs::create_directories(path("elsewhere/config"));
         give_away(name);
-        expect_refusal(false);
+        expect_refusal(true);
         plant_link(name, "elsewhere");
         give_away(name);
         expect_refusal(true);
@@ -192,6 +192,35 @@ TEST_F(PlantedFiles, DirectoriesOfOthersAreSharedAndTheirLinksRefused) {
         fs::create_directories(path(".tmp"));
         expect_refusal(false);
         fs::remove_all(path("elsewhere"));
+    }
+}
+
+TEST_F(PlantedFiles, AFileInPlaceOfADirectoryIsNoMatterOfOwners) {
+    fs::remove_all(path(scenario));
+    installation_.write(scenario, "");
+    const RunResult run = installation_.run();
+    EXPECT_EQ(run.status, 255);
+    EXPECT_NE(run.output.find("Path: '" + path(scenario) + "'. Error = 'File exists'"),
+              std::string::npos)
+        << run.output;
+}
+
+TEST_F(PlantedFiles, UsersShareDirectoriesOfTheSuperuser) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "they are the superuser's to make";
+    }
+    const fs::path results = path(scenario);
+    for (const fs::path& directory : {results, results / "config", results / ".tmp"}) {
+        fs::create_directories(directory);
+        fs::permissions(directory, fs::perms::all);
+    }
+    fs::permissions(installation_.root(), fs::perms::all);
+    for (const uid_t user : {uid_t{0}, other_user, other_user - 1, uid_t{0}}) {
+        installation_.prepare_process([user] { require(setgid(user) == 0 && setuid(user) == 0); });
+        expect_whole_result(installation_.run());
+        struct stat status = {};
+        EXPECT_EQ(stat(path(config_directory + "/url.list").c_str(), &status), 0);
+        EXPECT_EQ(status.st_uid, user);
     }
 }
 
