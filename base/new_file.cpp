@@ -1,5 +1,7 @@
 #include "base/new_file.h"
 
+#include "base/inherited_rights.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -22,14 +24,19 @@ FileDescriptor open_in_place(int directory, const char* name) {
 
 FileDescriptor create_new_file(int directory, const char* name, mode_t permissions) {
     constexpr int flags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    constexpr int max_attempts = 100; // how often somebody may be faster with a file of the name
+    constexpr mode_t for_owner = 0600; // which is also the most that an inherited list allows
+    constexpr int max_attempts = 100;  // how often somebody may be faster with a file of the name
     for (int i = 0; i < max_attempts; ++i) {
         if (unlinkat(directory, name, 0) != 0 && errno != ENOENT) {
             return open_in_place(directory, name);
         }
-        FileDescriptor file(openat(directory, name, flags, permissions));
-        if (file.is_open() || errno != EEXIST) {
+        FileDescriptor file(openat(directory, name, flags, for_owner));
+        if (file.is_open()) {
+            set_rights(file.get(), permissions);
             return file;
+        }
+        if (errno != EEXIST) {
+            return {};
         }
     }
     return {};

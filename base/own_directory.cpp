@@ -1,5 +1,6 @@
 #include "base/own_directory.h"
 
+#include "base/inherited_rights.h"
 #include "base/new_file.h"
 
 #include <cerrno>
@@ -47,6 +48,13 @@ FileDescriptor follow_own_link(int directory, const char* name, int flags) {
     return FileDescriptor(openat(directory, target, flags | O_CLOEXEC));
 }
 
+// For a directory that was opened for looking up only.
+bool loses_list(const FileDescriptor& directory) {
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    const FileDescriptor opened(directory.is_open() ? openat(directory.get(), ".", flags) : -1);
+    return opened.is_open() && pass_no_rights_on(opened.get());
+}
+
 // A path without "/" at its end, cut before its last part: what comes before it, with its "/", and
 // the part.
 std::pair<std::string, std::string> split_last(std::string_view path) {
@@ -72,6 +80,22 @@ FileDescriptor open_own_directory(const FileDescriptor& parent, const char* name
     if (directory.is_open() && (fstat(directory.get(), &status) != 0 || !is_own(status))) {
         directory.close();
         errno = EPERM;
+    }
+    return directory;
+}
+
+FileDescriptor make_own_directory(const FileDescriptor& parent, const char* name,
+                                  mode_t permissions) {
+    const bool is_new = mkdirat(parent.get(), name, permissions) == 0;
+    if (!is_new && errno != EEXIST) {
+        return {};
+    }
+    FileDescriptor directory = open_own_directory(parent, name);
+    if (is_new) {
+        return loses_list(directory) ? std::move(directory) : FileDescriptor();
+    }
+    if (!directory.is_open() && errno != EPERM) {
+        errno = EEXIST; // as something else
     }
     return directory;
 }
@@ -104,9 +128,11 @@ OwnDirectory OwnDirectory::beside(const std::string& name) const {
 }
 
 OwnDirectory OwnDirectory::make_beside(const std::string& name, mode_t permissions) const {
-    const FileDescriptor above = open_own_directory(descriptor_, "..");
-    mkdirat(above.get(), name.c_str(), permissions); // opening tells
-    return beside(name);
+    OwnDirectory other;
+    other.path_ = path_ + "/../" + name;
+    other.descriptor_ =
+        make_own_directory(open_own_directory(descriptor_, ".."), name.c_str(), permissions);
+    return other;
 }
 
 FileDescriptor OwnDirectory::create(const char* name, mode_t permissions) const {

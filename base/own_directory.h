@@ -51,3 +51,8 @@ FileDescriptor open_own_file(int directory, const char* name);
 // Opens the directory `name` in `parent` for looking up what is in it: an own directory, or the one
 // that an own link leads to. Not open, with errno set, when it is none.
 FileDescriptor open_own_directory(const FileDescriptor& parent, const char* name);
+
+// Makes the directory `name` in `parent` with `permissions` less the process's mask, unless it is
+// there, and opens it likewise. A new one passes no access control list on to what is made in it.
+FileDescriptor make_own_directory(const FileDescriptor& parent, const char* name,
+                                  mode_t permissions);

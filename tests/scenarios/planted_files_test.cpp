@@ -2,14 +2,17 @@
 #include "tests/support/test_installation.h"
 
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <tuple>
 #include <unistd.h>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -48,6 +51,12 @@ class PlantedFiles : public testing::Test {
 
     void give_away(const std::string& name) const {
         EXPECT_EQ(lchown(path(name).c_str(), other_user, other_user), 0);
+    }
+
+    // Lets files and directories that are made in a directory get another group.
+    void pass_group_on(const std::string& directory) const {
+        EXPECT_EQ(chown(path(directory).c_str(), 0, other_user), 0);
+        EXPECT_EQ(chmod(path(directory).c_str(), 02777), 0);
     }
 
     void expect_whole_result(const RunResult& run) const {
@@ -193,6 +202,91 @@ TEST_F(PlantedFiles, DirectoriesOfOthersAreRefused) {
         expect_refusal(false);
         fs::remove_all(path("elsewhere"));
     }
+}
+
+// An access control list of read and write permission for another user, to be passed on to all that
+// is made in the directory. Returns false where there are no such lists.
+bool plant_list(const std::string& directory) {
+    struct Entry {
+        uint16_t tag, permissions;
+        uint32_t id;
+    };
+    const struct {
+        uint32_t version = 2;
+        Entry entries[5] = {{0x01, 7, ~0U}, // owner
+                            {0x02, 7, other_user},
+                            {0x04, 7, ~0U},  // group
+                            {0x10, 7, ~0U},  // mask
+                            {0x20, 7, ~0U}}; // all others
+    } list;
+    return setxattr(directory.c_str(), "system.posix_acl_default", &list, sizeof list, 0) == 0;
+}
+
+bool has_list(const fs::path& path, const std::string& kind) {
+    return getxattr(path.c_str(), ("system.posix_acl_" + kind).c_str(), nullptr, 0) > 0;
+}
+
+void expect_no_more_rights(const std::string& path, mode_t permissions) {
+    SCOPED_TRACE(path);
+    struct stat status = {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, permissions);
+    EXPECT_EQ(status.st_gid, getegid());
+    EXPECT_FALSE(has_list(path, "access"));
+}
+
+TEST_F(PlantedFiles, NothingInheritsRightsFromItsDirectory) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "groups are the superuser's to give";
+    }
+    installation_.use_checker();
+    const std::string project = project_directory + "/ReplayAccessLogs";
+    const std::string logs = "webapps/zivrano/logs";
+    for (const mode_t mask : {0027, 0002}) {
+        for (const std::string& planted_in : {project, scenario}) {
+            SCOPED_TRACE(planted_in);
+            fs::remove_all(path(scenario));
+            fs::create_directories(path(planted_in));
+            for (const std::string& directory : {planted_in, logs}) {
+                pass_group_on(directory);
+                if (!plant_list(path(directory))) {
+                    GTEST_SKIP() << "no access control lists here";
+                }
+            }
+            installation_.prepare_process([mask] { umask(mask); });
+            let_files_settle();
+            EXPECT_EQ(installation_.run({"-d1", "-a"}).status, 0);
+            const std::pair<std::string, mode_t> rows[] = {
+                {config_directory + "/url.list", 0666 & ~mask},
+                {config_directory + "/complete_url.list", 0666 & ~mask},
+                {config_directory + "/query_url.list", 0666 & ~mask},
+                {config_directory + "/hosts.list", 0666 & ~mask},
+                {config_directory + "/akaau.trace", 0666 & ~mask},
+                {logs + "/zivrano_replay_debug.log", 0666 & ~mask},
+                {cache_directory + "/cache_answer.txt", 0666 & ~mask},
+                {cache_directory + "/cache_manifest.txt", 0644 & ~mask},
+                {cache_directory + "/web.conf", 0600},
+            };
+            for (const auto& [name, permissions] : rows) {
+                expect_no_more_rights(path(name), permissions);
+            }
+            EXPECT_FALSE(has_list(path(config_directory), "default"));
+            EXPECT_FALSE(has_list(path(cache_directory), "default"));
+        }
+    }
+}
+
+// They may stand in a directory that nobody else can look into.
+TEST_F(PlantedFiles, CopiesOfInputsAreForTheUserAlone) {
+    fs::create_directories(path(cache_directory));
+    installation_.prepare_process([] { umask(0); });
+    expect_whole_result(installation_.run());
+    int copies = 0;
+    for (const auto& copy : fs::directory_iterator(path(cache_directory))) {
+        EXPECT_EQ(copy.status().permissions(), fs::perms::owner_read | fs::perms::owner_write);
+        ++copies;
+    }
+    EXPECT_EQ(copies, 4);
 }
 
 TEST_F(PlantedFiles, AFileInPlaceOfADirectoryIsNoMatterOfOwners) {

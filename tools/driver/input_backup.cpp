@@ -42,13 +42,13 @@ mode_t mode_of(const FileDescriptor& file) {
     return file.is_open() && fstat(file.get(), &status) == 0 ? status.st_mode : 0;
 }
 
-// The copy has the permissions of its source less the mask.
+// The copy is for this user alone: the source may stand where nobody else can look.
 bool copy_into_directory(const FileDescriptor& source, int directory, const char* name) {
     const mode_t mode = mode_of(source);
     if (mode == 0 || S_ISDIR(mode)) {
         return false;
     }
-    FileDescriptor target = create_new_file(directory, name, mode & 0777);
+    FileDescriptor target = create_new_file(directory, name, mode & S_IRWXU);
     return target.is_open() && copy_contents(source.get(), target.get()) && target.close();
 }
 

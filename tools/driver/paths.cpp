@@ -54,14 +54,16 @@ void set_workspace(const char* workspace, const char* profile) {
 // Makes the directory `name` in `parent`, unless it is there, and opens it. Not open, with errno
 // set, when that cannot be done.
 FileDescriptor make_directory(const FileDescriptor& parent, const char* name, bool must_be_own) {
+    if (must_be_own) {
+        return make_own_directory(parent, name, 0777);
+    }
     const bool is_new = mkdirat(parent.get(), name, 0777) == 0;
     if (!is_new && errno != EEXIST) {
         return {};
     }
     FileDescriptor directory =
-        must_be_own ? open_own_directory(parent, name)
-                    : FileDescriptor(openat(parent.get(), name, O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (!directory.is_open() && errno != EPERM) {
+        FileDescriptor(openat(parent.get(), name, O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!directory.is_open()) {
         errno = EEXIST; // as something else
     }
     return directory;
