@@ -18,16 +18,24 @@ namespace {
 
 using Rows = std::vector<std::string>;
 
-// By log type, in its default layout and with a response time; any text for '~'.
+// By log type, in its default layout and with a response time; any text for '~', cookies for '@'.
 constexpr const char* line_shapes[] = {
     "10.0.0.~7 - - [1~/Mar/2026:1~:00:59 ~+0~000] - \"~GET /~ HTTP/1.1\" ~302 - - - - "
-    "\"id=~; akaau=~\" \"~id=~;\" h~ ~/x ~3",
+    "\"@\" \"@\" h~ ~/x ~3",
     "10.0.0.7~ 2026-03-1~ 1~:00:59 ~GET /~ ~- HTTP/1.1 ~200 - - - "
-    "id=~;akaau=~ ~id=~ h~ ~/x ~3",
+    "@ @ h~ ~/x ~3",
     "10.0.0.7~ 2026-03-1~ 1~:00:59 ~GET /~ /~?~ ~200 - - - id=~;akaau=~ ~akaau=~ h~ ~/x - ~3"};
+
+// So that many requests wait for the sessions of others, in either header.
+constexpr const char* cookie_headers[] = {
+    "-",     "id=~;akaau=~", "akaau=k~",       "akaau=k",    "akaau=k2",
+    "~id=~", "id=s;akaau=k", "akaau=k2;id=s2", "id=;akaau=k"};
 
 std::string random_line(Choices& choices) {
     std::string line = line_shapes[static_cast<size_t>(al_type)];
+    for (size_t at = 0; (at = line.find('@')) != std::string::npos;) {
+        line.replace(at, 1, choices.of(cookie_headers));
+    }
     for (size_t at = 0; (at = line.find('~', at)) != std::string::npos;) {
         const std::string text = choices.one_in(4) ? choices.text("aZ09=?#;/. \\\"\t[]-", 70) : "";
         line.replace(at, 1, choices.one_in(3) ? text : text.substr(0, 1));

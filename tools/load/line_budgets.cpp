@@ -58,7 +58,8 @@ LogExtent measure(const InputFileInfo& file) {
     const bool is_there = stat(file.input_file, &status) == 0;
     const bool is_regular = is_there && S_ISREG(status.st_mode);
     const uint64_t size = is_regular ? static_cast<uint64_t>(status.st_size) : 0;
-    return {is_regular || file.num_req == 0, size, file.num_req == 0 ? size : uint64_t{INT64_MAX}};
+    const bool is_measured = file.num_req == 0 && size != 0; // some systems show no size
+    return {is_regular || file.num_req == 0, size, is_measured ? size : uint64_t{INT64_MAX}};
 }
 
 } // namespace

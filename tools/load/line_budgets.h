@@ -8,7 +8,7 @@ struct LogExtent {
     bool is_regular;
     uint64_t size; // bytes now; 0 for a file that is not regular or not there
     uint64_t end; // nothing from here on is read: the size, but INT64_MAX with a line budget, which
-                  // lines that the file gains may fill
+                  // lines that the file gains may fill, and where the system shows no size
 };
 
 // Fixes how many lines each file of the input file list is to give (InputFileInfo::num_req): as

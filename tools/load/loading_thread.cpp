@@ -46,6 +46,8 @@ void LoadingThread::begin_file(const LogPiece& piece) const {
     if (piece.begins_file) {
         write_progress("\t\tThread[%d] start processing file '%s' at %s\n", arguments_.thread_idx,
                        seq_file_path[piece.file].input_file, get_cur_date_time(nullptr));
+        DEBUG_LOG(2, "load_url_info", "Method called, access log file = %s",
+                  seq_file_path[piece.file].input_file);
     }
 }
 

@@ -39,11 +39,12 @@ void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescrip
     load_url_info(parsing, lines, part, batch, after_line);
 }
 
-// Reads once more what the thread wants of a piece of which it was too much.
+// Reads once more what the thread wants of a piece of which it was too much. The events, of which
+// some may be settled, stay where they are; those that are still wanted are in the piece as before.
 void reload(Worker& worker, const LogPiece& piece, int64_t max_lines, LoadedPiece& loaded) {
     RequestBatch batch;
     load_piece(worker.parsing, piece, open_log(piece), 0, max_lines, batch, {});
-    batch.events.swap(loaded.batch.events); // some of them are settled
+    batch.events.swap(loaded.batch.events);
     loaded.batch = std::move(batch);
     loaded.worker = worker.number;
 }
@@ -55,7 +56,9 @@ void settle_events(Worker& worker, PieceQueue& queue, LoadedPiece& loaded, const
         thread.count_lines(piece);
     }
     if (loaded.batch.line_count > thread.lines_left()) {
-        loaded.batch.events.clear();
+        std::erase_if(loaded.batch.events, [&](const SessionEvent& event) {
+            return event.line_num > thread.lines_left();
+        });
         reload(worker, piece, thread.lines_left(), loaded);
     }
     if (!thread.settle_events(loaded.batch, static_cast<uint32_t>(queue.next), piece)) {
@@ -63,9 +66,33 @@ void settle_events(Worker& worker, PieceQueue& queue, LoadedPiece& loaded, const
     }
 }
 
-// Settles the next piece of a queue, which is loaded.
+// Reads and settles the next piece of a loading thread line by line.
+void load_next_in_order(Worker& worker, PieceQueue& queue) {
+    LoadingThread& thread = queue.thread;
+    const LogPiece& piece = worker.loading.pieces[queue.next];
+    LoadedPiece& loaded = worker.loading.loaded[queue.next];
+    loaded.worker = worker.number;
+    thread.begin(piece);
+    if (thread.wants_more()) {
+        const FileDescriptor file = open_log(piece);
+        thread.begin_file(piece);
+        load_piece(worker.parsing, piece, file, thread.lines_before(), thread.lines_left(),
+                   loaded.batch, [&] {
+                       return thread.settle_events(loaded.batch, static_cast<uint32_t>(queue.next),
+                                                   piece);
+                   });
+    }
+    thread.end(piece, loaded.batch);
+}
+
+// Settles the next piece of a queue, which is loaded; a stream is read only now, as it cannot be
+// read again.
 void settle_next(Worker& worker, PieceQueue& queue) {
     const LogPiece& piece = worker.loading.pieces[queue.next];
+    if (piece.is_stream) {
+        load_next_in_order(worker, queue);
+        return;
+    }
     LoadedPiece& loaded = worker.loading.loaded[queue.next];
     LoadingThread& thread = queue.thread;
     if (!loaded.is_begun) {
@@ -135,31 +162,14 @@ void load_ahead(Worker& worker, size_t number) {
     LoadedPiece& loaded = worker.loading.loaded[number];
     PieceQueue& queue = worker.loading.queues[static_cast<size_t>(piece.thread)];
     loaded.worker = worker.number;
-    begin_if_turn(queue, number, piece, loaded);
-    const bool is_log = seq_file_path[piece.file].body_flag == 0;
-    if (is_log && (!loaded.is_begun || queue.thread.wants_more())) {
-        load_unless_it_fails(worker, queue, piece, loaded);
+    if (!piece.is_stream) {
+        begin_if_turn(queue, number, piece, loaded);
+        const bool is_log = seq_file_path[piece.file].body_flag == 0;
+        if (is_log && (!loaded.is_begun || queue.thread.wants_more())) {
+            load_unless_it_fails(worker, queue, piece, loaded);
+        }
     }
     settle_queue(worker, queue, loaded);
-}
-
-// Reads and settles the next piece of a loading thread line by line.
-void load_next_in_order(Worker& worker, PieceQueue& queue) {
-    LoadingThread& thread = queue.thread;
-    const LogPiece& piece = worker.loading.pieces[queue.next];
-    LoadedPiece& loaded = worker.loading.loaded[queue.next];
-    loaded.worker = worker.number;
-    thread.begin(piece);
-    if (thread.wants_more()) {
-        const FileDescriptor file = open_log(piece);
-        thread.begin_file(piece);
-        load_piece(worker.parsing, piece, file, thread.lines_before(), thread.lines_left(),
-                   loaded.batch, [&] {
-                       return thread.settle_events(loaded.batch, static_cast<uint32_t>(queue.next),
-                                                   piece);
-                   });
-    }
-    thread.end(piece, loaded.batch);
 }
 
 // There are at least as many workers as loading threads, which are told of as they start.

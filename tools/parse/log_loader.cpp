@@ -134,7 +134,6 @@ void remove_carriage_return(LineText& line) {
 
 void load_url_info(ParsingThread& thread, LineReader& lines, const LogPart& part,
                    RequestBatch& batch, const AfterLine& after_line) {
-    DEBUG_LOG(2, fname, "Method called, access log file = %s", part.file_name);
     LineParser* const parse_line = parser_of_log_type();
     const Cookies names;
     LineText line;
