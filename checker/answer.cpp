@@ -13,6 +13,7 @@
 #include "tools/driver/result_cache.h"
 
 #include <algorithm>
+#include <exception>
 #include <iterator>
 #include <sstream>
 #include <sys/stat.h>
@@ -157,19 +158,43 @@ void record(const Answer& answer, const RunProcess& run, const RunPlace& place,
 // A run that asks for itself has not marked its own work yet.
 std::optional<Answer> refuse(const RunPlace& place, const OwnDirectory& config_dir, pid_t pid,
                              bool asks_itself) {
+    const bool is_marked = asks_itself && is_work_marked(config_dir);
     const std::optional<pid_t> other = find_other_run(pid, place.config_directory);
     if (other) {
         return Answer{Reuse::refused,
                       "process " + std::to_string(*other) + " works on the same scenario"};
     }
-    if (asks_itself && is_work_marked(config_dir)) {
+    if (is_marked) {
         return Answer{Reuse::refused, "a run of another user or in another container works on the "
                                       "same scenario"};
     }
     return std::nullopt;
 }
 
-Answer answer_and_record(const RunProcess& run, const RunPlace& place, FileDescriptor backup) {
+// Why the question is none that can be answered; empty when it is one.
+std::string question_fault(const std::string& profile_argument, pid_t pid, const RunPlace& place,
+                           const FileDescriptor& backup) {
+    const std::string process = "process " + std::to_string(pid);
+    if (profile_argument != checker_argument(place.replay_profile)) {
+        return process + " does not work on " + profile_argument;
+    }
+    return backup.is_open() ? "" : process + " has no backup of its inputs";
+}
+
+// What goes wrong must not look like an answer that lets anything be used again.
+Answer decide_safely(const RunProcess& run, const RunPlace& place, const Directories& directories,
+                     Inputs& inputs) {
+    try {
+        inputs = read_inputs(run, place, directories.backup);
+        return decide(place, directories, inputs);
+    } catch (const std::exception& failure) {
+        inputs.doubt = failure.what();
+        return {Reuse::nothing, inputs.doubt};
+    }
+}
+
+Answer answer_and_record(const RunProcess& run, const RunPlace& place, FileDescriptor backup,
+                         const std::string& fault) {
     const bool asks_itself = is_ancestor(run.pid);
     Directories directories = {OwnDirectory(place.config_path), {}, std::move(backup)};
     const std::optional<Answer> refusal = refuse(place, directories.config, run.pid, asks_itself);
@@ -180,8 +205,9 @@ Answer answer_and_record(const RunProcess& run, const RunPlace& place, FileDescr
     if (asks_itself) {
         make_directories(place, directories);
     }
-    Inputs inputs = read_inputs(run, place, directories.backup);
-    Answer answer = decide(place, directories, inputs);
+    Inputs inputs = {{}, {}, fault};
+    const Answer answer = fault.empty() ? decide_safely(run, place, directories, inputs)
+                                        : Answer{Reuse::nothing, fault};
     if (asks_itself) {
         record(answer, run, place, directories, inputs);
     }
@@ -191,18 +217,13 @@ Answer answer_and_record(const RunProcess& run, const RunPlace& place, FileDescr
 } // namespace
 
 Answer answer_run(const std::string& profile_argument, pid_t pid) {
-    const std::string process = "process " + std::to_string(pid);
     const std::optional<RunProcess> run = find_run(pid);
-    if (!run) {
-        return {Reuse::nothing, process + " is not a run of zvr_al_gen_url_list of this user"};
-    }
-    const std::optional<RunPlace> place = locate_run(*run);
-    if (!place || profile_argument != checker_argument(place->replay_profile)) {
-        return {Reuse::nothing, process + " does not work on " + profile_argument};
+    const std::optional<RunPlace> place = run ? locate_run(*run) : std::nullopt;
+    if (!place) {
+        return {Reuse::nothing, "process " + std::to_string(pid) +
+                                    " is not a run of zvr_al_gen_url_list of this user"};
     }
     FileDescriptor backup = open_own_backup(pid);
-    if (!backup.is_open()) {
-        return {Reuse::nothing, process + " has no backup of its inputs"};
-    }
-    return answer_and_record(*run, *place, std::move(backup));
+    const std::string fault = question_fault(profile_argument, pid, *place, backup);
+    return answer_and_record(*run, *place, std::move(backup), fault);
 }

@@ -16,10 +16,18 @@ bool read_process(const char* argument, pid_t& pid) {
 // What goes wrong here must not look like an answer that lets anything be used again.
 Answer answer_safely(const char* profile, pid_t pid) {
     try {
-        remove_left_backups();
         return answer_run(profile, pid);
     } catch (const std::exception& failure) {
         return {Reuse::nothing, failure.what()};
+    }
+}
+
+// Whatever becomes of it, the answer stands.
+void tidy_up() {
+    try {
+        remove_left_backups();
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "Backups of earlier runs are left: %s\n", failure.what());
     }
 }
 
@@ -32,6 +40,7 @@ int main(int argc, char* argv[]) {
         return static_cast<int>(Reuse::nothing);
     }
     const Answer answer = answer_safely(argv[1], pid);
+    tidy_up();
     std::printf("%d: %s\n", static_cast<int>(answer.reuse), answer.reason.c_str());
     return static_cast<int>(answer.reuse);
 }

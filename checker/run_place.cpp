@@ -51,6 +51,13 @@ Arguments read_options(const RunProcess& run, RunPlace& place) {
     return arguments;
 }
 
+// As it stands when others have put links there that lead nowhere.
+fs::path without_links(const fs::path& path) {
+    std::error_code error;
+    fs::path found = fs::weakly_canonical(path, error);
+    return error ? path : found;
+}
+
 } // namespace
 
 std::optional<RunPlace> locate_run(const RunProcess& run) {
@@ -76,6 +83,6 @@ std::optional<RunPlace> locate_run(const RunProcess& run) {
         place.replay_profile_dir = profile_directory_path(*work_dir, place.replay_profile);
     }
     place.config_path = scenario_place.config_directory();
-    place.config_directory = fs::weakly_canonical(place.config_path.parent_path());
+    place.config_directory = without_links(place.config_path.parent_path());
     return place;
 }

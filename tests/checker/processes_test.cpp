@@ -1,4 +1,5 @@
 #include "tests/checker/checker_fixture.h"
+#include "tests/support/held_stream.h"
 #include "tests/support/permissions.h"
 
 #include <csignal>
@@ -91,6 +92,48 @@ TEST_F(Checker, AProcessOfOthersIsNotReadHoweverMuchItShows) {
     for (const std::string& name : names_of_backup(other, name_count)) {
         fs::remove(name);
     }
+}
+
+// A run that has come as far as its first line of progress, and then waits.
+class WaitingRun {
+  public:
+    explicit WaitingRun(TestInstallation& installation) {
+        installation.prepare_process([&] { progress_.replace(STDERR_FILENO); });
+        process_ = installation.start({"-s", "web", "-c"});
+        progress_.take();
+        progress_.has_line(-1);
+        installation.prepare_process([] {});
+    }
+    ~WaitingRun() {
+        kill(process_, SIGKILL);
+        waitpid(process_, nullptr, 0);
+    }
+    WaitingRun(const WaitingRun&) = delete;
+    WaitingRun& operator=(const WaitingRun&) = delete;
+
+  private:
+    HeldStream progress_;
+    pid_t process_;
+};
+
+TEST_F(Checker, ARunWhosePlaceLeadsNowhereIsNotInTheWayOfOthers) {
+    TestInstallation elsewhere;
+    elsewhere.write_logs({combined_line()});
+    const WaitingRun lost(elsewhere);
+    const fs::path moved = elsewhere.root().string() + ".moved";
+    fs::rename(elsewhere.root(), moved);
+    fs::create_symlink(elsewhere.root().filename(), elsewhere.root());
+    EXPECT_EQ(answer(), 1);
+    EXPECT_EQ(answer(), 0);
+    append("logs/access_1", "\n"); // to be read again
+    {
+        const WaitingRun waiting(installation_);
+        expect_failure(
+            installation_.run(),
+            "Url list processing Tool is already running, first close that and run again");
+    }
+    fs::remove(elsewhere.root());
+    fs::rename(moved, elsewhere.root());
 }
 
 } // namespace
