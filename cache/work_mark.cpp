@@ -16,6 +16,13 @@ struct flock lock_of_type(short type) {
     return lock;
 }
 
+// Asks without taking a lock, so that nobody else takes the question for a mark. Locks of the same
+// open file do not count.
+bool has_foreign_lock(const FileDescriptor& file) {
+    struct flock lock = lock_of_type(F_WRLCK);
+    return fcntl(file.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
 } // namespace
 
 // Marks do not exclude each other, so that a run sets its own without waiting.
@@ -25,9 +32,10 @@ FileDescriptor mark_work(const OwnDirectory& config_dir) {
     return fcntl(mark.get(), F_OFD_SETLK, &lock) == 0 ? std::move(mark) : FileDescriptor();
 }
 
-// Asks without taking a lock, so that nobody else takes the question for a mark.
 bool is_work_marked(const OwnDirectory& config_dir) {
-    const FileDescriptor question = open_for_locks(config_dir);
-    struct flock lock = lock_of_type(F_WRLCK);
-    return fcntl(question.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+    return has_foreign_lock(open_for_locks(config_dir));
+}
+
+bool is_marked_by_others(const FileDescriptor& mark) {
+    return has_foreign_lock(mark);
 }

@@ -12,3 +12,7 @@ FileDescriptor mark_work(const OwnDirectory& config_dir);
 
 // Whether any process has set it.
 bool is_work_marked(const OwnDirectory& config_dir);
+
+// Whether there is another mark beside the calling process's, on the same directory. Of two runs
+// that first set theirs and then ask, at least one finds the other.
+bool is_marked_by_others(const FileDescriptor& mark);

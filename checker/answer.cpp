@@ -217,13 +217,16 @@ Answer answer_and_record(const RunProcess& run, const RunPlace& place, FileDescr
 } // namespace
 
 Answer answer_run(const std::string& profile_argument, pid_t pid) {
+    FileDescriptor backup = open_own_backup(pid);
+    if (backup.is_open() && is_ancestor(pid) && !ask_for_exclusion(backup)) {
+        return {Reuse::refused, "the backup of the inputs cannot be written to"};
+    }
     const std::optional<RunProcess> run = find_run(pid);
     const std::optional<RunPlace> place = run ? locate_run(*run) : std::nullopt;
     if (!place) {
         return {Reuse::nothing, "process " + std::to_string(pid) +
                                     " is not a run of zvr_al_gen_url_list of this user"};
     }
-    FileDescriptor backup = open_own_backup(pid);
     const std::string fault = question_fault(profile_argument, pid, *place, backup);
     return answer_and_record(*run, *place, std::move(backup), fault);
 }

@@ -1,5 +1,6 @@
 #include "checker/backups.h"
 
+#include "base/new_file.h"
 #include "cache/backup_names.h"
 #include "cache/manifest.h"
 #include "checker/run_place.h"
@@ -120,6 +121,10 @@ FileDescriptor open_own_backup(pid_t pid) {
     const bool is_own =
         directory.is_open() && fstat(directory.get(), &status) == 0 && is_own_backup(status);
     return is_own ? std::move(directory) : FileDescriptor();
+}
+
+bool ask_for_exclusion(const FileDescriptor& backup) {
+    return create_new_file(backup.get(), exclusion_name, 0600).is_open();
 }
 
 std::optional<pid_t> find_other_run(pid_t pid, const fs::path& config_directory) {

@@ -12,6 +12,10 @@
 // directory of the calling user's for that user alone.
 FileDescriptor open_own_backup(pid_t pid);
 
+// Asks the run that holds this backup to refuse to work beside another one (see exclusion_name).
+// Returns false when it cannot.
+bool ask_for_exclusion(const FileDescriptor& backup);
+
 // Process id of another live run of the calling user that works on the same results; nothing when
 // there is none. Of two runs that were started at the same moment only one finds the other, so that
 // one goes on.

@@ -1,3 +1,4 @@
+#include "cache/work_mark.h"
 #include "tests/checker/checker_fixture.h"
 #include "tests/support/held_stream.h"
 #include "tests/support/permissions.h"
@@ -134,6 +135,37 @@ TEST_F(Checker, ARunWhosePlaceLeadsNowhereIsNotInTheWayOfOthers) {
     }
     fs::remove(elsewhere.root());
     fs::rename(moved, elsewhere.root());
+}
+
+TEST_F(Checker, ASecondRunIsRefusedWhateverTheCheckerWasShown) {
+    run_in_full();
+    const OwnDirectory config_dir(installation_.path(config_directory));
+    const FileDescriptor mark_of_other = mark_work(config_dir);
+    const std::string config = installation_.path(config_directory);
+    const std::string ask = ZVR_CHECKER_PATH " \"$@\"; code=$?\n";
+    const std::string put_back = "/bin/rm -r " + config + "; /bin/mv kept " + config + "\n";
+    for (const std::string& script :
+         {ask, "/bin/mv " + config + " kept; /bin/ln -s config " + config + "\n" + ask + put_back,
+          "/bin/mv " + config + " kept; /bin/mkdir " + config + "\n" + ask + put_back,
+          "/bin/mv " + config + " kept\n" + ask + put_back,
+          ask + "code=137\n", // as if somebody had ended it
+          ask + "/bin/rm -r /tmp/zvr_al_gen_url_list.backup.$2; code=0\n"}) {
+        SCOPED_TRACE(script);
+        installation_.write_result("url.list", ""); // nothing to print again
+        installation_.write_checker_script(script + "exit $code\n");
+        expect_failure(
+            installation_.run(),
+            "Url list processing Tool is already running, first close that and run again");
+        EXPECT_EQ(installation_.result("url.list"), "");
+    }
+}
+
+TEST_F(Checker, AnotherCheckerDecidesWhetherRunsExcludeEachOther) {
+    run_in_full();
+    const OwnDirectory config_dir(installation_.path(config_directory));
+    const FileDescriptor mark_of_other = mark_work(config_dir);
+    installation_.write_checker(1);
+    EXPECT_EQ(installation_.run().status, 0);
 }
 
 } // namespace

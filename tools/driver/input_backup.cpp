@@ -107,6 +107,11 @@ void InputBackup::copy_files(std::initializer_list<std::string> files) const {
     require_success(command, succeeded);
 }
 
+bool InputBackup::is_exclusive() const {
+    return faccessat(directory_.get(), exclusion_name, F_OK, AT_SYMLINK_NOFOLLOW) == 0 ||
+           !is_at(AT_FDCWD, path_.c_str(), directory_);
+}
+
 bool InputBackup::copy_inputs_to(const OwnDirectory& cache) const {
     constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC; // never waits
     std::error_code error;

@@ -14,6 +14,10 @@ class InputBackup {
     // tell it from what earlier runs have left behind.
     InputBackup();
 
+    // Whether the checker has asked this run to refuse to work beside another one. One that has
+    // removed the directory has, too: the run goes on in spite of its answer.
+    bool is_exclusive() const;
+
     // Copies what is in the directory into the input cache directory beside `config_dir`, at last
     // the checker's manifest, sealed with the states in which this run leaves its results. When the
     // results are not reusable there is no manifest, so that nobody uses them again. A failure is

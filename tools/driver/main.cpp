@@ -192,6 +192,9 @@ void run(int argc, char* argv[]) {
     }
 
     const FileDescriptor work_mark = mark_work(config_dir);
+    if (backup.is_exclusive() && is_marked_by_others(work_mark)) {
+        refuse_second_run();
+    }
     set_default_field_positions();
     validate_al_format();
     read_scenario_file(scenario_file_path());

@@ -70,6 +70,10 @@ std::string checker_argument(const std::string& profile) {
     return std::string(g_workspace_user_profile_name) + "/" + profile + ".conf";
 }
 
+void refuse_second_run() {
+    fail("Url list processing Tool is already running, first close that and run again");
+}
+
 Reuse check_cache() {
     const std::string profile = checker_argument(replay_profile);
     const std::string process_id = std::to_string(getpid());
@@ -78,7 +82,7 @@ Reuse check_cache() {
     const char* const arguments[] = {checker_command, profile.c_str(), process_id.c_str(), nullptr};
     switch (run_quietly(arguments)) {
     case static_cast<int>(Reuse::refused):
-        fail("Url list processing Tool is already running, first close that and run again");
+        refuse_second_run();
     case static_cast<int>(Reuse::everything):
         DEBUG_LOG(2, fname, "Cache level is 1, Result will be given from last result.");
         return Reuse::everything;

@@ -14,6 +14,9 @@ extern char
 // The checker's first argument for a run with this profile, relative name.
 std::string checker_argument(const std::string& profile);
 
+// Fails as another run is at work on the same results.
+[[noreturn]] void refuse_second_run();
+
 // Runs the checker command with the replay profile and this process's number and returns what it
 // says can be used: nothing when it is not found, cannot be run or is ended by a signal. Fails when
 // it says that another run is at work, or when the system has no process to run it in.
