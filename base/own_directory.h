@@ -7,14 +7,15 @@
 
 // A directory that holds files of this process's user while other users may write into it and into
 // the one above it, too. What others plant there (links, pipes, files of theirs) is neither
-// followed nor waited for nor believed: everything goes by the directory's descriptor, and "own"
-// means that the owner of a file, link or directory is the process's effective user or root.
+// followed nor waited for nor believed: everything goes by the directory's descriptor. What "own"
+// means is_own says.
 class OwnDirectory {
   public:
     OwnDirectory() = default; // none
 
-    // Opens a directory by its absolute path, whose last two parts have to be own directories or
-    // own links to directories; otherwise it is not open, and errno says why.
+    // Opens a directory by its absolute path of at least two parts. The last two have to be own
+    // directories, or own links (see OwnWay) to own directories; otherwise it is not open, and
+    // errno says why.
     explicit OwnDirectory(const std::string& path);
 
     bool is_open() const { return descriptor_.is_open(); }
@@ -31,8 +32,8 @@ class OwnDirectory {
     // Creates a file anew, as create_new_file does.
     FileDescriptor create(const char* name, mode_t permissions) const;
 
-    // Opens an own regular file, or one that an own link leads to, for reading. Not open when there
-    // is none.
+    // Opens an own regular file, or the one that own links lead to, for reading. Not open when
+    // there is none.
     FileDescriptor open_file(const char* name) const;
 
     // Returns false, with errno set, when the file cannot be removed, for instance as there is
@@ -44,12 +45,8 @@ class OwnDirectory {
     FileDescriptor descriptor_;
 };
 
-// Opens an own regular file for reading, without following a link or waiting. Not open, with errno
-// set, when there is none.
-FileDescriptor open_own_file(int directory, const char* name);
-
 // Opens the directory `name` in `parent` for looking up what is in it: an own directory, or the one
-// that an own link leads to. Not open, with errno set, when it is none.
+// that own links lead to. Not open, with errno set, when there is none.
 FileDescriptor open_own_directory(const FileDescriptor& parent, const char* name);
 
 // Makes the directory `name` in `parent` with `permissions` less the process's mask, unless it is

@@ -2,7 +2,7 @@
 
 #include "base/file_state.h"
 #include "base/new_file.h"
-#include "base/own_directory.h"
+#include "base/own_file.h"
 
 #include <cerrno>
 #include <charconv>

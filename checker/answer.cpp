@@ -1,6 +1,7 @@
 #include "checker/answer.h"
 
 #include "base/own_directory.h"
+#include "base/own_file.h"
 #include "cache/input_copies.h"
 #include "cache/work_mark.h"
 #include "checker/backups.h"

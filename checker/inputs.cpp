@@ -1,7 +1,7 @@
 #include "checker/inputs.h"
 
 #include "base/failure.h"
-#include "base/own_directory.h"
+#include "base/own_file.h"
 #include "cache/input_copies.h"
 #include "checker/file_contents.h"
 #include "checker/named_files.h"

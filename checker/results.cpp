@@ -1,6 +1,7 @@
 #include "checker/results.h"
 
 #include "base/file_state.h"
+#include "base/own_file.h"
 #include "base/result_names.h"
 #include "checker/complete_list.h"
 #include "tools/load/line_count.h"

@@ -132,6 +132,11 @@ TEST_F(PlantedFiles, ARunReadsBackOnlyItsOwnUsersFiles) {
         if (geteuid() != 0) {
             continue; // others' files are the superuser's to make
         }
+        fs::rename(path("kept"), path("elsewhere"));
+        plant_link("kept", "elsewhere");
+        give_away("kept");
+        expect_failure(installation_.run(), message);
+        fs::remove(path("kept"));
         give_away(file);
         expect_failure(installation_.run(), message);
         fs::remove(path(file));
@@ -287,6 +292,51 @@ TEST_F(PlantedFiles, CopiesOfInputsAreForTheUserAlone) {
         ++copies;
     }
     EXPECT_EQ(copies, 4);
+}
+
+// A link of the user's own may lead to a place where others write.
+TEST_F(PlantedFiles, LinksOfOthersAreNotFollowedBehindOwnLinks) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "others' links are the superuser's to make";
+    }
+    const std::string results = path("open/results");
+    const std::pair<std::string, bool> rows[] = {
+        // target of the link "config", whether a run uses it
+        {results, true},
+        {path("relative"), true},
+        {"../../../../../../../../open/./results/", true},
+        {path("open/own/../results"), true},
+        {path("open/planted"), false},
+        {path("open/own/planted"), false},
+        {path("planted_open/results"), false},
+        {path("open/of_another"), false},
+        {path("loop"), false},
+        {path("open/none"), false},
+    };
+    for (const char* directory :
+         {"open/results", "open/own", "open/of_another", "secret/results"}) {
+        fs::create_directories(path(directory));
+    }
+    fs::create_symlink("open/results", path("relative"));
+    fs::create_symlink("loop", path("loop"));
+    plant_link("open/planted", "secret/results");
+    plant_link("open/own/planted", "secret/results");
+    plant_link("planted_open", "secret");
+    for (const char* name :
+         {"open/planted", "open/own/planted", "planted_open", "open/of_another"}) {
+        give_away(name);
+    }
+    fs::create_directories(path(scenario));
+    for (const auto& [target, is_used] : rows) {
+        SCOPED_TRACE(target);
+        fs::remove_all(path(config_directory));
+        fs::create_symlink(target, path(config_directory));
+        fs::remove(results + "/url.list");
+        EXPECT_EQ(installation_.run().status, is_used ? 0 : 255);
+        EXPECT_EQ(fs::exists(results + "/url.list"), is_used);
+        EXPECT_TRUE(installation_.files_of("secret/results").empty());
+        EXPECT_TRUE(installation_.files_of("open/of_another").empty());
+    }
 }
 
 TEST_F(PlantedFiles, AFileInPlaceOfADirectoryIsNoMatterOfOwners) {

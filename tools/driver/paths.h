@@ -41,9 +41,9 @@ void refuse_long_path(const std::string& path);
 
 // Creates every directory of `path` up to its last "/", with permission 0777 less the process's
 // mask. The path is built from the root. The last two of the directories have to be of this user or
-// of root, or links of theirs, so that nobody else leads the run elsewhere. Returns 1 on success; 0
-// after an error line when the path is longer than 2,048 characters, has more than 30 components,
-// or a directory cannot be created.
+// of root, be it behind links of theirs, so that nobody else leads the run elsewhere. Returns 1 on
+// success; 0 after an error line when the path is longer than 2,048 characters, has more than 30
+// components, or a directory cannot be created.
 int mkdir_ex1(const char* path);
 
 // Creates the directory as mkdir_ex1 does, but with permission 0777 whatever the process's mask:
