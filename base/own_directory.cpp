@@ -55,25 +55,19 @@ FileDescriptor make_own_directory(const FileDescriptor& parent, const char* name
 OwnDirectory::OwnDirectory(const std::string& path) : path_(path) {
     const auto [above, name] = split_last(path);
     const auto [start, name_above] = split_last(above);
-    const FileDescriptor first(open(start.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    const FileDescriptor second =
-        open_own_directory(first, name_above.empty() ? "." : name_above.c_str());
-    descriptor_ = open_own_directory(second, name.c_str());
+    OwnWay way(FileDescriptor(open(start.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)));
+    if (way.go_to_own(name_above) && way.go_to_own(name)) {
+        descriptor_ = way.take_last();
+        above_ = open_own_directory(way.take_last(), "."); // may be another than a link stood in
+    }
 }
 
 OwnDirectory OwnDirectory::beside(const std::string& name) const {
-    OwnDirectory other;
-    other.path_ = path_ + "/../" + name;
-    other.descriptor_ = open_own_directory(open_own_directory(descriptor_, ".."), name.c_str());
-    return other;
+    return {path_ + "/../" + name, open_own_directory(above_, name.c_str())};
 }
 
 OwnDirectory OwnDirectory::make_beside(const std::string& name, mode_t permissions) const {
-    OwnDirectory other;
-    other.path_ = path_ + "/../" + name;
-    other.descriptor_ =
-        make_own_directory(open_own_directory(descriptor_, ".."), name.c_str(), permissions);
-    return other;
+    return {path_ + "/../" + name, make_own_directory(above_, name.c_str(), permissions)};
 }
 
 FileDescriptor OwnDirectory::create(const char* name, mode_t permissions) const {

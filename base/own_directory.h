@@ -4,6 +4,7 @@
 
 #include <string>
 #include <sys/types.h>
+#include <utility>
 
 // A directory that holds files of this process's user while other users may write into it and into
 // the one above it, too. What others plant there (links, pipes, files of theirs) is neither
@@ -22,11 +23,13 @@ class OwnDirectory {
     int descriptor() const { return descriptor_.get(); }
     const std::string& path() const { return path_; } // as given
 
-    // The directory `name` in the one above this one, under the same conditions.
+    // The directory `name` in the one in which this one stood when it was opened, wherever somebody
+    // has moved it since. Both have to be as the last two parts of a path. The result has itself
+    // none beside it.
     OwnDirectory beside(const std::string& name) const;
 
-    // Makes the directory `name` in the one above this one, with `permissions` less the process's
-    // mask, unless it is there, and opens it under the same conditions.
+    // Makes the directory `name` there, with `permissions` less the process's mask, unless there is
+    // one, and opens it under the same conditions.
     OwnDirectory make_beside(const std::string& name, mode_t permissions) const;
 
     // Creates a file anew, as create_new_file does.
@@ -41,8 +44,12 @@ class OwnDirectory {
     bool remove(const char* name) const;
 
   private:
+    OwnDirectory(std::string path, FileDescriptor descriptor)
+        : path_(std::move(path)), descriptor_(std::move(descriptor)) {}
+
     std::string path_;
     FileDescriptor descriptor_;
+    FileDescriptor above_;
 };
 
 // Opens the directory `name` in `parent` for looking up what is in it: an own directory, or the one

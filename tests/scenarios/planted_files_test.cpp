@@ -1,3 +1,4 @@
+#include "tests/support/held_stream.h"
 #include "tests/support/permissions.h"
 #include "tests/support/test_installation.h"
 
@@ -337,6 +338,24 @@ TEST_F(PlantedFiles, LinksOfOthersAreNotFollowedBehindOwnLinks) {
         EXPECT_TRUE(installation_.files_of("secret/results").empty());
         EXPECT_TRUE(installation_.files_of("open/of_another").empty());
     }
+}
+
+// Who moves the configuration directory during a run chooses what stands beside it from then on.
+TEST_F(PlantedFiles, TheInputCacheIsBesideWhereTheRunBegan) {
+    fs::create_directories(path("elsewhere/.tmp"));
+    installation_.write("elsewhere/.tmp/replay_settings.dat", secret);
+    fs::create_directories(path(cache_directory));
+    HeldStream progress;
+    installation_.prepare_process([&] { progress.replace(STDERR_FILENO); });
+    const pid_t run = installation_.start({"-s", "web", "-c"});
+    while (progress.take().find("End dumping complete url list") == std::string::npos) {
+    }
+    fs::rename(path(config_directory), path("elsewhere/config"));
+    progress.stop_reading();
+    expect_whole_result(installation_.finish(run));
+    EXPECT_EQ(installation_.read("elsewhere/.tmp/replay_settings.dat"), secret);
+    EXPECT_EQ(installation_.files_of("elsewhere/.tmp").size(), 1U);
+    EXPECT_EQ(installation_.files_of(cache_directory).size(), 4U);
 }
 
 TEST_F(PlantedFiles, AFileInPlaceOfADirectoryIsNoMatterOfOwners) {
