@@ -10,6 +10,10 @@
 
 namespace {
 
+bool remove_file(int directory, const char* name) {
+    return unlinkat(directory, name, 0) == 0 || errno == ENOENT;
+}
+
 FileDescriptor open_in_place(int directory, const char* name) {
     constexpr int flags = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC; // never waits
     FileDescriptor file(openat(directory, name, flags));
@@ -27,7 +31,7 @@ FileDescriptor create_new_file(int directory, const char* name, mode_t permissio
     constexpr mode_t for_owner = 0600; // which is also the most that an inherited list allows
     constexpr int max_attempts = 100;  // how often somebody may be faster with a file of the name
     for (int i = 0; i < max_attempts; ++i) {
-        if (unlinkat(directory, name, 0) != 0 && errno != ENOENT) {
+        if (!remove_file(directory, name)) {
             return open_in_place(directory, name);
         }
         FileDescriptor file(openat(directory, name, flags, for_owner));
@@ -40,4 +44,8 @@ FileDescriptor create_new_file(int directory, const char* name, mode_t permissio
         }
     }
     return {};
+}
+
+bool clear_file(int directory, const char* name) {
+    return remove_file(directory, name) || open_in_place(directory, name).is_open();
 }

@@ -11,3 +11,7 @@
 // removed, it is emptied and used instead, if it is a regular file of the effective user's with no
 // other name. Not open when neither can be done.
 FileDescriptor create_new_file(int directory, const char* name, mode_t permissions);
+
+// Removes what stands under `name` in an open directory, if anything does. Where it cannot be
+// removed, it is emptied instead under the same conditions. Returns false when neither can be done.
+bool clear_file(int directory, const char* name);

@@ -74,6 +74,10 @@ FileDescriptor OwnDirectory::create(const char* name, mode_t permissions) const 
     return create_new_file(descriptor(), name, permissions);
 }
 
+bool OwnDirectory::clear(const char* name) const {
+    return clear_file(descriptor(), name);
+}
+
 FileDescriptor OwnDirectory::open_file(const char* name) const {
     return OwnWay(descriptor_).open_file(name);
 }

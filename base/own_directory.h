@@ -35,6 +35,9 @@ class OwnDirectory {
     // Creates a file anew, as create_new_file does.
     FileDescriptor create(const char* name, mode_t permissions) const;
 
+    // Removes or at least empties a file, as clear_file does.
+    bool clear(const char* name) const;
+
     // Opens an own regular file, or the one that own links lead to, for reading. Not open when
     // there is none.
     FileDescriptor open_file(const char* name) const;

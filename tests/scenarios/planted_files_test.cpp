@@ -417,6 +417,9 @@ TEST_F(PlantedFiles, WhatCannotBeRemovedIsEmptiedOnlyWhenItIsTheUsersOwn) {
     EXPECT_EQ(emptied.status, 0) << emptied.output;
     EXPECT_EQ(installation_.files_of(config_directory), results);
     EXPECT_EQ(installation_.read(debug_log).find("xx"), std::string::npos);
+    EXPECT_EQ(run({"-q", "0"}).status, 0);
+    EXPECT_EQ(installation_.result("query_url.list"), "") << "though none is wanted";
+    EXPECT_EQ(installation_.result("akaau.trace"), "");
 
     const std::function<void()> plants[] = {
         [&] { plant_link(hosts, "victim"); },
@@ -431,6 +434,40 @@ TEST_F(PlantedFiles, WhatCannotBeRemovedIsEmptiedOnlyWhenItIsTheUsersOwn) {
         expect_failure(run({"-a"}),
                        "Failed to open file " + path(config_directory) + "//hosts.list");
         EXPECT_EQ(installation_.read("victim"), secret);
+    }
+}
+
+TEST_F(PlantedFiles, ResultsThatARunDoesNotWriteAreNotLeftByAnother) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "others' files are the superuser's to make";
+    }
+    const std::pair<std::string, std::string> rows[] = {
+        {"query_url.list", "Unable to create 'query_url.list' file"},
+        {"akaau.trace", "Failed to open akaau.trace file"},
+    };
+    fs::create_directories(path(config_directory));
+    fs::create_directories(path(cache_directory));
+    for (const std::string& directory : {scenario, config_directory, cache_directory}) {
+        fs::permissions(path(directory), fs::perms::all | fs::perms::sticky_bit);
+    }
+    fs::permissions(installation_.root(), fs::perms::all);
+    installation_.prepare_process([] { require(setgid(7) == 0 && setuid(7) == 0); });
+    for (const auto& [name, message] : rows) {
+        const std::string file = config_directory + "/" + name;
+        installation_.write(file, "forged\n");
+        give_away(file);
+        for (const fs::perms permissions : {fs::perms::owner_read, fs::perms::all}) {
+            fs::permissions(path(file), permissions);
+            expect_failure(installation_.run({"-q", "0"}), message);
+        }
+        fs::remove(path(file));
+        fs::create_directory(path(file));
+        expect_failure(installation_.run({"-q", "0"}), message);
+        fs::remove(path(file));
+        installation_.write(file, "old\n");
+        EXPECT_EQ(chown(path(file).c_str(), 7, 7), 0);
+        expect_whole_result(installation_.run({"-q", "0"}));
+        EXPECT_FALSE(installation_.exists(file));
     }
 }
 

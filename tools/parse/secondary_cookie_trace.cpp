@@ -8,12 +8,14 @@ char akaau_trace = 0;
 FILE* akaau_trace_fp = nullptr;
 
 void open_akaau_trace(const OwnDirectory& config_dir) {
-    config_dir.remove(akaau_trace_name);
+    bool succeeded;
     if (akaau_trace == 0) {
-        return;
+        succeeded = config_dir.clear(akaau_trace_name);
+    } else {
+        akaau_trace_fp = open_stream(config_dir.create(akaau_trace_name, 0666), "w");
+        succeeded = akaau_trace_fp != nullptr;
     }
-    akaau_trace_fp = open_stream(config_dir.create(akaau_trace_name, 0666), "w");
-    if (akaau_trace_fp == nullptr) {
+    if (!succeeded) {
         fail("Failed to open akaau.trace file");
     }
 }

@@ -12,8 +12,8 @@ extern char akaau_trace;     // 1 after option `akaau_trace`; set while the comm
 extern FILE* akaau_trace_fp; // the open file, or null; opened before and closed after loading,
                              // written by all worker threads, each line in one piece
 
-// Removes the trace of an earlier run from the configuration directory and, with the option given,
-// opens a new one. Fails when that fails.
+// Removes the trace of an earlier run from the configuration directory, or empties one that cannot
+// be removed, and with the option given opens a new one. Fails when that fails.
 void open_akaau_trace(const OwnDirectory& config_dir);
 
 // Closes the trace if it is open. Fails when it could not be written whole.

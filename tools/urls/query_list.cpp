@@ -17,8 +17,9 @@ bool is_query_list_wanted() {
 }
 
 QueryList::QueryList(const OwnDirectory& config_dir) {
-    config_dir.remove(query_url_list_name);
-    if (is_query_list_wanted() && !file_.create(config_dir, query_url_list_name)) {
+    const bool succeeded = is_query_list_wanted() ? file_.create(config_dir, query_url_list_name)
+                                                  : config_dir.clear(query_url_list_name);
+    if (!succeeded) {
         fail("Unable to create 'query_url.list' file");
     }
 }

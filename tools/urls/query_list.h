@@ -12,8 +12,8 @@ bool is_query_list_wanted();
 // unique URL together.
 class QueryList {
   public:
-    // Removes the list of an earlier run and, when one is wanted, makes a new one. Fails when that
-    // fails.
+    // Removes the list of an earlier run, or empties one that cannot be removed, and makes a new
+    // one when one is wanted. Fails when that fails.
     explicit QueryList(const OwnDirectory& config_dir);
 
     bool is_open() const { return file_.is_open(); }
