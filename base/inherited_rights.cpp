@@ -27,7 +27,8 @@ bool has_own_group(int file) {
 
 void set_rights(int file, mode_t permissions) {
     const bool has_no_list = remove_attribute(file, "system.posix_acl_access");
-    const bool is_of_group = has_own_group(file) || fchown(file, -1, getegid()) == 0;
+    const bool is_of_group =
+        has_own_group(file) || fchown(file, static_cast<uid_t>(-1), getegid()) == 0;
     const mode_t inherited = has_no_list && is_of_group ? 0 : S_IRWXG;
     (void)!fchmod(file, permissions & ~(process_mask | inherited));
 }

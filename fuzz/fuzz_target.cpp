@@ -1,5 +1,6 @@
 #include "tests/unit_helpers.h"
 
+#include <mutex>
 #include <sys/mman.h>
 #include <vector>
 
@@ -13,6 +14,7 @@ void* mmap_for_input(void*, size_t, int, int, int, off_t) asm("__wrap_mmap64");
 
 namespace {
 
+std::mutex mutex;                            // of the blocks: worker threads ask for them, too
 std::vector<std::unique_ptr<char[]>> blocks; // of one input
 
 } // namespace
@@ -20,6 +22,7 @@ std::vector<std::unique_ptr<char[]>> blocks; // of one input
 // Large blocks are those of tables, which are given back.
 void* mmap_for_input(void* place, size_t size, int protection, int flags, int file, off_t offset) {
     const bool is_block_of_texts = (flags & MAP_NORESERVE) != 0 && size < size_t{1} << 20;
+    const std::lock_guard lock(mutex);
     return is_block_of_texts ? blocks.emplace_back(new char[size]()).get()
                              : real_mmap(place, size, protection, flags, file, offset);
 }

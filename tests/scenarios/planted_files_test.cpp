@@ -60,6 +60,20 @@ class PlantedFiles : public testing::Test {
         EXPECT_EQ(chmod(path(directory).c_str(), 02777), 0);
     }
 
+    // A run that can neither remove nor make a result or its debug log.
+    RunResult run_in_closed_directories(const Lines& options) {
+        const fs::path directories[] = {path(config_directory), path("webapps/zivrano/logs")};
+        for (const fs::path& directory : directories) {
+            fs::permissions(directory, fs::perms::owner_read | fs::perms::owner_exec);
+        }
+        installation_.prepare_process(obey_permissions);
+        RunResult result = installation_.run(options);
+        for (const fs::path& directory : directories) {
+            fs::permissions(directory, fs::perms::all);
+        }
+        return result;
+    }
+
     void expect_whole_result(const RunResult& run) const {
         EXPECT_EQ(run.output, summary_line({.total = 1, .url_patterns = 1}));
         EXPECT_EQ(run.status, 0);
@@ -390,19 +404,6 @@ TEST_F(PlantedFiles, UsersShareDirectoriesOfTheSuperuser) {
 TEST_F(PlantedFiles, WhatCannotBeRemovedIsEmptiedOnlyWhenItIsTheUsersOwn) {
     const std::string debug_log = "webapps/zivrano/logs/zivrano_replay_debug.log";
     const std::string hosts = config_directory + "/hosts.list";
-    const fs::perms read_only = fs::perms::owner_read | fs::perms::owner_exec;
-    const auto run = [&](const Lines& options) {
-        const fs::path directories[] = {path(config_directory), path("webapps/zivrano/logs")};
-        for (const fs::path& directory : directories) {
-            fs::permissions(directory, read_only);
-        }
-        installation_.prepare_process(obey_permissions);
-        const RunResult result = installation_.run(options);
-        for (const fs::path& directory : directories) {
-            fs::permissions(directory, fs::perms::all);
-        }
-        return result;
-    };
     EXPECT_EQ(installation_.run({"-d1", "-a"}).status, 0);
     const auto results = installation_.files_of(config_directory);
     const std::string long_text(5000, 'x');
@@ -410,14 +411,14 @@ TEST_F(PlantedFiles, WhatCannotBeRemovedIsEmptiedOnlyWhenItIsTheUsersOwn) {
     for (const auto& [name, text] : results) {
         installation_.write(config_directory + "/" + name, long_text);
     }
-    const RunResult emptied = run({"-d1", "-a"});
+    const RunResult emptied = run_in_closed_directories({"-d1", "-a"});
     if (emptied.status == not_permitted) {
         GTEST_SKIP() << "the superuser's rights can not be given up";
     }
     EXPECT_EQ(emptied.status, 0) << emptied.output;
     EXPECT_EQ(installation_.files_of(config_directory), results);
     EXPECT_EQ(installation_.read(debug_log).find("xx"), std::string::npos);
-    EXPECT_EQ(run({"-q", "0"}).status, 0);
+    EXPECT_EQ(run_in_closed_directories({"-q", "0"}).status, 0);
     EXPECT_EQ(installation_.result("query_url.list"), "") << "though none is wanted";
     EXPECT_EQ(installation_.result("akaau.trace"), "");
 
@@ -431,7 +432,7 @@ TEST_F(PlantedFiles, WhatCannotBeRemovedIsEmptiedOnlyWhenItIsTheUsersOwn) {
     };
     for (const auto& plant : plants) {
         plant();
-        expect_failure(run({"-a"}),
+        expect_failure(run_in_closed_directories({"-a"}),
                        "Failed to open file " + path(config_directory) + "//hosts.list");
         EXPECT_EQ(installation_.read("victim"), secret);
     }
