@@ -207,8 +207,8 @@ Answer answer_and_record(const RunProcess& run, const RunPlace& place, FileDescr
         make_directories(place, directories);
     }
     Inputs inputs = {{}, {}, fault};
-    const Answer answer = fault.empty() ? decide_safely(run, place, directories, inputs)
-                                        : Answer{Reuse::nothing, fault};
+    Answer answer = fault.empty() ? decide_safely(run, place, directories, inputs)
+                                  : Answer{Reuse::nothing, fault};
     if (asks_itself) {
         record(answer, run, place, directories, inputs);
     }

@@ -47,7 +47,8 @@ Lines read_lines(int descriptor, size_t line_size) {
 Lines read_ranges(int descriptor, size_t line_size, size_t file_size, Choices& choices) {
     Lines lines;
     for (size_t begin = 0; begin < file_size;) {
-        const size_t size = choices.one_in(3) ? choices.below(file_size) : choices.below(9);
+        const bool is_small = choices.any_left() && !choices.one_in(3);
+        const size_t size = is_small ? choices.below(9) : file_size / 9 + choices.below(file_size);
         const size_t end = std::min(begin + 1 + size, file_size);
         LineReader reader(descriptor, line_size, {begin, end, file_size});
         for (std::string& line : take_lines(reader)) {

@@ -15,7 +15,7 @@ constexpr Property properties[] = {
     {"CompleteUrlListIsReadBackAsItWasWritten", check_complete_url_list, 14, 60},
     {"FieldSplitterAgreesWithAPlainSplitter", check_field_splitter, 11, 20000},
     {"LineReaderGivesTheLinesOfALineByLineReader", check_line_reader, 3, 40},
-    {"LogsAreLoadedAlikeInPiecesAndInOrder", check_log_loader, 5, 100},
+    {"LogsAreLoadedAlikeInPiecesAndInOrder", check_log_loader, 5, 200},
     {"ObserversAreToldOnceOfEachLineAndChangeNothing", check_observed_lines, 7, 2000},
     {"PatternMatchingAgreesWithTheLibrarysExpressions", check_pattern_matching, 1, 4000},
     {"TimestampsAgreeWithTheLibraryInEveryZone", check_timestamps, 4, 24},

@@ -75,6 +75,7 @@ std::vector<LogExtent> fix_line_budgets() {
         refuse_files_without_lines();
     }
     std::vector<LogExtent> extents;
+    extents.reserve(static_cast<size_t>(num_al_files));
     for (int i = 0; i < num_al_files; ++i) {
         extents.push_back(measure(seq_file_path[i]));
     }

@@ -114,6 +114,7 @@ void refuse_too_many_requests() {
 void make_request_table(Loading& loading, std::deque<Worker>& workers) {
     log_allocation(fname, "al_info_array", g_valid_request * described_request_size);
     std::vector<WorkerBatch> batches;
+    batches.reserve(loading.loaded.size());
     for (LoadedPiece& loaded : loading.loaded) {
         batches.push_back({&loaded.batch, loaded.worker});
     }
@@ -123,6 +124,7 @@ void make_request_table(Loading& loading, std::deque<Worker>& workers) {
         grants.insert(grants.end(), more.begin(), more.end());
     }
     std::vector<RequestTexts> texts;
+    texts.reserve(workers.size());
     for (Worker& worker : workers) {
         texts.push_back(worker.parsing.interner.take_texts());
     }

@@ -107,7 +107,7 @@ void settle_next(Worker& worker, PieceQueue& queue) {
         thread.begin_file(piece);
     }
     if (loaded.failure) {
-        throw *loaded.failure;
+        fail("%s", loaded.failure->message.c_str());
     }
     settle_events(worker, queue, loaded, piece);
     thread.end(piece, loaded.batch);

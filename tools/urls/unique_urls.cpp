@@ -48,7 +48,7 @@ UrlInfo& add_entry(TextArena& texts, const RequestRow& first, std::string_view k
     const UrlKey key(key_text);
     standard_method(key_text, entry.method);
     if (const char* own_method = read_own_texts(first.own_texts).method; own_method != nullptr) {
-        std::strcpy(entry.method, own_method);
+        std::memcpy(entry.method, own_method, std::strlen(own_method) + 1);
     }
     entry.count = count;
     entry.host_hdr = key.host;
