@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <new>
 #include <string_view>
+#include <utility>
 
 // How the program takes memory: every block has a name, is announced in the debug log (level 2)
 // where its caller says so, and is there on return: running out of memory ends the process with an
@@ -66,4 +67,17 @@ template <typename Element> struct PageAllocator {
         }
     }
     bool operator==(const PageAllocator&) const = default;
+};
+
+// The same for elements that are written before they are read: new ones are not cleared.
+template <typename Element> struct RawPageAllocator : PageAllocator<Element> {
+    template <typename Other> struct rebind { using other = RawPageAllocator<Other>; };
+
+    RawPageAllocator() = default;
+    template <typename Other> explicit RawPageAllocator(const RawPageAllocator<Other>&) {}
+
+    template <typename Made> void construct(Made* place) { ::new (static_cast<void*>(place)) Made; }
+    template <typename Made, typename... From> void construct(Made* place, From&&... from) {
+        ::new (static_cast<void*>(place)) Made(std::forward<From>(from)...);
+    }
 };

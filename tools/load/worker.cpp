@@ -31,6 +31,8 @@ void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescrip
                 const AfterLine& after_line) {
     LineReader lines = piece.is_stream ? LineReader(file.get(), line_size)
                                        : LineReader(file.get(), line_size, piece.range);
+    constexpr uint64_t usual_line = 200; // bytes, rather too few than too many
+    batch.rows.reserve(std::min(piece.range.end - piece.range.begin, log_piece_size) / usual_line);
     const InputFileInfo& input = seq_file_path[piece.file];
     const LogPart part = {.file_name = input.input_file,
                           .lines_before = lines_before,

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-using RequestRows = std::vector<RequestRow, PageAllocator<RequestRow>>;
+using RequestRows = std::vector<RequestRow, RawPageAllocator<RequestRow>>;
 
 // The session texts and URL keys of a run or of the requests that one worker thread has read. What
 // sessions are ordered by, byte by byte, is their text: the cookie value, or the address with its

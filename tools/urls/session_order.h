@@ -21,7 +21,7 @@ struct OrderedSession {
     bool has_session; // false for the requests that belong to no session
 };
 
-using OrderedRequests = std::vector<OrderedRequest, PageAllocator<OrderedRequest>>;
+using OrderedRequests = std::vector<OrderedRequest, RawPageAllocator<OrderedRequest>>;
 
 // Requests of one session and one second keep the order of the table. The rows stay where they are.
 struct SessionOrder {
