@@ -81,7 +81,8 @@ std::string text_or_none(const char* text) {
 // The request table, with the texts that its ids stand for, and the counters.
 Rows describe_loaded() {
     Rows rows;
-    for (const RequestRow& row : request_table.rows) {
+    for (uint32_t i = 0; i < request_table.rows.size(); ++i) {
+        const RequestRow& row = request_table.rows[i];
         const OwnTexts own = read_own_texts(row.own_texts);
         rows.push_back(std::to_string(row.time_stamp) + " " +
                        std::string(request_table.texts.sessions.text(row.session)) + " " +

@@ -184,6 +184,7 @@ TEST_F(LogFiles, TakeTheMemoryOfTheirRequestsWhateverTheirSize) {
               summary_line({.total = 100, .url_patterns = 1}));
     installation_.write("logs/access_1", short_lines);
     installation_.name_logs({"logs/access_1"}, no_limit);
+    installation_.prepare_process([] { limit_memory(size_t{48} << 20); });
     const RunResult run = installation_.run();
     expect_some_failure(run);
     EXPECT_TRUE(run.output.starts_with("ZVR_GUI_ERROR:Out of Memory: ")) << run.output;

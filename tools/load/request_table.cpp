@@ -3,7 +3,6 @@
 #include "base/parallel_tasks.h"
 #include "base/text_hash.h"
 
-#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -65,20 +64,17 @@ RequestTable join_batches(const std::vector<WorkerBatch>& batches, std::vector<R
         return table;
     }
     const std::vector<WorkerIds> ids = join_texts(texts, thread_count);
-    std::vector<size_t> starts;
-    size_t count = 0;
-    for (const WorkerBatch& batch : batches) {
-        starts.push_back(count);
-        count += batch.batch->rows.size();
-    }
-    table.rows.resize(count);
     run_tasks(thread_count, batches.size(), [&](size_t i) {
-        RequestRows rows = std::move(batches[i].batch->rows);
         if (batches[i].worker != 0) {
-            replace_ids(rows, ids[batches[i].worker]);
+            replace_ids(batches[i].batch->rows, ids[batches[i].worker]);
         }
-        std::copy(rows.begin(), rows.end(), table.rows.begin() + static_cast<ptrdiff_t>(starts[i]));
     });
+    std::vector<uint32_t> starts;
+    starts.reserve(batches.size());
+    for (const WorkerBatch& batch : batches) {
+        starts.push_back(table.rows.size());
+        table.rows.add(std::move(batch.batch->rows));
+    }
     for (const auto& [receiver, donor] : grants) {
         table.rows[starts[receiver.batch] + receiver.row].session =
             table.rows[starts[donor.batch] + donor.row].session;

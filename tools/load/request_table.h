@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/load/row_table.h"
 #include "tools/load/session_settlement.h"
 #include "tools/parse/request_batch.h"
 #include "tools/parse/request_interner.h"
@@ -12,7 +13,7 @@
 // threads have ended; the totals also by fill_url_pattern_from_cache when a run does not load.
 
 struct RequestTable {
-    RequestRows rows;   // in load order
+    RowTable rows;      // in load order
     RequestTexts texts; // that their ids stand for; sessions may be there that no row has
 };
 

@@ -35,9 +35,7 @@ struct SessionPlace {
 std::vector<SessionPlace> find_places(const RequestTable& table,
                                       const std::vector<SessionKey>& keys) {
     std::vector<SessionPlace> places(table.texts.sessions.count());
-    for (const RequestRow& row : table.rows) {
-        ++places[row.session].end;
-    }
+    table.rows.for_each([&](uint32_t, const RequestRow& row) { ++places[row.session].end; });
     uint32_t start = 0;
     for (const SessionKey& key : keys) {
         start += std::exchange(places[key.session].end, start);
@@ -46,15 +44,14 @@ std::vector<SessionPlace> find_places(const RequestTable& table,
 }
 
 // Puts the requests of each session together, in table order.
-OrderedRequests place_requests(const RequestRows& rows, std::vector<SessionPlace>& places) {
+OrderedRequests place_requests(const RowTable& rows, std::vector<SessionPlace>& places) {
     OrderedRequests requests(rows.size());
-    for (uint32_t i = 0; i < rows.size(); ++i) {
-        const RequestRow& row = rows[i];
+    rows.for_each([&](uint32_t index, const RequestRow& row) {
         SessionPlace& place = places[row.session];
-        requests[place.end++] = {i, row.url, row.is_redirect};
+        requests[place.end++] = {index, row.url, row.is_redirect};
         place.is_in_order = place.is_in_order && place.last_time <= row.time_stamp;
         place.last_time = row.time_stamp;
-    }
+    });
     return requests;
 }
 
