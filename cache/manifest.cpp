@@ -18,7 +18,7 @@ constexpr std::string_view loading_line = "[loading]";
 constexpr std::string_view classification_line = "[classification]";
 constexpr std::string_view results_line = "[results]";
 constexpr std::string_view end_line = "[end]";
-constexpr mode_t permissions = 0644; // whatever the mask: nobody else is to write into it
+constexpr mode_t permissions = 0600; // it holds lines of inputs that others may not read
 constexpr std::string_view sealed_key = "sealed "; // and the time of the file system; last line
 
 constexpr size_t max_size = size_t{1} << 24;

@@ -136,7 +136,7 @@ void forget_last_run(const RunPlace& place, const OwnDirectory& input_cache) {
 
 // For those who wonder why a run has, or has not, read the logs.
 void write_answer(const Answer& answer, const OwnDirectory& input_cache) {
-    const FileDescriptor file = input_cache.create(answer_name, 0666);
+    const FileDescriptor file = input_cache.create(answer_name, 0600);
     write_whole(file.get(),
                 std::to_string(static_cast<int>(answer.reuse)) + ": " + answer.reason + "\n");
 }

@@ -191,6 +191,32 @@ TEST_F(PlantedFiles, WhatIsExchangedBehindTheCheckersBackIsNotUsed) {
     }
 }
 
+// The name of the directory is what others may exchange, twice, when it is a link elsewhere.
+TEST_F(PlantedFiles, ALinkThatWasExchangedAndPutBackIsNotTrusted) {
+    fs::create_directories(path("elsewhere/config"));
+    fs::create_directories(path("elsewhere/.tmp"));
+    plant_link(config_directory, path("elsewhere/config"));
+    installation_.write_checker(1);
+    EXPECT_EQ(installation_.run().status, 0);
+    installation_.write("elsewhere/config/url.list", "Total=9\n");
+    const std::string away = path("away");
+    installation_.write_checker_script("/bin/mv " + config_directory + " " + away + "; /bin/mv " +
+                                       away + " " + config_directory + "; exit 0");
+    expect_whole_result(installation_.run());
+}
+
+// A checker that has answered 0 has removed the backup, so that its name is free for everybody.
+TEST_F(PlantedFiles, WhatTakesTheBackupsPlaceIsNotRemoved) {
+    EXPECT_EQ(installation_.run().status, 0);
+    const std::string backup = "/tmp/zvr_al_gen_url_list.backup.$PPID";
+    installation_.write_checker_script("/bin/rm -r " + backup + "; /bin/mkdir -p " + backup +
+                                       "/kept; /bin/mv " + config_directory + " x; /bin/mv x " +
+                                       config_directory + "; exit 0");
+    const RunResult run = installation_.run();
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(run.left_backup_directory);
+}
+
 TEST_F(PlantedFiles, DirectoriesOfOthersAreRefused) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "others' directories are the superuser's to make";
@@ -283,8 +309,8 @@ TEST_F(PlantedFiles, NothingInheritsRightsFromItsDirectory) {
                 {config_directory + "/hosts.list", 0666 & ~mask},
                 {config_directory + "/akaau.trace", 0666 & ~mask},
                 {logs + "/zivrano_replay_debug.log", 0666 & ~mask},
-                {cache_directory + "/cache_answer.txt", 0666 & ~mask},
-                {cache_directory + "/cache_manifest.txt", 0644 & ~mask},
+                {cache_directory + "/cache_answer.txt", 0600},
+                {cache_directory + "/cache_manifest.txt", 0600},
                 {cache_directory + "/web.conf", 0600},
             };
             for (const auto& [name, permissions] : rows) {

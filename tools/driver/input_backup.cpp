@@ -9,7 +9,9 @@
 #include "cache/manifest.h"
 #include "tools/driver/paths.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <initializer_list>
@@ -18,6 +20,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -50,6 +53,26 @@ bool copy_into_directory(const FileDescriptor& source, int directory, const char
     }
     FileDescriptor target = create_new_file(directory, name, mode & S_IRWXU);
     return target.is_open() && copy_contents(source.get(), target.get()) && target.close();
+}
+
+// Names of what is in a directory, whatever has become of its path.
+std::vector<std::string> names_in(const FileDescriptor& directory) {
+    std::vector<std::string> names;
+    FileDescriptor own(openat(directory.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    DIR* const entries = own.is_open() ? fdopendir(own.get()) : nullptr;
+    if (entries == nullptr) {
+        return names;
+    }
+    own.release(); // closed with the entries
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else reads from this stream
+    while (const dirent* entry = readdir(entries)) {
+        const std::string name = entry->d_name;
+        if (name != "." && name != "..") {
+            names.push_back(name);
+        }
+    }
+    closedir(entries);
+    return names;
 }
 
 void require_success(const std::string& command, bool succeeded) {
@@ -114,17 +137,13 @@ bool InputBackup::is_exclusive() const {
 
 bool InputBackup::copy_inputs_to(const OwnDirectory& cache) const {
     constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC; // never waits
-    std::error_code error;
-    fs::directory_iterator entry(path_, error);
-    bool succeeded = !error && entry != fs::directory_iterator();
-    for (; succeeded && entry != fs::directory_iterator(); entry.increment(error)) {
-        const std::string name = entry->path().filename();
+    const std::vector<std::string> names = names_in(directory_);
+    return !names.empty() && std::all_of(names.begin(), names.end(), [&](const std::string& name) {
         const FileDescriptor source(openat(directory_.get(), name.c_str(), flags));
-        succeeded = name.starts_with('.') || name == manifest_name ||
-                    (S_ISREG(mode_of(source)) &&
-                     copy_into_directory(source, cache.descriptor(), name.c_str()));
-    }
-    return succeeded && !error;
+        return name.starts_with('.') || name == manifest_name ||
+               (S_ISREG(mode_of(source)) &&
+                copy_into_directory(source, cache.descriptor(), name.c_str()));
+    });
 }
 
 // There may be none, as with another checker.
@@ -148,7 +167,13 @@ void InputBackup::copy_to_cache(const OwnDirectory& config_dir, bool is_reusable
     }
 }
 
+// By its descriptor: when the checker has removed the directory, another one may stand in its
+// place.
 void InputBackup::remove() const {
-    std::error_code ignored; // whatever stays behind harms nobody
-    fs::remove_all(path_, ignored);
+    for (const std::string& name : names_in(directory_)) {
+        unlinkat(directory_.get(), name.c_str(), 0);
+    }
+    if (is_at(AT_FDCWD, path_.c_str(), directory_)) {
+        rmdir(path_.c_str());
+    }
 }

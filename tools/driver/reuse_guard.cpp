@@ -3,6 +3,7 @@
 #include "base/file_state.h"
 
 #include <algorithm>
+#include <array>
 #include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,27 +13,37 @@ namespace {
 
 constexpr useconds_t longest_step = 10'000; // of the times of files, in microseconds
 
-// A directory and the one above it.
-struct Directories {
-    struct stat itself;
-    struct stat above;
-};
+// A directory and the one above it; and the one in which its name stands, which is another one when
+// that is a link.
+using Directories = std::array<struct stat, 3>;
+
+std::string named_in(std::string path) {
+    while (path.ends_with('/')) {
+        path.pop_back();
+    }
+    return path.substr(0, path.rfind('/') + 1);
+}
 
 bool look_at(const OwnDirectory& directory, Directories& found) {
-    return directory.is_open() && fstat(directory.descriptor(), &found.itself) == 0 &&
-           fstatat(directory.descriptor(), "..", &found.above, 0) == 0;
+    return directory.is_open() && fstat(directory.descriptor(), &found[0]) == 0 &&
+           fstatat(directory.descriptor(), "..", &found[1], 0) == 0 &&
+           stat(named_in(directory.path()).c_str(), &found[2]) == 0;
 }
 
 std::string states_of(const Directories& directories) {
-    return state_text(directories.itself) + " " + state_text(directories.above);
+    std::string states;
+    for (const struct stat& directory : directories) {
+        states += state_text(directory) + " ";
+    }
+    return states;
 }
 
 bool have_settled(const Directories& directories) {
     timespec now;
     clock_gettime(CLOCK_REALTIME_COARSE, &now);
-    const int64_t changed =
-        std::max(nanoseconds(directories.itself.st_ctim), nanoseconds(directories.above.st_ctim));
-    return nanoseconds(now) - changed > int64_t{1000} * longest_step;
+    return std::all_of(directories.begin(), directories.end(), [&](const struct stat& directory) {
+        return nanoseconds(now) - nanoseconds(directory.st_ctim) > int64_t{1000} * longest_step;
+    });
 }
 
 } // namespace

@@ -10,12 +10,13 @@
 // what was exchanged.
 class ReuseGuard {
   public:
-    // Notes the states of the configuration directory and of the one above it, as they are before
-    // the checker is asked. Waits for some hundredths of a second when either has just been
-    // changed, since the times of files advance in steps.
+    // Notes the states of the configuration directory, of the one above it and of the one in which
+    // its name stands, maybe as a link, as they are before the checker is asked. Waits for some
+    // hundredths of a second when one of them has just been changed, since the times of files
+    // advance in steps.
     explicit ReuseGuard(const std::string& config_directory);
 
-    // Whether `config_dir` is the directory whose state was noted, and both states are the same
+    // Whether `config_dir` is the directory whose state was noted, and all states are the same
     // still. To be asked once what is used again has been opened or read.
     bool holds(const OwnDirectory& config_dir) const;
 
