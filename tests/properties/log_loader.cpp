@@ -12,6 +12,7 @@
 #include "tools/parse/request_fields.h"
 
 #include <array>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -119,15 +120,31 @@ Rows load(const std::vector<Log>& logs) {
     return describe_loaded();
 }
 
-// Line by line in the order of the logs, as the debug log shows it.
+std::atomic<uint64_t> observed_requests; // lines that were no comment
+std::atomic<uint64_t> accepted_requests;
+
+void count_line(const ObservedLogLine& line) {
+    const LineKind kind = line.outcome.kind;
+    EXPECT_EQ(line.request != nullptr, kind == LineKind::accepted);
+    EXPECT_GE(line.line_num, 1);
+    observed_requests += kind != LineKind::empty && kind != LineKind::comment;
+    accepted_requests += kind == LineKind::accepted;
+}
+
+// Line by line in the order of the logs, as the debug log shows it and an observer is told.
 Rows load_in_order(const std::vector<Log>& logs) {
     log_piece_size = uint64_t{4} << 20;
     LineReader::block_size = size_t{256} << 10;
     debug_fp = std::fopen("/dev/null", "w");
     debug_on = 1;
     debug_level = 4;
+    observed_requests = accepted_requests = 0;
+    log_line_observer = count_line;
     const Rows rows = load(logs);
+    log_line_observer = nullptr;
     close_debug_log();
+    EXPECT_EQ(observed_requests, g_total_req);
+    EXPECT_EQ(accepted_requests, g_valid_request);
     return rows;
 }
 

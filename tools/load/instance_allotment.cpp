@@ -29,19 +29,19 @@ void allot_files(parsingThreadArgs& thread, int first_instance) {
 int allot_instances(parsingThreadArgs* threads, int thread_count) {
     const int instance_per_thread =
         static_cast<int>(std::ceil(static_cast<double>(g_num_instance) / thread_count));
-    int alloted_instance = 0;
-    int alloted_file_idx = 0;
+    int allotted_instance = 0;
+    int allotted_file_idx = 0;
     for (int i = 0; i < thread_count; ++i) {
         parsingThreadArgs& thread = threads[i];
-        thread.num_instance = std::min(instance_per_thread, g_num_instance - alloted_instance);
+        thread.num_instance = std::min(instance_per_thread, g_num_instance - allotted_instance);
         if (thread.num_instance == 0) {
             return i;
         }
         thread.thread_idx = i;
-        thread.seq_file_start_idx = alloted_file_idx;
-        allot_files(thread, alloted_instance);
-        alloted_file_idx += thread.num_seq_file;
-        alloted_instance += thread.num_instance;
+        thread.seq_file_start_idx = allotted_file_idx;
+        allot_files(thread, allotted_instance);
+        allotted_file_idx += thread.num_seq_file;
+        allotted_instance += thread.num_instance;
     }
     return thread_count;
 }

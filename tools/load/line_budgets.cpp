@@ -5,6 +5,7 @@
 #include "base/progress.h"
 #include "tools/load/input_files.h"
 #include "tools/load/line_count.h"
+#include "tools/parse/line_outcome.h"
 
 #include <cstdint>
 #include <sys/stat.h>
@@ -64,12 +65,16 @@ LogExtent measure(const InputFileInfo& file) {
 
 } // namespace
 
+bool lines_are_told() {
+    return debug_wanted(2) || log_line_observer != nullptr;
+}
+
 std::vector<LogExtent> fix_line_budgets() {
     DEBUG_LOG(3, fname, "Counting total number of request.");
     const PhaseProgress progress(
         "\tStart Counting total number of request from log files at %s\n",
         "\tEnd Counting total number of request from log files at %s\n\tTotal time taken : %ld\n");
-    if (debug_wanted(2)) {
+    if (lines_are_told()) {
         count_files();
     } else {
         refuse_files_without_lines();

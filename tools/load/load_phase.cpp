@@ -41,12 +41,12 @@ void announce_tables(const parsingThreadArgs* threads, int thread_count) {
     }
 }
 
-// Pieces go to any worker, unless the debug log tells of single lines.
+// Pieces go to any worker, unless somebody is told of single lines.
 void prepare(Loading& loading, const std::vector<LogExtent>& extents, parsingThreadArgs* threads,
              int thread_count) {
     loading.pieces = cut_logs(extents, threads, thread_count);
     loading.loaded = std::vector<LoadedPiece>(loading.pieces.size());
-    loading.is_told_in_order = debug_wanted(2);
+    loading.is_told_in_order = lines_are_told();
     size_t next = 0;
     for (int i = 0; i < thread_count; ++i) {
         const size_t first = next;

@@ -2,9 +2,13 @@
 
 #include <cstdint>
 
+struct accessLogInfo;
+
 // What became of a line of an access log.
 enum class LineKind {
     accepted,
+    empty,          // no line that a parser is asked about
+    comment,        // likewise
     unclosed_field, // a quote or bracket has no end
     too_few_fields, // than the layout needs
     invalid_client_address,
@@ -20,3 +24,14 @@ struct LineOutcome {
     uint64_t time_stamp = 0; // seconds, on the scale of tools/parse/timestamps.h; 0 unless the time
                              // was read before the line was rejected
 };
+
+struct ObservedLogLine {
+    const char* file_name;
+    int64_t line_num; // in the file, from 1
+    LineOutcome outcome;
+    const accessLogInfo* request; // its texts hold for the call; null unless the line is accepted
+};
+
+// Told of every line of the access logs that is read, those of one loading thread in their order,
+// by that thread. Null, as in the tool: nobody is told. Set by a program before process_url_files.
+extern void (*log_line_observer)(const ObservedLogLine& line);

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <string_view>
 
+void (*log_line_observer)(const ObservedLogLine& line) = nullptr;
+
 namespace {
 
 constexpr const char* fname = "load_url_info";
@@ -124,6 +126,17 @@ bool is_request(LineText line) {
     return line.size != 0 && line.text[0] != '#';
 }
 
+void observe(const LogPart& part, const RequestBatch& batch, LineOutcome outcome,
+             const alInfo* request) {
+    if (log_line_observer != nullptr) {
+        log_line_observer({part.file_name, part.lines_before + batch.line_count, outcome, request});
+    }
+}
+
+void observe_no_request(const LogPart& part, const RequestBatch& batch, LineText line) {
+    observe(part, batch, {line.size == 0 ? LineKind::empty : LineKind::comment, 0}, nullptr);
+}
+
 void remove_carriage_return(LineText& line) {
     if (line.size != 0 && line.text[line.size - 1] == '\r') {
         line.text[--line.size] = '\0';
@@ -148,13 +161,17 @@ void load_url_info(ParsingThread& thread, LineReader& lines, const LogPart& part
         ++batch.line_count;
         remove_carriage_return(line);
         if (!is_request(line)) {
+            observe_no_request(part, batch, line);
             continue;
         }
         ++thread.counters.total_req;
         const int64_t line_num = part.lines_before + batch.line_count;
-        if (parse_line(thread, &thread.request, line, part.file_name, 0, line_num) == 0) {
+        const bool is_accepted =
+            parse_line(thread, &thread.request, line, part.file_name, 0, line_num) == 0;
+        if (is_accepted) {
             add_request(thread, names, batch);
         }
+        observe(part, batch, thread.outcome, is_accepted ? &thread.request : nullptr);
         if (after_line && !after_line()) {
             break;
         }
