@@ -58,22 +58,24 @@ constexpr std::string_view constructs[] = {"a",
                                            "\\[",
                                            "[(]",
                                            "[|*]"};
-// The library writes these out, so few of them may come together.
+// The library writes these out, and needs seconds or gigabytes for some that come together.
+constexpr size_t most_repetitions = 2;
 constexpr std::string_view repetitions[] = {"?",    "+",          "*",     "{2}",   "{,2}",
                                             "{1,}", "{0}",        "{0,1}", "{2,3}", "{,}",
                                             "{1}",  "{\\0,1\\,}", "{3}",   "?"};
 
 std::string random_pattern(Choices& choices) {
     std::string pattern;
-    size_t repetitions_left = 4;
+    size_t repetitions_left = most_repetitions;
     for (size_t left = 1 + choices.below(10); left > 0; --left) {
         const bool repeats = repetitions_left > 0 && choices.one_in(3);
         pattern += repeats ? choices.of(repetitions) : choices.of(constructs);
         repetitions_left -= repeats ? 1 : 0;
     }
     // More positions than a word has bits. The library's time multiplies with empty parts.
-    if (repetitions_left == 4 && pattern.find_first_of("|)") == std::string::npos) {
-        pattern = "(.?" + pattern + "){40}";
+    if (repetitions_left == most_repetitions && pattern.size() < 9 &&
+        pattern.find_first_of("|)$^\\") == std::string::npos) {
+        pattern = "(.?" + pattern + "){33}";
     }
     return encode_stars(pattern.c_str());
 }
