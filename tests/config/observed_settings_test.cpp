@@ -6,11 +6,7 @@ using enum ObservedKind;
 TEST(ObservedSettings, AreToldAsTheyAreTaken) {
     const std::string piece(2047, '#'); // of a line, as they are read
     const std::string long_name(1024, 'J');
-    const struct {
-        std::string oddity;
-        std::string text;
-        std::vector<Observed> told;
-    } rows[] = {
+    const std::vector<ObservedFile> files = {
         {"misspelt keyword, keyword behind a blank",
          "COOKIENAME J\n COOKIE_NAME J\n",
          {{1, unknown_keyword, "", "COOKIENAME J"}, {2, unknown_keyword, "", " COOKIE_NAME J"}}},
@@ -85,20 +81,12 @@ TEST(ObservedSettings, AreToldAsTheyAreTaken) {
           {2, taken, "NUM_THREAD", "1"},
           {3, comment, "", piece.substr(1)}}},
     };
-    const TemporaryDirectory directory;
-    LinesObserved observer;
-    for (const auto& [oddity, text, told] : rows) {
-        refusal_of_settings(directory.write("settings", text));
-        EXPECT_EQ(observer.take(), told) << oddity;
-    }
+    expect_told(files, refusal_of_settings);
 }
 
 TEST(ObservedSettings, TellWhichPositionsAFieldLineSets) {
-    const struct {
-        std::string oddity;
-        std::string text; // after the keyword
-        std::vector<Observed> told;
-    } rows[] = {
+    std::vector<ObservedFile> files = {
+        // their text after the keyword
         {"plain", " URL=5", {{1, separator_skipped, "URL", "=5"}, {1, value_set, "URL", "5"}}},
         {"name in small letters", " url 5", {{1, value_unknown, "AL_FIELD", "url 5"}}},
         {"two blanks before it", "  URL 5", {{1, value_unknown, "AL_FIELD", " URL 5"}}},
@@ -120,17 +108,9 @@ TEST(ObservedSettings, TellWhichPositionsAFieldLineSets) {
          " URL 5,6",
          {{1, text_not_read, "URL", ",6"}, {1, value_set, "URL", "5,6"}}},
     };
-    const TemporaryDirectory directory;
-    LinesObserved observer;
-    for (auto [oddity, text, told] : rows) {
-        refusal_of_settings(directory.write("settings", "AL_FIELD" + text + "\n"));
+    for (auto& [oddity, text, told] : files) {
         told.push_back({1, taken, "AL_FIELD", text.substr(text.empty() ? 0 : 1)});
-        EXPECT_EQ(observer.take(), told) << oddity;
+        text = "AL_FIELD" + text + "\n";
     }
-}
-
-TEST(ObservedSettings, ThatAreMissingAreToldOnce) {
-    LinesObserved observer;
-    EXPECT_NE(refusal_of_settings("/nonexistent/settings"), "");
-    EXPECT_EQ(observer.take(), (std::vector<Observed>{{0, file_not_opened, "", ""}}));
+    expect_told(files, refusal_of_settings);
 }

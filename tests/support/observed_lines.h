@@ -1,7 +1,10 @@
 #pragma once
 
+#include "base/failure.h"
 #include "base/line_observer.h"
+#include "tests/support/temporary_directory.h"
 
+#include <gtest/gtest.h>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -41,3 +44,32 @@ class LinesObserved {
   private:
     inline static std::vector<Observed> lines_;
 };
+
+// A file, what is odd about it, and what an observer is told of its lines.
+struct ObservedFile {
+    std::string oddity;
+    std::string text;
+    std::vector<Observed> told;
+};
+
+// What an observer is told while `read` reads a file by its path, whether it fails or not.
+template <typename Read> std::vector<Observed> told_of(const std::string& path, const Read& read) {
+    LinesObserved observer;
+    try {
+        read(path);
+    } catch (const Failure& failure) {
+        EXPECT_NE(failure.message, "");
+    }
+    return observer.take();
+}
+
+// Also of a file that is not there.
+template <typename Read>
+void expect_told(const std::vector<ObservedFile>& files, const Read& read) {
+    const TemporaryDirectory directory;
+    for (const auto& [oddity, text, told] : files) {
+        EXPECT_EQ(told_of(directory.write("file", text), read), told) << oddity;
+    }
+    EXPECT_EQ(told_of(directory.path("none"), read),
+              (std::vector<Observed>{{0, ObservedKind::file_not_opened, "", ""}}));
+}

@@ -25,7 +25,7 @@ int run_thread_count = 1;
 namespace {
 
 constexpr const char* fname = "process_url_files";
-constexpr size_t described_request_size = 256; // of a line's room, as the debug log tells it
+constexpr size_t announced_request_size = 256; // of a line's room, as the debug log tells it
 
 int choose_thread_count() {
     if (g_num_thread < 0) {
@@ -37,7 +37,7 @@ int choose_thread_count() {
 // Room is only taken for requests that there are.
 void announce_tables(const parsingThreadArgs* threads, int thread_count) {
     for (int i = 0; i < thread_count; ++i) {
-        log_allocation(fname, "al_info_array", threads[i].num_req * described_request_size);
+        log_allocation(fname, "al_info_array", threads[i].num_req * announced_request_size);
     }
 }
 
@@ -112,7 +112,7 @@ void refuse_too_many_requests() {
 }
 
 void make_request_table(Loading& loading, std::deque<Worker>& workers) {
-    log_allocation(fname, "al_info_array", g_valid_request * described_request_size);
+    log_allocation(fname, "al_info_array", g_valid_request * announced_request_size);
     std::vector<WorkerBatch> batches;
     batches.reserve(loading.loaded.size());
     for (LoadedPiece& loaded : loading.loaded) {
