@@ -164,6 +164,11 @@ RunResult TestInstallation::run_words(const Lines& words, const Environment& env
     return finish(start(words, environment));
 }
 
+RunResult TestInstallation::run_program(const std::string& program, const Lines& words,
+                                        const Environment& environment) const {
+    return finish(start_program(program, words, environment));
+}
+
 RunResult TestInstallation::finish(pid_t run) const {
     int status = 0;
     waitpid(run, &status, 0);
@@ -177,6 +182,11 @@ RunResult TestInstallation::finish(pid_t run) const {
 }
 
 pid_t TestInstallation::start(const Lines& words, const Environment& environment) const {
+    return start_program(ZVR_TOOL_PATH, words, environment);
+}
+
+pid_t TestInstallation::start_program(const std::string& program, const Lines& words,
+                                      const Environment& environment) const {
     const pid_t child = fork();
     if (child != 0) {
         return child;
@@ -189,14 +199,14 @@ pid_t TestInstallation::start(const Lines& words, const Environment& environment
     const std::string number = std::to_string(getpid());
     redirect(STDOUT_FILENO, path("output." + number));
     redirect(STDERR_FILENO, path("errors." + number));
-    std::vector<char*> arguments = {const_cast<char*>(ZVR_TOOL_PATH)};
+    std::vector<char*> arguments = {const_cast<char*>(program.c_str())};
     for (const std::string& word : words) {
         arguments.push_back(const_cast<char*>(word.c_str()));
     }
     arguments.push_back(nullptr);
     preparation_();
     if (chdir(root().c_str()) == 0) {
-        execv(ZVR_TOOL_PATH, arguments.data());
+        execv(program.c_str(), arguments.data());
     }
     _exit(126);
 }

@@ -145,7 +145,11 @@ class TestInstallation : public TemporaryDirectory {
     // Runs the program with exactly these words.
     RunResult run_words(const Lines& words, const Environment& environment = {}) const;
 
-    // The two halves of such a run: begins it and returns its process; waits for its end.
+    // Runs another program likewise, named by its path.
+    RunResult run_program(const std::string& program, const Lines& words,
+                          const Environment& environment = {}) const;
+
+    // The two halves of a run of the tool: begins it and returns its process; waits for its end.
     pid_t start(const Lines& words, const Environment& environment = {}) const;
     RunResult finish(pid_t run) const;
 
@@ -153,5 +157,8 @@ class TestInstallation : public TemporaryDirectory {
     static std::string program_name();
 
   private:
+    pid_t start_program(const std::string& program, const Lines& words,
+                        const Environment& environment) const;
+
     std::function<void()> preparation_ = [] {};
 };

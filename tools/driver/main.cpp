@@ -1,28 +1,24 @@
 #include "base/failure.h"
-#include "base/file_exists.h"
 #include "base/logs.h"
 #include "base/own_directory.h"
 #include "base/progress.h"
-#include "cache/input_copies.h"
+#include "base/standard_streams.h"
 #include "cache/work_mark.h"
 #include "tools/config/field_layout.h"
-#include "tools/config/replay_profile.h"
 #include "tools/config/replay_settings.h"
 #include "tools/config/scenario_file.h"
-#include "tools/config/settings_file.h"
 #include "tools/driver/command_line.h"
 #include "tools/driver/input_backup.h"
 #include "tools/driver/paths.h"
 #include "tools/driver/result_cache.h"
 #include "tools/driver/reuse_guard.h"
+#include "tools/driver/run_inputs.h"
 #include "tools/load/input_files.h"
 #include "tools/load/load_phase.h"
 #include "tools/load/request_table.h"
 #include "tools/load/worker.h"
-#include "tools/parse/replay_zone.h"
 #include "tools/parse/secondary_cookie_trace.h"
 #include "tools/patterns/classification.h"
-#include "tools/patterns/pattern_files.h"
 #include "tools/patterns/pattern_tables.h"
 #include "tools/results/complete_url_list.h"
 #include "tools/results/hosts_list.h"
@@ -32,12 +28,8 @@
 #include "tools/urls/unique_urls.h"
 
 #include <csignal>
-#include <ctime>
-#include <fcntl.h>
 #include <new>
 #include <string>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -48,17 +40,6 @@ constexpr const char* fname = "main";
     out_of_memory("working memory", 0);
 }
 
-// A file opened later must not get the number of a standard stream that the caller has closed, or
-// lines for that stream would go into it. What takes the stream's place cannot be written to, so
-// that a summary nobody gets still ends in failure.
-void occupy_standard_streams() {
-    int descriptor;
-    do {
-        descriptor = open("/dev/null", O_RDONLY);
-    } while (descriptor != -1 && descriptor <= STDERR_FILENO);
-    close(descriptor);
-}
-
 // No write ends the process by a signal: the results are written whatever becomes of the lines that
 // accompany them, and a file that may not grow has its error line. The end of a child is not to be
 // ignored, as the process that started this one may do: it is the checker's answer.
@@ -66,36 +47,6 @@ void take_over_signals() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGCHLD, SIG_DFL);
-}
-
-void set_replay_timezone() {
-    replay_timezone = get_timezone_from_default_setting(g_wdir);
-    if (replay_timezone == -1) {
-        tzset();
-        replay_timezone = timezone;
-    }
-}
-
-// Either pattern file may be missing or empty; then there are no patterns of its kinds.
-void load_pattern_file(const char* file_name, void (*load)(const char*)) {
-    const std::string path = replay_profile_file_path(file_name);
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0) {
-        DEBUG_LOG(1, fname, "'%s' file not found in replay profile '%s'", file_name,
-                  replay_profile);
-    } else if (status.st_size != 0) {
-        load(path.c_str());
-    }
-}
-
-void load_replay_profile() {
-    const std::string settings = replay_profile_file_path(settings_name);
-    if (!file_exists(settings.c_str())) {
-        fail("'replay_settings.dat' file not found in replay profile '%s'", replay_profile);
-    }
-    read_replay_prof_setting(settings.c_str());
-    load_pattern_file(filter_patterns_name, save_filter_url_pattern);
-    load_pattern_file(url_patterns_name, save_url_pattern);
 }
 
 OwnDirectory create_config_directory() {
