@@ -1,0 +1,87 @@
+#include "companions/common/common_options.h"
+
+#include "base/failure.h"
+#include "companions/common/shown_text.h"
+
+#include <cstdio>
+#include <exception>
+#include <fmt/core.h>
+
+namespace {
+
+int report_failure(const CLI::App& program, std::string_view message, std::string_view advice) {
+    fmt::print(stderr, "{}: {}\n{}", program.get_name(), shown_lines(message), advice);
+    return failure_status;
+}
+
+int report_wrong_usage(const CLI::App& program, const CLI::ParseError& error) {
+    return report_failure(
+        program, error.what(),
+        fmt::format("Run {} --help, or --help after a command.\n", program.get_name()));
+}
+
+} // namespace
+
+CLI::App& add_command(CLI::App& program, const std::string& name, const std::string& description) {
+    CLI::App& command = *program.add_subcommand(name, description);
+    add_version(command);
+    return command;
+}
+
+void add_version(CLI::App& command) {
+    const CLI::App* program = &command;
+    while (program->get_parent() != nullptr) {
+        program = program->get_parent();
+    }
+    command.set_version_flag("--version", program->get_name() + " " ZVR_VERSION,
+                             "Print the version and exit");
+}
+
+void add_work_dir_option(CLI::App& command, RunOptions& options) {
+    command
+        .add_option("--work-dir", options.work_dir,
+                    "The installation's directory (default: environment variable ZV_WDIR)")
+        ->type_name("DIR");
+}
+
+void add_run_options(CLI::App& command, RunOptions& options) {
+    command
+        .add_option("-s,--scenario", options.scenario,
+                    "A name in the default workspace, or "
+                    "workspace/profile/project/subproject/name")
+        ->type_name("NAME")
+        ->required();
+    command
+        .add_option("-r,--replay_profile", options.replay_profile,
+                    "Replay profile below replay_profiles (default: that of the scenario)")
+        ->type_name("NAME");
+    command
+        .add_option("-t,--num_thread", options.num_thread,
+                    "Threads that read logs; 0: by the processors")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
+    command
+        .add_option("-q,--dump_query_url", options.dump_query_url,
+                    "0: the run writes no query_url.list")
+        ->type_name("N");
+    add_work_dir_option(command, options);
+}
+
+void add_json_option(CLI::App& command, bool& is_json) {
+    command.add_flag("--json", is_json, "Write JSON for programs instead of text");
+}
+
+int run_command_line(CLI::App& program, int argc, char* argv[], const int& status) {
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::Success& help) {
+        return program.exit(help);
+    } catch (const CLI::ParseError& error) {
+        return report_wrong_usage(program, error);
+    } catch (const Failure& failure) {
+        return report_failure(program, failure.message, "");
+    } catch (const std::exception& exception) {
+        return report_failure(program, exception.what(), "");
+    }
+    return status;
+}
