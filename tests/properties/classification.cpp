@@ -95,7 +95,9 @@ bool is_any(const std::string& text) {
     return strcasecmp(text.c_str(), "na") == 0;
 }
 
-int32_t plain_index(const std::vector<Pattern>& patterns, const Url& url) {
+// Of all patterns that fit, in the table's order.
+std::vector<int32_t> plain_indices(const std::vector<Pattern>& patterns, const Url& url) {
+    std::vector<int32_t> indices;
     for (size_t i = 0; i < patterns.size(); ++i) {
         const auto& [text, method, host, regex] = patterns[i];
         regmatch_t match;
@@ -103,10 +105,35 @@ int32_t plain_index(const std::vector<Pattern>& patterns, const Url& url) {
                             match.rm_so == 0 && match.rm_eo == static_cast<int>(url.url.size());
         if (covers && (is_any(method) || strcasecmp(method.c_str(), url.method.c_str()) == 0) &&
             (is_any(host) || host == url.host)) {
-            return static_cast<int32_t>(i);
+            indices.push_back(static_cast<int32_t>(i));
         }
     }
-    return -1;
+    return indices;
+}
+
+int32_t plain_index(const std::vector<Pattern>& patterns, const Url& url) {
+    const std::vector<int32_t> indices = plain_indices(patterns, url);
+    return indices.empty() ? no_pattern : indices.front();
+}
+
+using Entries = std::vector<std::pair<int, int32_t>>; // kind and index
+
+Entries plain_entries(const Tables& tables, const Url& url) {
+    Entries entries;
+    for (size_t kind = 0; kind < tables.size(); ++kind) {
+        for (const int32_t index : plain_indices(tables[kind], url)) {
+            entries.emplace_back(kind, index);
+        }
+    }
+    return entries;
+}
+
+Entries all_entries(PatternMatcher& matcher, const UrlInfo& url) {
+    Entries entries;
+    for (const auto& [kind, index] : matcher.find_all(url.url, url.method, url.host_hdr)) {
+        entries.emplace_back(kind, index);
+    }
+    return entries;
 }
 
 // Type, index, filter flag and ignore flag.
@@ -170,6 +197,7 @@ void expect_plain_classification(const Tables& tables, std::vector<Url>& urls) {
         EXPECT_EQ(
             matcher.get_url_pattern_idx(PATTERN_MAIN, entry.url, entry.method, entry.host_hdr),
             plain_index(tables[2], urls[i]));
+        EXPECT_EQ(all_entries(matcher, entry), plain_entries(tables, urls[i]));
         left_out += expected[3] != 0 ? urls[i].count : 0;
         order.emplace_back(expected[0], entry.url);
     }

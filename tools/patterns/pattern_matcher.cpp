@@ -46,25 +46,55 @@ PatternMatcher::PatternMatcher(const PatternIndex& index)
       automata_(index.groups().size()), url_of_gram_(index.gram_count(), 0),
       url_of_group_(index.groups().size(), 0) {}
 
-// The method and host are tested before the pattern, which costs more; it is one for all entries of
-// a group.
-DecidingEntry PatternMatcher::find(const char* url, const char* method, const char* host) {
-    const std::string_view text = url;
-    collect_candidates(text);
+// Calls `visit` with the groups that may cover the URL, in the order in which they decide, for as
+// long as it returns true.
+template <typename Visit>
+void PatternMatcher::visit_candidates(std::string_view url, const Visit& visit) {
+    collect_candidates(url);
     const std::vector<GroupNumber>& others = index_.groups_without_gram();
     auto candidate = candidates_.begin();
     auto other = others.begin();
-    while (candidate != candidates_.end() || other != others.end()) {
+    bool goes_on = true;
+    while (goes_on && (candidate != candidates_.end() || other != others.end())) {
         const bool is_other =
             candidate == candidates_.end() || (other != others.end() && *other < *candidate);
-        const GroupNumber number = is_other ? *other++ : *candidate++;
+        goes_on = visit(is_other ? *other++ : *candidate++);
+    }
+}
+
+DecidingEntry PatternMatcher::find(const char* url, const char* method, const char* host) {
+    const std::string_view text = url;
+    DecidingEntry found = {pattern_kind_count, no_pattern};
+    visit_candidates(text, [&](GroupNumber number) {
         const Group& group = index_.groups()[number];
+        // The pattern, one for all entries of the group, costs more to test than method and host.
         const int32_t entry = fitting_entry(group, method, host);
         if (entry != no_pattern && covers(number, text)) {
-            return {group.kind, entry};
+            found = {group.kind, entry};
         }
-    }
-    return {pattern_kind_count, no_pattern};
+        return found.index == no_pattern;
+    });
+    return found;
+}
+
+std::vector<DecidingEntry> PatternMatcher::find_all(const char* url, const char* method,
+                                                    const char* host) {
+    const std::string_view text = url;
+    std::vector<DecidingEntry> all;
+    visit_candidates(text, [&](GroupNumber number) {
+        const Group& group = index_.groups()[number];
+        const int32_t first = fitting_entry(group, method, host);
+        if (first == no_pattern || !covers(number, text)) {
+            return true;
+        }
+        for (int32_t i = first; i < group.end_entry; ++i) {
+            if (fits_method_and_host(group.entry(i), method, host)) {
+                all.push_back({group.kind, i});
+            }
+        }
+        return true;
+    });
+    return all;
 }
 
 int32_t PatternMatcher::get_url_pattern_idx(PatternKind kind, const char* url, const char* method,

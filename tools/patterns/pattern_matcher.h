@@ -29,6 +29,10 @@ class PatternMatcher {
     // transaction that has one.
     DecidingEntry find(const char* url, const char* method, const char* host);
 
+    // All fitting entries: the one that decides, and behind it those that would decide one after
+    // the other if the ones before were not there.
+    std::vector<DecidingEntry> find_all(const char* url, const char* method, const char* host);
+
     // Index of the first fitting entry of a table, or no_pattern. As the debug log tells of it, all
     // patterns of the table are tried one after the other up to that entry, by the library, too.
     int32_t get_url_pattern_idx(PatternKind kind, const char* url, const char* method,
@@ -38,6 +42,7 @@ class PatternMatcher {
     using Group = PatternIndex::Group;
     using GroupNumber = PatternIndex::GroupNumber;
 
+    template <typename Visit> void visit_candidates(std::string_view url, const Visit& visit);
     void collect_candidates(std::string_view url);
     void add_candidates(PatternIndex::GramNumber gram);
     bool covers(GroupNumber number, std::string_view url);
