@@ -1,5 +1,6 @@
 #include "companions/doctor/findings_output.h"
 
+#include "companions/common/counted.h"
 #include "companions/common/shown_text.h"
 
 #include <algorithm>
@@ -50,10 +51,6 @@ void print_finding(FILE* stream, const Finding& finding, const Style& style) {
     if (!finding.cure.empty()) {
         fmt::print(stream, "    Cure: {}\n", shown_text(finding.cure));
     }
-}
-
-std::string counted(size_t count, const char* noun) {
-    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
 nlohmann::json as_json(const Finding& finding) {

@@ -1,5 +1,6 @@
 #include "base/standard_streams.h"
 #include "companions/doctor/check_command.h"
+#include "companions/doctor/patterns_command.h"
 
 int main(int argc, char* argv[]) {
     occupy_standard_streams();
@@ -10,5 +11,6 @@ int main(int argc, char* argv[]) {
     program.require_subcommand(1);
     // One line for each command, in the order in which --help lists them.
     add_check_command(program, exit_status);
+    add_patterns_command(program, exit_status);
     return run_command_line(program, argc, argv, exit_status);
 }
