@@ -6,15 +6,19 @@
 #include "tools/load/input_files.h"
 #include "tools/load/load_phase.h"
 #include "tools/load/log_pieces.h"
+#include "tools/load/noted_pieces.h"
 #include "tools/load/request_table.h"
 #include "tools/parse/cookie_values.h"
 #include "tools/parse/own_texts.h"
 #include "tools/parse/request_fields.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <map>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -99,7 +103,28 @@ Rows describe_loaded() {
     return rows;
 }
 
+std::string describe(LineKind kind, SessionNote session) {
+    return std::to_string(static_cast<int>(kind)) + "." +
+           std::to_string(static_cast<int>(session)) + " ";
+}
+
+// A row for each log: what became of its lines.
+Rows describe_notes(const std::vector<NotedPiece>& pieces) {
+    Rows rows(static_cast<size_t>(num_al_files));
+    uint64_t accepted = 0;
+    for (const auto& [piece, lines, has_line_pieces] : pieces) {
+        for (const auto& [kind, session] : lines) {
+            rows[static_cast<size_t>(piece.file)] += describe(kind, session);
+            accepted += kind == LineKind::accepted;
+        }
+    }
+    EXPECT_EQ(accepted, g_valid_request);
+    return rows;
+}
+
 Rows load(const std::vector<Log>& logs) {
+    std::vector<NotedPiece> notes;
+    noted_pieces = &notes;
     std::vector<FILE*> files;
     std::vector<std::string> names;
     for (const Log& log : logs) {
@@ -117,11 +142,17 @@ Rows load(const std::vector<Log>& logs) {
     for (FILE* file : files) {
         std::fclose(file);
     }
-    return describe_loaded();
+    noted_pieces = nullptr;
+    Rows rows = describe_notes(notes);
+    const Rows loaded = describe_loaded();
+    rows.insert(rows.end(), loaded.begin(), loaded.end());
+    return rows;
 }
 
 std::atomic<uint64_t> observed_requests; // lines that were no comment
 std::atomic<uint64_t> accepted_requests;
+std::map<std::string, std::string> observed_notes; // by log
+std::mutex observed_notes_mutex;
 
 void count_line(const ObservedLogLine& line) {
     const LineKind kind = line.outcome.kind;
@@ -129,6 +160,8 @@ void count_line(const ObservedLogLine& line) {
     EXPECT_GE(line.line_num, 1);
     observed_requests += kind != LineKind::empty && kind != LineKind::comment;
     accepted_requests += kind == LineKind::accepted;
+    const std::lock_guard lock(observed_notes_mutex);
+    observed_notes[line.file_name] += describe(kind, line.session);
 }
 
 // Line by line in the order of the logs, as the debug log shows it and an observer is told.
@@ -139,12 +172,22 @@ Rows load_in_order(const std::vector<Log>& logs) {
     debug_on = 1;
     debug_level = 4;
     observed_requests = accepted_requests = 0;
+    observed_notes.clear();
     log_line_observer = count_line;
     const Rows rows = load(logs);
     log_line_observer = nullptr;
     close_debug_log();
     EXPECT_EQ(observed_requests, g_total_req);
     EXPECT_EQ(accepted_requests, g_valid_request);
+    Rows noted(rows.begin(), rows.begin() + num_al_files);
+    std::erase(noted, "");
+    Rows observed;
+    for (const auto& [name, notes] : observed_notes) {
+        observed.push_back(notes);
+    }
+    std::sort(noted.begin(), noted.end());
+    std::sort(observed.begin(), observed.end());
+    EXPECT_EQ(noted, observed);
     return rows;
 }
 

@@ -12,6 +12,8 @@
 #include <cstring>
 #include <deque>
 #include <map>
+#include <set>
+#include <string_view>
 #include <tuple>
 
 namespace {
@@ -125,12 +127,41 @@ Outcome plain_unique_urls(std::vector<alInfo> requests) {
     return {table, queries, counters(redirected, non_session, with_secondary_cookie)};
 }
 
+// Rows that the observer is told of, by reason.
+std::map<DroppedRequest, std::set<uint32_t>> dropped_rows;
+
+void note_dropped(uint32_t row, DroppedRequest why) {
+    EXPECT_TRUE(dropped_rows[why].insert(row).second) << row;
+}
+
+// Expects each request that was left out to be told of once, with its reason.
+void expect_dropped_are_told(const RequestTable& table) {
+    for (const auto& [why, rows] : dropped_rows) {
+        for (const uint32_t row : rows) {
+            const std::string_view session = table.texts.sessions.text(table.rows[row].session);
+            const bool has_session = session.find_first_not_of('\0') != session.npos;
+            EXPECT_EQ(has_session, why == DroppedRequest::redirect_follow_up) << row;
+        }
+    }
+    uint64_t kept = 0;
+    for (int i = 0; i < url_pattern_count; ++i) {
+        kept += url_pattern[i].count;
+    }
+    const uint64_t follow_ups = dropped_rows[DroppedRequest::redirect_follow_up].size();
+    const uint64_t without_session = dropped_rows[DroppedRequest::without_session].size();
+    EXPECT_EQ(follow_ups, g_redirected_req);
+    EXPECT_EQ(without_session, ignore_non_session_urls != 0 ? g_total_non_session_req : 0);
+    EXPECT_EQ(kept + follow_ups + without_session, table.rows.size());
+}
+
 Outcome make_unique_urls(std::vector<alInfo>& records, Choices& choices) {
     const TemporaryDirectory directory;
     directory.write("query_url.list", "of an earlier run");
     QueryList query_list{OwnDirectory(directory.path())};
     const RequestTable requests = table_of_requests(records, choices);
+    dropped_request_observer = note_dropped;
     make_url_pattern_list(requests, order_by_session(requests), query_list);
+    expect_dropped_are_told(requests);
     EXPECT_EQ(std::filesystem::exists(directory.path("query_url.list")),
               dump_query_flag != 0 && ignore_query_flag != 0);
 

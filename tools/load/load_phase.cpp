@@ -8,6 +8,7 @@
 #include "tools/load/instance_allotment.h"
 #include "tools/load/line_budgets.h"
 #include "tools/load/log_pieces.h"
+#include "tools/load/noted_pieces.h"
 #include "tools/load/request_table.h"
 #include "tools/load/thread_count.h"
 #include "tools/load/worker.h"
@@ -20,6 +21,7 @@
 #include <vector>
 
 threadCounter* tc = nullptr;
+std::vector<NotedPiece>* noted_pieces = nullptr;
 int run_thread_count = 1;
 
 namespace {
@@ -111,6 +113,13 @@ void refuse_too_many_requests() {
     }
 }
 
+void hand_notes_over(Loading& loading) {
+    for (size_t i = 0; noted_pieces != nullptr && i < loading.pieces.size(); ++i) {
+        RequestBatch& batch = loading.loaded[i].batch;
+        noted_pieces->push_back({loading.pieces[i], std::move(batch.notes), batch.has_line_pieces});
+    }
+}
+
 void make_request_table(Loading& loading, std::deque<Worker>& workers) {
     log_allocation(fname, "al_info_array", g_valid_request * announced_request_size);
     std::vector<WorkerBatch> batches;
@@ -156,6 +165,7 @@ void process_url_files() {
     DEBUG_LOG(3, fname, "Processing of URL files completed, total valid requests are = %lu",
               g_valid_request);
     refuse_too_many_requests();
+    hand_notes_over(loading);
     make_request_table(loading, workers);
     std::free(threads);
     DEBUG_LOG(3, fname, "Url table copied to new table, total valid urls count = %lu",

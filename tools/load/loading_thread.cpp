@@ -6,10 +6,17 @@
 #include "tools/load/line_count.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace {
 
 constexpr const char* fname = "process_url_files_t";
+
+void refuse_last_line(std::vector<LineNote>& notes) {
+    if (!notes.empty()) {
+        notes.back() = {LineKind::beyond_waiting_limit, SessionNote::known};
+    }
+}
 
 } // namespace
 
@@ -75,6 +82,7 @@ bool LoadingThread::settle_events(const RequestBatch& batch, uint32_t number,
 void LoadingThread::end(const LogPiece& piece, RequestBatch& batch) {
     if (is_full_ && !batch.rows.empty()) {
         batch.rows.pop_back();
+        refuse_last_line(batch.notes);
     }
     lines_before_ += batch.line_count;
     is_file_done_ = is_file_done_ || lines_before_ >= max_lines_;

@@ -2,6 +2,7 @@
 
 #include "base/file_descriptor.h"
 #include "tools/config/log_files.h"
+#include "tools/load/noted_pieces.h"
 #include "tools/parse/log_loader.h"
 
 #include <algorithm>
@@ -10,10 +11,9 @@
 #include <utility>
 
 void (*tell_worker_failed)(const Failure& failure) = nullptr;
+void (*tell_piece_loaded)(const LogPiece& piece) = nullptr;
 
 namespace {
-
-constexpr size_t line_size = 102400; // of the line buffer whose limit lines are held to
 
 FileDescriptor open_log(const LogPiece& piece) {
     const char* const name = seq_file_path[piece.file].input_file;
@@ -29,15 +29,16 @@ FileDescriptor open_log(const LogPiece& piece) {
 void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescriptor& file,
                 int64_t lines_before, int64_t max_lines, RequestBatch& batch,
                 const AfterLine& after_line) {
-    LineReader lines = piece.is_stream ? LineReader(file.get(), line_size)
-                                       : LineReader(file.get(), line_size, piece.range);
+    LineReader lines = piece.is_stream ? LineReader(file.get(), log_line_size)
+                                       : LineReader(file.get(), log_line_size, piece.range);
     constexpr uint64_t usual_line = 200; // bytes, rather too few than too many
     batch.rows.reserve(std::min(piece.range.end - piece.range.begin, log_piece_size) / usual_line);
     const InputFileInfo& input = seq_file_path[piece.file];
     const LogPart part = {.file_name = input.input_file,
                           .lines_before = lines_before,
                           .max_lines = max_lines,
-                          .ends_with_rest = input.num_req != 0};
+                          .ends_with_rest = input.num_req != 0,
+                          .takes_notes = noted_pieces != nullptr};
     load_url_info(parsing, lines, part, batch, after_line);
 }
 
@@ -181,12 +182,19 @@ void start_thread_of(Worker& worker) {
     }
 }
 
+void tell_loaded(const LogPiece& piece) {
+    if (tell_piece_loaded != nullptr) {
+        tell_piece_loaded(piece);
+    }
+}
+
 void load_pieces(Worker& worker) {
     Loading& loading = worker.loading;
     const auto may_go_on = [&] { return !loading.failure.has_failed(); };
     if (!loading.is_told_in_order) {
         for (size_t i; may_go_on() && (i = loading.next++) < loading.pieces.size();) {
             load_ahead(worker, i);
+            tell_loaded(loading.pieces[i]);
         }
         return;
     }
@@ -194,6 +202,7 @@ void load_pieces(Worker& worker) {
         PieceQueue& queue = loading.queues[i];
         for (; may_go_on() && queue.next != queue.end; ++queue.next) {
             load_next_in_order(worker, queue);
+            tell_loaded(loading.pieces[queue.next]);
         }
     }
 }

@@ -17,6 +17,10 @@
 // that never comes. Null: nobody is told. Set by a program before process_url_files.
 extern void (*tell_worker_failed)(const Failure& failure);
 
+// Called by any worker thread once it has read a piece. Null, as in the tool: nobody is told. Set
+// by a program before process_url_files.
+extern void (*tell_piece_loaded)(const LogPiece& piece);
+
 // The first failure among worker threads; the others then take no further piece.
 class WorkerFailure {
   public:

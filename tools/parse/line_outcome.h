@@ -5,7 +5,7 @@
 struct accessLogInfo;
 
 // What became of a line of an access log.
-enum class LineKind {
+enum class LineKind : uint8_t {
     accepted,
     empty,          // no line that a parser is asked about
     comment,        // likewise
@@ -16,7 +16,18 @@ enum class LineKind {
     invalid_time,
     missing_fields, // the layout does not say where the date, the time or the URL stands
     before_period,  // of replay
-    after_period
+    after_period,
+    beyond_waiting_limit // it should have waited for its session, and no more requests can: nothing
+                         // behind it is read. Told by notes alone
+};
+
+// How an accepted request stands to its session when it is read.
+enum class SessionNote : uint8_t {
+    known,
+    waits,                // may get it later, by its secondary cookie
+    no_session_cookie,    // in its headers
+    session_cookie_empty, // is there, without a value
+    no_client_address     // in the log, where sessions go by it
 };
 
 struct LineOutcome {
@@ -25,10 +36,17 @@ struct LineOutcome {
                              // was read before the line was rejected
 };
 
+// What a program that asks for notes is left with for each line.
+struct LineNote {
+    LineKind kind;
+    SessionNote session; // of an accepted request; else `known`
+};
+
 struct ObservedLogLine {
     const char* file_name;
     int64_t line_num; // in the file, from 1
     LineOutcome outcome;
+    SessionNote session;          // as in LineNote
     const accessLogInfo* request; // its texts hold for the call; null unless the line is accepted
 };
 

@@ -126,14 +126,48 @@ bool is_request(LineText line) {
     return line.size != 0 && line.text[0] != '#';
 }
 
-void observe(const LogPart& part, const RequestBatch& batch, LineOutcome outcome,
-             const alInfo* request) {
+bool has_session_cookie(const char* header) {
+    return header != nullptr && std::strstr(header, cookie_name) != nullptr;
+}
+
+// Of the request whose row is the batch's last one.
+SessionNote note_session(const alInfo& request, const RequestBatch& batch) {
+    if (session_mode == SESSION_MODE_CLIENT_IP) {
+        return request.client_ip != 0 ? SessionNote::known : SessionNote::no_client_address;
+    }
+    if (request.jsession_id[0] != '\0') {
+        return SessionNote::known;
+    }
+    if (!batch.events.empty() && batch.events.back().row + 1 == batch.rows.size() &&
+        batch.events.back().waits) {
+        return SessionNote::waits;
+    }
+    const bool is_there =
+        has_session_cookie(request.cookies) || has_session_cookie(request.set_cookies);
+    return is_there ? SessionNote::session_cookie_empty : SessionNote::no_session_cookie;
+}
+
+// Kept out of the loop over lines: in a run of the tool, nobody asks.
+[[gnu::noinline, gnu::cold]] void tell(const LogPart& part, RequestBatch& batch,
+                                       LineOutcome outcome, const alInfo* request) {
+    const SessionNote session =
+        request == nullptr ? SessionNote::known : note_session(*request, batch);
+    if (part.takes_notes) {
+        batch.notes.push_back({outcome.kind, session});
+    }
     if (log_line_observer != nullptr) {
-        log_line_observer({part.file_name, part.lines_before + batch.line_count, outcome, request});
+        log_line_observer(
+            {part.file_name, part.lines_before + batch.line_count, outcome, session, request});
     }
 }
 
-void observe_no_request(const LogPart& part, const RequestBatch& batch, LineText line) {
+void observe(const LogPart& part, RequestBatch& batch, LineOutcome outcome, const alInfo* request) {
+    if (log_line_observer != nullptr || part.takes_notes) {
+        tell(part, batch, outcome, request);
+    }
+}
+
+void observe_no_request(const LogPart& part, RequestBatch& batch, LineText line) {
     observe(part, batch, {line.size == 0 ? LineKind::empty : LineKind::comment, 0}, nullptr);
 }
 

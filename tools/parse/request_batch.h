@@ -1,11 +1,13 @@
 #pragma once
 
+#include "tools/parse/line_outcome.h"
 #include "tools/parse/parsing_thread.h"
 #include "tools/parse/request_interner.h"
 #include "tools/parse/request_record.h"
 
 #include <cstdint>
 #include <deque>
+#include <vector>
 
 // A request that has to do with those whose session is not known yet: it waits for its session, or
 // its response sets the session that others with its secondary cookie wait for.
@@ -22,6 +24,7 @@ struct SessionEvent {
 struct RequestBatch {
     RequestRows rows;
     std::deque<SessionEvent> events; // do not move
+    std::vector<LineNote> notes;     // one for each line read, where they are asked for
     threadCounter counters = {};
     int64_t line_count = 0;       // lines read, empty ones and comments included
     bool has_line_pieces = false; // a line was longer than the limit and came in pieces

@@ -13,6 +13,7 @@
 uint64_t g_redirected_req = 0;
 uint64_t g_total_non_session_req = 0;
 uint64_t g_total_non_session_with_secondary_cookie = 0;
+void (*dropped_request_observer)(uint32_t row, DroppedRequest why) = nullptr;
 
 namespace {
 
@@ -63,6 +64,11 @@ bool follow_redirects(const RequestTable& table, const OrderedRequest& request,
     return !is_follow_up;
 }
 
+void tell_dropped(const OrderedRequest& request, const OrderedSession& session) {
+    dropped_request_observer(request.row, session.has_session ? DroppedRequest::redirect_follow_up
+                                                              : DroppedRequest::without_session);
+}
+
 } // namespace
 
 OrderedRequests select_requests(const RequestTable& table, SessionOrder session_order) {
@@ -81,6 +87,8 @@ OrderedRequests select_requests(const RequestTable& table, SessionOrder session_
             }
             if (counts) {
                 *selected_end++ = *place;
+            } else if (dropped_request_observer != nullptr) {
+                tell_dropped(*place, session);
             }
         }
     }
