@@ -76,3 +76,48 @@ inline char* find_text(char* position, char* end, std::string_view wanted) {
     return find_text_plainly(position, end, wanted);
 #endif
 }
+
+// Searches in a line that LineReader has cut: up to room_behind_line bytes behind its terminator
+// are read, but never told of.
+
+// The first character from `position` on that is a blank, a control character or the terminator.
+inline char* find_blank_or_control(char* position) {
+#if defined(__SSE2__)
+    const __m128i blanks = _mm_set1_epi8(' ');
+    while (true) {
+        __m128i block;
+        std::memcpy(&block, position, sizeof block);
+        const __m128i found = _mm_cmpeq_epi8(_mm_min_epu8(block, blanks), block);
+        const auto places = static_cast<unsigned>(_mm_movemask_epi8(found));
+        if (places != 0) {
+            return position + static_cast<unsigned>(__builtin_ctz(places));
+        }
+        position += sizeof block;
+    }
+#else
+    while (static_cast<unsigned char>(*position) > ' ') {
+        ++position;
+    }
+    return position;
+#endif
+}
+
+// The first `wanted` in [position, end), or null.
+inline char* find_in_line(char* position, char* end, char wanted) {
+#if defined(__SSE2__)
+    const __m128i all_wanted = _mm_set1_epi8(wanted);
+    for (; position < end; position += sizeof all_wanted) {
+        __m128i block;
+        std::memcpy(&block, position, sizeof block);
+        const auto places =
+            static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, all_wanted)));
+        if (places != 0) {
+            char* const found = position + static_cast<unsigned>(__builtin_ctz(places));
+            return found < end ? found : nullptr;
+        }
+    }
+    return nullptr;
+#else
+    return static_cast<char*>(std::memchr(position, wanted, static_cast<size_t>(end - position)));
+#endif
+}

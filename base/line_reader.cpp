@@ -2,6 +2,7 @@
 
 #include "base/allocation.h"
 #include "base/failure.h"
+#include "base/line_index.h"
 #include "base/logs.h"
 
 #include <algorithm>
@@ -14,16 +15,24 @@
 namespace {
 
 constexpr const char* buffer_name = "line buffer";
+constexpr size_t more_room = 1 + room_behind_line; // of the buffer, behind a block
 
 } // namespace
 
 size_t LineReader::block_size = size_t{256} << 10;
+size_t LineReader::chunk_size = size_t{8} << 10;
 
-LineReader::LineReader(int descriptor, size_t line_size)
-    : descriptor_(descriptor), max_piece_(line_size == unlimited ? unlimited : line_size - 1) {}
+LineReader::LineReader(int descriptor, size_t line_size, char mark)
+    : descriptor_(descriptor), mark_(mark),
+      max_piece_(line_size == unlimited ? unlimited : line_size - 1),
+      line_feeds_(new char*[chunk_size + line_index_slack]), next_line_feed_(line_feeds_.get()),
+      mark_capacity_(chunk_size + line_index_slack), mark_places_(new char*[mark_capacity_]),
+      marks_end_(mark_places_.get()), marks_{marks_end_} {
+    *next_line_feed_ = nullptr;
+}
 
-LineReader::LineReader(int descriptor, size_t line_size, const FileRange& range)
-    : LineReader(descriptor, line_size) {
+LineReader::LineReader(int descriptor, size_t line_size, const FileRange& range, char mark)
+    : LineReader(descriptor, line_size, mark) {
     has_range_ = true;
     range_ = range;
     end_offset_ = range.begin;
@@ -57,6 +66,8 @@ bool LineReader::next(LineText& line) {
         return false;
     }
     is_terminated_ = line_end[-1] == '\n';
+    next_line_feed_ += is_terminated_ ? 1 : 0;
+    pass_marks();
     line = {next_, text_size(line_end)};
     char* const text_end = line.text + line.size;
     if (text_end == line_end) {
@@ -65,7 +76,6 @@ bool LineReader::next(LineText& line) {
     }
     *text_end = '\0';
     next_ = line_end;
-    searched_ = std::max(searched_, next_);
     return true;
 }
 
@@ -80,37 +90,77 @@ bool LineReader::is_past_range() const {
 void LineReader::skip_first_line() {
     do {
         next_ = end_;
-        searched_ = end_;
+        indexed_ = end_;
         if (end_offset_ >= range_.end || !read_more()) {
             next_ = end_;
             return;
         }
         next_ = static_cast<char*>(std::memchr(next_, '\n', static_cast<size_t>(end_ - next_)));
     } while (next_ == nullptr);
-    searched_ = ++next_;
+    indexed_ = ++next_;
 }
 
 // One past the last character of the line at next_, next_ itself at the end of the file.
 char* LineReader::read_to_line_end() {
-    char* line_end = find_line_end();
-    while (line_end == nullptr && read_more()) {
-        line_end = find_line_end();
+    while (true) {
+        char* const line_feed = *next_line_feed_;
+        char* const known_end = line_feed == nullptr ? indexed_ : line_feed + 1;
+        if (static_cast<size_t>(known_end - next_) >= max_piece_) {
+            return next_ + max_piece_;
+        }
+        if (line_feed != nullptr) {
+            return known_end;
+        }
+        if (indexed_ != end_) {
+            index_more();
+        } else if (!read_more()) {
+            return end_;
+        }
     }
-    return line_end == nullptr ? end_ : line_end;
 }
 
-// One past the last character of the line at next_, or null when more must be read to know.
-char* LineReader::find_line_end() {
-    const size_t available = static_cast<size_t>(end_ - next_);
-    char* const piece_end = next_ + std::min(available, max_piece_);
-    if (searched_ < piece_end) {
-        void* line_feed = std::memchr(searched_, '\n', static_cast<size_t>(piece_end - searched_));
-        if (line_feed != nullptr) {
-            return static_cast<char*>(line_feed) + 1;
-        }
-        searched_ = piece_end;
+// Indexes the next chunk of what was read, when no line feed is left of the one before.
+void LineReader::index_more() {
+    make_room_for_marks();
+    char* const chunk = indexed_;
+    indexed_ += std::min(chunk_size, static_cast<size_t>(end_ - chunk));
+    LineIndexEnds ends = {line_feeds_.get(), marks_end_};
+    const bool has_nul = index_lines(chunk, indexed_, mark_, ends);
+    *ends.line_feeds = nullptr;
+    *ends.marks = indexed_;
+    next_line_feed_ = line_feeds_.get();
+    marks_end_ = ends.marks;
+    if (has_nul && (next_nul_ == nullptr || next_nul_ < next_)) {
+        next_nul_ = find_nul(next_);
     }
-    return available >= max_piece_ ? piece_end : nullptr;
+}
+
+// Moves the marks of the unfinished line to the start of their list and sees to it that those of a
+// chunk fit behind them.
+void LineReader::make_room_for_marks() {
+    pass_marks();
+    const size_t kept = static_cast<size_t>(marks_end_ - marks_.next);
+    Places larger;
+    if (kept + chunk_size + line_index_slack > mark_capacity_) {
+        mark_capacity_ = 2 * (kept + chunk_size) + line_index_slack;
+        larger.reset(new char*[mark_capacity_]);
+    }
+    char** const places = larger == nullptr ? mark_places_.get() : larger.get();
+    if (places != marks_.next) {
+        std::copy(marks_.next, marks_.next + kept, places);
+    }
+    if (larger != nullptr) {
+        mark_places_ = std::move(larger);
+    }
+    marks_.next = places;
+    marks_end_ = places + kept;
+}
+
+// Goes to the marks of the line at next_.
+void LineReader::pass_marks() {
+    while (marks_.next != marks_end_ && *marks_.next < next_) {
+        ++marks_.next;
+    }
 }
 
 bool LineReader::read_more() {
@@ -144,20 +194,20 @@ ssize_t LineReader::read_block() {
                  static_cast<off_t>(end_offset_));
 }
 
-// Moves the unfinished line to the start of the buffer and sees to it that a block fits behind it,
-// with one more byte for a terminator.
+// Moves the unfinished line, all indexed, to the start of the buffer and sees to it that a block
+// fits behind it, with room for a terminator and for those who read behind it.
 void LineReader::make_room() {
     const size_t kept = static_cast<size_t>(end_ - next_);
-    const size_t searched = static_cast<size_t>(searched_ - next_);
     char* buffer = buffer_;
-    if (kept + block_size + 1 > capacity_) {
-        const size_t capacity = 2 * (kept + block_size) + 1;
+    if (kept + block_size + more_room > capacity_) {
+        const size_t capacity = 2 * (kept + block_size) + more_room;
         buffer = static_cast<char*>(std::malloc(capacity));
         if (buffer == nullptr) {
             out_of_memory(buffer_name, capacity);
         }
         capacity_ = capacity;
     }
+    move_marks(buffer);
     if (kept != 0 && buffer != next_) {
         std::memmove(buffer, next_, kept);
     }
@@ -166,21 +216,36 @@ void LineReader::make_room() {
         buffer_ = buffer;
     }
     next_ = buffer_;
-    searched_ = next_ + searched;
     end_ = next_ + kept;
-    next_nul_ = nullptr;
+    indexed_ = end_;
+    *marks_end_ = end_;
+    if (next_nul_ != nullptr) {
+        next_nul_ = find_nul(next_);
+    }
+}
+
+// Of the unfinished line, which is about to move.
+void LineReader::move_marks(char* to) {
+    pass_marks();
+    for (char** mark = marks_end_; mark != marks_.next;) {
+        --mark;
+        *mark = to + (*mark - next_);
+    }
+}
+
+// The first NUL byte of what was indexed, or null.
+char* LineReader::find_nul(char* from) const {
+    return static_cast<char*>(std::memchr(from, '\0', static_cast<size_t>(indexed_ - from)));
 }
 
 // Length of the text of the line from next_ to `line_end`: without its line feed, up to its first
 // NUL byte.
 size_t LineReader::text_size(char* line_end) {
-    if (next_nul_ < next_) {
-        void* nul = std::memchr(next_, '\0', static_cast<size_t>(end_ - next_));
-        next_nul_ = nul == nullptr ? end_ : static_cast<char*>(nul);
+    if (next_nul_ != nullptr) {
+        next_nul_ = next_nul_ < next_ ? find_nul(next_) : next_nul_;
+        if (next_nul_ != nullptr && next_nul_ < line_end) {
+            return static_cast<size_t>(next_nul_ - next_);
+        }
     }
-    if (next_nul_ < line_end) {
-        return static_cast<size_t>(next_nul_ - next_);
-    }
-    const bool has_line_feed = line_end[-1] == '\n';
-    return static_cast<size_t>(line_end - next_) - (has_line_feed ? 1 : 0);
+    return static_cast<size_t>(line_end - next_) - (is_terminated_ ? 1 : 0);
 }

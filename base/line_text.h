@@ -7,3 +7,13 @@ struct LineText {
     char* text;
     size_t size;
 };
+
+// Bytes that may be read behind the terminator of a line that LineReader has cut, whatever they
+// hold: searches in short texts need not ask at each step where the text ends.
+constexpr size_t room_behind_line = 32;
+
+// Goes through the places of a character in a line. They are followed by others, the first of them
+// at or behind the end of the line.
+struct MarkCursor {
+    char* const* next = nullptr;
+};

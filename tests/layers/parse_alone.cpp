@@ -1,4 +1,5 @@
 #include "tests/layers/expectation.h"
+#include "tests/support/marked_line.h"
 #include "tools/config/field_layout.h"
 #include "tools/config/replay_settings.h"
 #include "tools/parse/counted_url.h"
@@ -21,17 +22,18 @@ const std::string log_line =
     R"(70 "-" "Browser [1]" text/html "JSESSIONID=abc" - www.example.com "login.jsp")";
 
 bool splits() {
-    std::string line = log_line;
+    MarkedLine line(log_line, field_quote);
     LineText fields[max_al_fields];
-    const int count = get_al_fields({line.data(), line.size()}, fields, max_al_fields);
+    const int count = get_al_fields(line.text(), line.marks(), fields, max_al_fields);
     return gives(std::to_string(count), "15") && gives(fields[9].text, "Browser [1]");
 }
 
 bool parses() {
-    std::string line = log_line;
+    MarkedLine line(log_line, field_quote);
     ParsingThread thread;
+    thread.quotes = &line.marks();
     alInfo request = {};
-    if (parse_al_line(thread, &request, {line.data(), line.size()}, "access_log", 0, 1) != 0) {
+    if (parse_al_line(thread, &request, line.text(), "access_log", 0, 1) != 0) {
         return gives("refused", "accepted");
     }
     find_counted_url(request);
@@ -50,11 +52,11 @@ bool parses() {
 }
 
 bool refuses() {
-    std::string line = "192.0.2.17 - - [10/Oct/2025:13:55:36 +0200";
+    MarkedLine line("192.0.2.17 - - [10/Oct/2025:13:55:36 +0200", field_quote);
     ParsingThread thread;
+    thread.quotes = &line.marks();
     alInfo request = {};
-    const int outcome =
-        parse_al_line(thread, &request, {line.data(), line.size()}, "access_log", 0, 1);
+    const int outcome = parse_al_line(thread, &request, line.text(), "access_log", 0, 1);
     return gives(std::to_string(outcome), "-1") &&
            gives(std::to_string(thread.counters.bad_req), "1");
 }

@@ -1,4 +1,5 @@
 #include "base/line_reader.h"
+#include "base/line_index.h"
 
 #include "tests/properties/properties.h"
 
@@ -11,6 +12,8 @@ namespace {
 using Lines = std::vector<std::string>;
 
 const size_t block_size = LineReader::block_size;
+const size_t chunk_size = LineReader::chunk_size;
+constexpr char mark = 'a';
 
 Lines plain_lines(FILE* file, size_t line_size) {
     const bool is_unlimited = line_size == LineReader::unlimited;
@@ -25,12 +28,28 @@ Lines plain_lines(FILE* file, size_t line_size) {
     return lines;
 }
 
+// The cursor is at the marks of the line, others behind it, and may be left anywhere among them.
+void expect_marks(const LineText& line, MarkCursor& marks, bool moves_on) {
+    const char* const end = line.text + line.size;
+    MarkCursor cursor = marks;
+    for (const char* at = line.text; at != end; ++at) {
+        if (*at == mark) {
+            EXPECT_EQ(*cursor.next++, at);
+        }
+    }
+    EXPECT_GE(*cursor.next, end);
+    if (moves_on) {
+        marks = cursor;
+    }
+}
+
 // A line is the caller's to write to, which must not reach the next one.
 Lines take_lines(LineReader& reader) {
     LineText line;
     Lines lines;
     while (reader.next(line)) {
         EXPECT_EQ(std::strlen(line.text), line.size);
+        expect_marks(line, reader.marks(), lines.size() % 3 == 0);
         lines.emplace_back(line.text, line.size);
         std::memset(line.text, '!', line.size);
     }
@@ -39,7 +58,7 @@ Lines take_lines(LineReader& reader) {
 }
 
 Lines read_lines(int descriptor, size_t line_size) {
-    LineReader reader(descriptor, line_size);
+    LineReader reader(descriptor, line_size, mark);
     return take_lines(reader);
 }
 
@@ -50,7 +69,7 @@ Lines read_ranges(int descriptor, size_t line_size, size_t file_size, Choices& c
         const bool is_small = choices.any_left() && !choices.one_in(3);
         const size_t size = is_small ? choices.below(9) : file_size / 9 + choices.below(file_size);
         const size_t end = std::min(begin + 1 + size, file_size);
-        LineReader reader(descriptor, line_size, {begin, end, file_size});
+        LineReader reader(descriptor, line_size, {begin, end, file_size}, mark);
         for (std::string& line : take_lines(reader)) {
             lines.push_back(std::move(line));
         }
@@ -100,9 +119,38 @@ constexpr size_t sizes[][3] = {
     {LineReader::unlimited, 600'000, 2'000'000},
 };
 
+struct Indexed {
+    std::vector<char*> line_feeds;
+    std::vector<char*> marks;
+    bool has_nul;
+
+    bool operator==(const Indexed&) const = default;
+};
+
+Indexed index(std::string& bytes, decltype(index_lines)& way) {
+    const size_t capacity = bytes.size() + line_index_slack;
+    Indexed indexed = {std::vector<char*>(capacity), std::vector<char*>(capacity), false};
+    LineIndexEnds ends = {indexed.line_feeds.data(), indexed.marks.data()};
+    indexed.has_nul = way(bytes.data(), bytes.data() + bytes.size(), mark, ends);
+    indexed.line_feeds.resize(static_cast<size_t>(ends.line_feeds - indexed.line_feeds.data()));
+    indexed.marks.resize(static_cast<size_t>(ends.marks - indexed.marks.data()));
+    return indexed;
+}
+
+void expect_plain_index(Choices& choices) {
+    const std::string_view alphabet = choices.one_in(2) ? "a\n" : "a\nxxxxxxxxxxxxxxxxxxxxxxx";
+    std::string bytes = choices.text(alphabet, 300);
+    if (!bytes.empty() && choices.one_in(2)) {
+        bytes[choices.below(bytes.size())] = '\0';
+    }
+    EXPECT_TRUE(index(bytes, index_lines) == index(bytes, index_lines_plainly)) << bytes;
+}
+
 } // namespace
 
 void check_line_reader(Choices& choices) {
+    expect_plain_index(choices);
+    LineReader::chunk_size = choices.one_in(2) ? chunk_size : 1 + choices.below(300);
     const auto& [limit, usual_length, total] = choices.of(sizes);
     const bool is_pipe = choices.one_in(2);
     const std::string bytes = random_bytes(choices, usual_length, total);
@@ -115,5 +163,6 @@ void check_line_reader(Choices& choices) {
     EXPECT_TRUE(read_ranges(fileno(file), limit, bytes.size(), choices) == lines)
         << "limit " << limit << ", blocks of " << LineReader::block_size;
     LineReader::block_size = block_size;
+    LineReader::chunk_size = chunk_size;
     std::fclose(file);
 }

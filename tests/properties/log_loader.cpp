@@ -168,6 +168,7 @@ void count_line(const ObservedLogLine& line) {
 Rows load_in_order(const std::vector<Log>& logs) {
     log_piece_size = uint64_t{4} << 20;
     LineReader::block_size = size_t{256} << 10;
+    LineReader::chunk_size = size_t{8} << 10;
     debug_fp = std::fopen("/dev/null", "w");
     debug_on = 1;
     debug_level = 4;
@@ -236,5 +237,6 @@ void check_log_loader(Choices& choices) {
     const size_t least = 1 + bytes / 5000; // each piece opens its file
     log_piece_size = choices.of(std::array{least, least + choices.below(300), size_t{100'000}});
     LineReader::block_size = 1 + choices.below(2 * log_piece_size);
+    LineReader::chunk_size = 1 + choices.below(1000);
     EXPECT_EQ(load(logs), rows) << "in pieces of " << log_piece_size << " on " << g_num_thread;
 }

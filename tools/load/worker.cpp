@@ -3,6 +3,7 @@
 #include "base/file_descriptor.h"
 #include "tools/config/log_files.h"
 #include "tools/load/noted_pieces.h"
+#include "tools/parse/field_splitter.h"
 #include "tools/parse/log_loader.h"
 
 #include <algorithm>
@@ -29,8 +30,9 @@ FileDescriptor open_log(const LogPiece& piece) {
 void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescriptor& file,
                 int64_t lines_before, int64_t max_lines, RequestBatch& batch,
                 const AfterLine& after_line) {
-    LineReader lines = piece.is_stream ? LineReader(file.get(), log_line_size)
-                                       : LineReader(file.get(), log_line_size, piece.range);
+    LineReader lines = piece.is_stream
+                           ? LineReader(file.get(), log_line_size, field_quote)
+                           : LineReader(file.get(), log_line_size, piece.range, field_quote);
     constexpr uint64_t usual_line = 200; // bytes, rather too few than too many
     batch.rows.reserve(std::min(piece.range.end - piece.range.begin, log_piece_size) / usual_line);
     const InputFileInfo& input = seq_file_path[piece.file];

@@ -1,45 +1,49 @@
+#include "base/byte_search.h"
 #include "base/logs.h"
 #include "tools/config/field_layout.h"
 #include "tools/parse/line_parsers.h"
 #include "tools/parse/request_fields.h"
 #include "tools/parse/timestamps.h"
 
-#include <cstring>
-
 namespace {
 
-constexpr int needed_words = 3; // method, URL, protocol version
-
-// The first blank-separated word at or after `position`; empty at the end of the text.
-LineText next_word(const char* position, const char* end) {
+char* skip_blanks(char* position) {
     while (*position == ' ') {
         ++position;
     }
-    const void* blank = std::memchr(position, ' ', static_cast<size_t>(end - position));
-    const char* word_end = blank == nullptr ? end : static_cast<const char*>(blank);
-    return {const_cast<char*>(position), static_cast<size_t>(word_end - position)};
+    return position;
 }
 
-// Method and URL, when a protocol version follows them. Words of a request line are counted up to
-// the fifth; what comes behind that means nothing.
-bool split_request_line(LineText field, RequestFields& request) {
+// The first blank-separated word at or after `position`; empty at the end of the text.
+LineText next_word(char* position, char* end) {
+    char* const start = skip_blanks(position);
+    char* const blank = find_in_line(start, end, ' ');
+    return {start, static_cast<size_t>((blank == nullptr ? end : blank) - start)};
+}
+
+char* end_of(LineText word) {
+    return word.text + word.size;
+}
+
+// Words of a request line are counted up to the fifth.
+int count_words(LineText field) {
     constexpr int max_words = 5;
-    LineText words[max_words] = {};
-    const char* const end = field.text + field.size;
-    const int counted_words = debug_wanted(4) ? max_words : needed_words;
-    const char* position = field.text;
+    LineText word = next_word(field.text, end_of(field));
     int count = 0;
-    for (; count < counted_words; ++count) {
-        words[count] = next_word(position, end);
-        if (words[count].size == 0) {
-            break;
-        }
-        position = words[count].text + words[count].size;
+    while (word.size != 0 && count < max_words) {
+        ++count;
+        word = next_word(end_of(word), end_of(field));
     }
-    DEBUG_LOG(4, "get_tokens1", "Total fields found : %d", count);
-    request.method = words[0];
-    request.url = words[1];
-    return count >= needed_words;
+    return count;
+}
+
+// Method and URL, when a protocol version follows them. What comes behind that means nothing.
+bool split_request_line(LineText field, RequestFields& request) {
+    char* const end = end_of(field);
+    DEBUG_LOG(4, "get_tokens1", "Total fields found : %d", count_words(field));
+    request.method = next_word(field.text, end);
+    request.url = next_word(end_of(request.method), end);
+    return skip_blanks(end_of(request.url)) != end;
 }
 
 LineKind read_request_line(const LineOrigin& origin, LineText field, RequestFields& request) {
@@ -94,7 +98,7 @@ LineKind read_line(ParsingThread& thread, const LineOrigin& origin, LineText lin
     DEBUG_LOG(4, origin.fname, "Processing line num - %ld of file - %s", origin.line_num,
               origin.file_name);
     LineText fields[max_al_fields];
-    LineKind kind = split_line(origin, line, fields);
+    LineKind kind = split_line(origin, line, *thread.quotes, fields);
     for (const PresentField& field : fields_to_read()) {
         if (kind != LineKind::accepted) {
             return kind;

@@ -2,7 +2,6 @@
 
 #include "base/byte_search.h"
 #include "base/logs.h"
-#include "tools/parse/quote_index.h"
 
 namespace {
 
@@ -12,63 +11,66 @@ bool is_blank(char c) {
     return c <= ' ' && (c == ' ' || c == '\t'); // most characters need but one comparison
 }
 
+bool is_visible(char c) {
+    return static_cast<unsigned char>(c) > ' ';
+}
+
 char* skip_blanks(char* position) {
+    if (*position == ' ' && is_visible(position[1])) { // as it mostly is
+        return position + 1;
+    }
     while (is_blank(*position)) {
         ++position;
     }
     return position;
 }
 
-bool closes_quoted_field(const char* quote) {
-    const bool ends_field = quote[1] == ' ' || quote[1] == '\0';
-    return ends_field && quote[-1] != '\\';
+// The end of the word at `start`, which a blank or the end of the line follows.
+char* find_word_end(char* start) {
+    char* end = find_blank_or_control(start);
+    while (*end != ' ' && !is_blank(*end) && *end != '\0') {
+        end = find_blank_or_control(end + 1);
+    }
+    return end;
 }
 
-// Finds the quote that closes a field by searching for each quote.
-class QuoteSearch {
+bool closes_quoted_field(const char* quote) {
+    return (quote[1] == ' ' || quote[1] == '\0') && quote[-1] != '\\';
+}
+
+// Goes from quote to quote. Fields have to come in their order.
+class QuotedFields {
   public:
-    explicit QuoteSearch(LineText line) : end_(line.text + line.size) {}
+    QuotedFields(MarkCursor& quotes, const char* end)
+        : quotes_(quotes), next_(quotes.next), end_(end) {}
+    ~QuotedFields() { quotes_.next = next_; }
+    QuotedFields(const QuotedFields&) = delete;
+    QuotedFields& operator=(const QuotedFields&) = delete;
 
-    // Of a field whose text begins at `start`; the end of the line when there is none.
-    char* closing_quote(char* start) {
-        char* quote = find_either(start, end_, '"', '"');
-        while (quote != end_ && !closes_quoted_field(quote)) {
-            quote = find_either(quote + 1, end_, '"', '"');
-        }
-        return quote;
-    }
-
-  private:
-    char* end_;
-};
-
-// The same for a line whose quotes are found beforehand. Fields have to come in their order.
-class IndexedQuotes {
-  public:
-    IndexedQuotes(LineText line, const QuoteOffsets& offsets)
-        : text_(line.text), end_(line.text + line.size), next_(offsets) {}
-
+    // The quote that closes the field that begins with the one at `start`, or null.
     char* closing_quote(const char* start) {
-        while (text_ + *next_ != start - 1) { // quotes in fields before this one
+        while (*next_ != start) { // in fields before this one
             ++next_;
         }
-        ++next_; // behind the one that opens the field
-        while (text_ + *next_ != end_ && !closes_quoted_field(text_ + *next_)) {
-            ++next_;
+        while (*++next_ < end_) {
+            if (closes_quoted_field(*next_)) {
+                return *next_++;
+            }
         }
-        return text_ + *next_++;
+        return nullptr;
     }
 
   private:
-    char* text_;
-    char* end_;
-    const uint16_t* next_;
+    MarkCursor& quotes_;
+    char* const* next_;
+    const char* end_;
 };
 
+// Likewise.
 char* closing_bracket(char* start, char* end) {
-    char* bracket = find_either(start, end, ']', ']');
-    while (bracket != end && bracket[-1] == '\\') {
-        bracket = find_either(bracket + 1, end, ']', ']');
+    char* bracket = find_in_line(start, end, ']');
+    while (bracket != nullptr && bracket[-1] == '\\') {
+        bracket = find_in_line(bracket + 1, end, ']');
     }
     return bracket;
 }
@@ -78,31 +80,30 @@ struct Split {
     bool is_unclosed = false;
 };
 
-template <typename Quotes>
-Split split(Quotes quotes, LineText line, LineText fields[], int max_fields) {
+Split split(QuotedFields quoted, LineText line, LineText fields[], int max_fields) {
     char* const end = line.text + line.size;
     char* start = skip_blanks(line.text);
-    int count = 0;
-    while (start != end && count < max_fields) {
+    LineText* field = fields;
+    LineText* const fields_end = fields + max_fields;
+    while (*start != '\0' && field != fields_end) {
         char* field_end;
-        bool is_closed = true;
-        if (*start == '"') {
-            field_end = quotes.closing_quote(++start);
-            is_closed = field_end != end;
+        int closing_characters = 1;
+        if (*start == field_quote) {
+            field_end = quoted.closing_quote(start++);
         } else if (*start == '[') {
             field_end = closing_bracket(++start, end);
-            is_closed = field_end != end;
         } else {
-            field_end = find_either(start, end, ' ', '\t');
+            field_end = find_word_end(start);
+            closing_characters = 0;
         }
-        if (!is_closed) {
-            return {count, true};
+        if (field_end == nullptr) {
+            return {static_cast<int>(field - fields), true};
         }
+        *field++ = {start, static_cast<size_t>(field_end - start)};
+        start = skip_blanks(field_end + closing_characters);
         *field_end = '\0';
-        fields[count++] = {start, static_cast<size_t>(field_end - start)};
-        start = field_end == end ? end : skip_blanks(field_end + 1);
     }
-    return {count, false};
+    return {static_cast<int>(field - fields), false};
 }
 
 void log_split(const Split& split, const LineText fields[], int max_fields) {
@@ -116,19 +117,10 @@ void log_split(const Split& split, const LineText fields[], int max_fields) {
     }
 }
 
-Split split_line(LineText line, LineText fields[], int max_fields) {
-    if (line.size > max_indexed_size) {
-        return split(QuoteSearch(line), line, fields, max_fields);
-    }
-    QuoteOffsets offsets;
-    index_quotes(line.text, line.size, offsets);
-    return split(IndexedQuotes(line, offsets), line, fields, max_fields);
-}
-
 } // namespace
 
-int get_al_fields(LineText line, LineText fields[], int max_fields) {
-    const Split result = split_line(line, fields, max_fields);
+int get_al_fields(LineText line, MarkCursor& quotes, LineText fields[], int max_fields) {
+    const Split result = split({quotes, line.text + line.size}, line, fields, max_fields);
     if (debug_wanted(3)) {
         log_split(result, fields, max_fields);
     }

@@ -98,7 +98,7 @@ LineKind read_line(ParsingThread& thread, const LineOrigin& origin, LineText lin
               origin.file_name);
     LineText fields[max_al_fields];
     SeparateFields separate;
-    LineKind kind = split_line(origin, line, fields);
+    LineKind kind = split_line(origin, line, *thread.quotes, fields);
     if (kind == LineKind::accepted) {
         kind = read_fields(origin, fields, request, separate);
     }

@@ -8,7 +8,8 @@
 
 // The parsers of the three log dialects. Each turns one line, without its line end, into the record
 // `al_info_array_t[seq_no]` of the calling thread and splits the line in place. `file_name` and
-// `line_num` serve the messages. Returns 0 when the request is accepted; -1 when the line is bad or
+// `line_num` serve the messages. The line is as get_al_fields needs it, its quotes are in
+// `thread`. Returns 0 when the request is accepted; -1 when the line is bad or
 // outside the replay period: it is then counted in `thread` and the record is left as it was.
 //
 // The cookie headers in the record (`cookies`, `set_cookies`) hold until the thread's next line.

@@ -185,6 +185,7 @@ void load_url_info(ParsingThread& thread, LineReader& lines, const LogPart& part
     const Cookies names;
     LineText line;
     thread.counters = {};
+    thread.quotes = &lines.marks();
     while (batch.line_count < part.max_lines && lines.next(line)) {
         if (!lines.is_terminated() && !part.ends_with_rest) {
             if (lines.is_last_rest()) {

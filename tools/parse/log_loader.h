@@ -21,8 +21,8 @@ struct LogPart {
 // Called after each line; returns false when no further one is to be read. Empty: nobody asks.
 using AfterLine = std::function<bool()>;
 
-// Parses the lines that `lines` gives and appends the accepted requests with their sessions to
-// `batch`, which also gets what happened to them and, counted, all lines. Fails when the file
-// cannot be read.
+// Parses the lines that `lines` gives, whose mark is field_quote, and appends the accepted requests
+// with their sessions to `batch`, which also gets what happened to them and, counted, all lines.
+// Fails when the file cannot be read.
 void load_url_info(ParsingThread& thread, LineReader& lines, const LogPart& part,
                    RequestBatch& batch, const AfterLine& after_line);

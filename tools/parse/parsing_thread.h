@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/line_text.h"
 #include "base/text_arena.h"
 #include "tools/parse/line_outcome.h"
 #include "tools/parse/request_interner.h"
@@ -19,6 +20,7 @@ static_assert(sizeof(threadCounter) == 24);
 
 // What one worker thread carries from line to line. No other thread touches it.
 struct ParsingThread {
+    MarkCursor* quotes = nullptr;       // of the current line; the reader's
     RequestFields fields = {};          // of the current line
     alInfo request = {};                // likewise, when it is accepted
     RequestInterner interner = {};      // of its requests

@@ -63,8 +63,9 @@ bool is_dash(LineText field) {
     return field.size == 1 && field.text[0] == '-';
 }
 
-LineKind split_line(const LineOrigin& origin, LineText line, LineText fields[]) {
-    const int count = get_al_fields(line, fields, max_al_fields);
+LineKind split_line(const LineOrigin& origin, LineText line, MarkCursor& quotes,
+                    LineText fields[]) {
+    const int count = get_al_fields(line, quotes, fields, max_al_fields);
     if (count >= max_required_field_position) {
         return LineKind::accepted;
     }

@@ -33,9 +33,9 @@ std::span<const PresentField> fields_to_read();
 // Whether a field holds the "-" that stands for no value.
 bool is_dash(LineText field);
 
-// Splits `line` into `fields` (max_al_fields of them). Returns `accepted`; or why the line is bad,
-// which is then reported.
-LineKind split_line(const LineOrigin& origin, LineText line, LineText fields[]);
+// Splits `line` at `quotes` into `fields` (max_al_fields of them). Returns `accepted`; or why the
+// line is bad, which is then reported.
+LineKind split_line(const LineOrigin& origin, LineText line, MarkCursor& quotes, LineText fields[]);
 
 // Writes the field's value to the debug log (level 4), except for a status code, which has a line
 // of its own, and a client address that is not looked at.
