@@ -66,8 +66,10 @@ ZVR_WITH_AVX2 inline char** append(char** list, uint64_t places, char* block) {
     static_assert(usual_count <= line_index_slack);
     char** const end = list + __builtin_popcountll(places);
     write_first<usual_count>(list, places, block);
-    for (list += usual_count; list < end; ++list) {
-        write_first<1>(list, places, block);
+    if (end - list > usual_count) [[unlikely]] {
+        for (list += usual_count; list != end; ++list) {
+            write_first<1>(list, places, block);
+        }
     }
     return end;
 }

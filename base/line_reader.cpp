@@ -119,8 +119,9 @@ char* LineReader::read_to_line_end() {
     }
 }
 
-// Indexes the next chunk of what was read, when no line feed is left of the one before.
-void LineReader::index_more() {
+// Indexes the next chunk of what was read, when no line feed is left of the one before. Not
+// inlined: what it needs would be saved and restored for every line.
+[[gnu::noinline]] void LineReader::index_more() {
     make_room_for_marks();
     char* const chunk = indexed_;
     indexed_ += std::min(chunk_size, static_cast<size_t>(end_ - chunk));

@@ -71,21 +71,31 @@ LineKind read_date_and_time(const LineOrigin& origin, LineText field, RequestFie
     return LineKind::accepted;
 }
 
-LineKind read_field(ParsingThread& thread, const LineOrigin& origin, int kind, LineText field,
-                    RequestFields& request) {
-    if (debug_wanted(4)) {
-        log_field_value(origin, kind, field);
-    }
+// A field that only this layout has. The rest of the kinds in it are not used.
+LineKind read_own_field(const LineOrigin& origin, int kind, LineText field,
+                        RequestFields& request) {
     switch (kind) {
     case AL_DATE_AND_TIME:
         return read_date_and_time(origin, field, request);
     case AL_REQUEST_LINE:
         return read_request_line(origin, field, request);
     default:
-        break;
+        return LineKind::accepted;
     }
-    if (read_common_field(origin, kind, field, request) == FieldOutcome::invalid_client_address) {
+}
+
+LineKind read_field(ParsingThread& thread, const LineOrigin& origin, int kind, LineText field,
+                    RequestFields& request) {
+    if (debug_wanted(4)) {
+        log_field_value(origin, kind, field);
+    }
+    switch (read_common_field(origin, kind, field, request)) {
+    case FieldOutcome::handled:
+        break;
+    case FieldOutcome::invalid_client_address:
         return LineKind::invalid_client_address;
+    case FieldOutcome::dialect_specific:
+        return read_own_field(origin, kind, field, request);
     }
     if (kind == AL_LOCATION) {
         resolve_location(thread, request.url, request.location);
@@ -114,7 +124,7 @@ int parse_al_line(ParsingThread& thread, alInfo* al_info_array_t, LineText line,
                   const char* file_name, uint64_t seq_no, int64_t line_num) {
     const LineOrigin origin = {"parse_al_line", file_name, line_num};
     RequestFields& request = thread.fields;
-    request = {};
+    request.clear();
     const LineKind kind = read_line(thread, origin, line, request);
     if (kind == LineKind::accepted) {
         store_request(request, al_info_array_t[seq_no]);

@@ -16,13 +16,18 @@ bool is_visible(char c) {
 }
 
 char* skip_blanks(char* position) {
-    if (*position == ' ' && is_visible(position[1])) { // as it mostly is
-        return position + 1;
-    }
     while (is_blank(*position)) {
         ++position;
     }
     return position;
+}
+
+// Where the next field may start, when the one before is followed by `separator` at `position`.
+char* next_start(char* position, char separator) {
+    if (separator == ' ' && is_visible(position[1])) { // as it mostly is
+        return position + 1;
+    }
+    return is_blank(separator) ? skip_blanks(position + 1) : position;
 }
 
 // The end of the word at `start`, which a blank or the end of the line follows.
@@ -100,8 +105,10 @@ Split split(QuotedFields quoted, LineText line, LineText fields[], int max_field
             return {static_cast<int>(field - fields), true};
         }
         *field++ = {start, static_cast<size_t>(field_end - start)};
-        start = skip_blanks(field_end + closing_characters);
+        char* const behind = field_end + closing_characters;
+        const char separator = *behind;
         *field_end = '\0';
+        start = next_start(behind, separator);
     }
     return {static_cast<int>(field - fields), false};
 }

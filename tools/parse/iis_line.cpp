@@ -119,7 +119,7 @@ LineKind read_line(ParsingThread& thread, const LineOrigin& origin, LineText lin
 int parse_separate_fields(ParsingThread& thread, const LineOrigin& origin, alInfo& record,
                           LineText line) {
     RequestFields& request = thread.fields;
-    request = {};
+    request.clear();
     const LineKind kind = read_line(thread, origin, line, request);
     if (kind == LineKind::accepted) {
         store_request(request, record);

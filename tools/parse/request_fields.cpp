@@ -16,18 +16,32 @@
 
 namespace {
 
-void log_text_allocation(const LineOrigin& origin, const char* name, LineText field) {
-    DEBUG_LOG(2, origin.fname, "Allocating memory for %s. size = %d", name,
-              static_cast<int>(field.size + 1));
+int non_negative_seconds(int64_t seconds) {
+    return static_cast<int>(std::clamp<int64_t>(seconds, 0, INT_MAX));
 }
 
-// What strtol gives; three digits, as every status code has, without its help.
-int read_status_code(LineText field) {
-    const auto digit = [&](size_t at) { return static_cast<unsigned>(field.text[at] - '0'); };
-    if (field.size == 3 && digit(0) <= 9 && digit(1) <= 9 && digit(2) <= 9) {
-        return static_cast<int>(digit(0) * 100 + digit(1) * 10 + digit(2));
+} // namespace
+
+std::span<const PresentField> fields_to_read() {
+    return debug_wanted(2) ? std::span(present_fields, static_cast<size_t>(present_field_count))
+                           : std::span(read_fields, static_cast<size_t>(read_field_count));
+}
+
+LineKind split_line(const LineOrigin& origin, LineText line, MarkCursor& quotes,
+                    LineText fields[]) {
+    const int count = get_al_fields(line, quotes, fields, max_al_fields);
+    if (count >= max_required_field_position) {
+        return LineKind::accepted;
     }
-    return static_cast<int>(std::strtol(field.text, nullptr, 10));
+    report_bad_line(origin, "Invalid line at line %ld in file '%s'");
+    return count == -1 ? LineKind::unclosed_field : LineKind::too_few_fields;
+}
+
+void log_field_value(const LineOrigin& origin, int kind, LineText field) {
+    const bool is_skipped = kind == AL_CLIENT_IP && session_mode != SESSION_MODE_CLIENT_IP;
+    if (kind != AL_STATUS_CODE && !is_skipped) {
+        DEBUG_LOG(4, origin.fname, "%s value :'%s'", al_required_fields[kind].name, field.text);
+    }
 }
 
 FieldOutcome read_client_ip(const LineOrigin& origin, LineText field, RequestFields& request) {
@@ -48,76 +62,16 @@ FieldOutcome read_client_ip(const LineOrigin& origin, LineText field, RequestFie
     return FieldOutcome::handled;
 }
 
-int non_negative_seconds(int64_t seconds) {
-    return static_cast<int>(std::clamp<int64_t>(seconds, 0, INT_MAX));
+int read_number_of_seconds(LineText field) {
+    return non_negative_seconds(std::atoi(field.text));
 }
 
-} // namespace
-
-std::span<const PresentField> fields_to_read() {
-    return debug_wanted(2) ? std::span(present_fields, static_cast<size_t>(present_field_count))
-                           : std::span(read_fields, static_cast<size_t>(read_field_count));
+int read_number_of_microseconds(LineText field) {
+    return non_negative_seconds(std::atoll(field.text) / 1'000'000);
 }
 
-bool is_dash(LineText field) {
-    return field.size == 1 && field.text[0] == '-';
-}
-
-LineKind split_line(const LineOrigin& origin, LineText line, MarkCursor& quotes,
-                    LineText fields[]) {
-    const int count = get_al_fields(line, quotes, fields, max_al_fields);
-    if (count >= max_required_field_position) {
-        return LineKind::accepted;
-    }
-    report_bad_line(origin, "Invalid line at line %ld in file '%s'");
-    return count == -1 ? LineKind::unclosed_field : LineKind::too_few_fields;
-}
-
-void log_field_value(const LineOrigin& origin, int kind, LineText field) {
-    const bool is_skipped = kind == AL_CLIENT_IP && session_mode != SESSION_MODE_CLIENT_IP;
-    if (kind != AL_STATUS_CODE && !is_skipped) {
-        DEBUG_LOG(4, origin.fname, "%s value :'%s'", al_required_fields[kind].name, field.text);
-    }
-}
-
-FieldOutcome read_common_field(const LineOrigin& origin, int kind, LineText field,
-                               RequestFields& request) {
-    switch (kind) {
-    case AL_CLIENT_IP:
-        return read_client_ip(origin, field, request);
-    case AL_STATUS_CODE:
-        request.response_code = read_status_code(field);
-        DEBUG_LOG(4, origin.fname, "Response code = %d", request.response_code);
-        break;
-    case AL_REQUEST_COOKIE:
-        log_text_allocation(origin, "Cookies", field);
-        request.cookies = field;
-        break;
-    case AL_SET_COOKIE:
-        log_text_allocation(origin, "Set Cookies", field);
-        request.set_cookies = field;
-        break;
-    case AL_HOST_HEADER:
-        if (!is_dash(field)) {
-            log_text_allocation(origin, "Allocate host IP", field);
-            request.host = field;
-        }
-        break;
-    case AL_LOCATION:
-        if (!is_dash(field)) {
-            request.location = field;
-        }
-        break;
-    case AL_RESPONSE_TIME:
-        request.response_time = non_negative_seconds(std::atoi(field.text));
-        break;
-    case AL_RESPONSE_TIME_USEC:
-        request.response_time = non_negative_seconds(std::atoll(field.text) / 1'000'000);
-        break;
-    default:
-        return FieldOutcome::dialect_specific;
-    }
-    return FieldOutcome::handled;
+int read_any_status_code(LineText field) {
+    return static_cast<int>(std::strtol(field.text, nullptr, 10));
 }
 
 void report_bad_line(const LineOrigin& origin, const char* message) {
@@ -157,8 +111,8 @@ int finish_line(ParsingThread& thread, const LineOrigin& origin, LineOutcome out
     }
 }
 
-void resolve_location(ParsingThread& thread, LineText url, LineText& location) {
-    if (location.text == nullptr || !is_relative_location(location.text)) {
+void resolve_logged_location(ParsingThread& thread, LineText url, LineText& location) {
+    if (!is_relative_location(location.text)) {
         return;
     }
     std::string& resolved = thread.resolved_location;

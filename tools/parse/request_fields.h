@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/logs.h"
 #include "tools/config/field_layout.h"
 #include "tools/parse/field_splitter.h"
 #include "tools/parse/line_outcome.h"
@@ -31,7 +32,9 @@ enum class FieldOutcome {
 std::span<const PresentField> fields_to_read();
 
 // Whether a field holds the "-" that stands for no value.
-bool is_dash(LineText field);
+inline bool is_dash(LineText field) {
+    return field.size == 1 && field.text[0] == '-';
+}
 
 // Splits `line` at `quotes` into `fields` (max_al_fields of them). Returns `accepted`; or why the
 // line is bad, which is then reported.
@@ -41,10 +44,68 @@ LineKind split_line(const LineOrigin& origin, LineText line, MarkCursor& quotes,
 // of its own, and a client address that is not looked at.
 void log_field_value(const LineOrigin& origin, int kind, LineText field);
 
+// What strtol gives.
+int read_any_status_code(LineText field);
+inline int read_status_code(LineText field) {
+    const auto digit = [&](size_t at) { return static_cast<unsigned>(field.text[at] - '0'); };
+    if (field.size == 3 && digit(0) <= 9 && digit(1) <= 9 && digit(2) <= 9) { // as all have
+        return static_cast<int>(digit(0) * 100 + digit(1) * 10 + digit(2));
+    }
+    return read_any_status_code(field);
+}
+
+// A response time in seconds, 0 for a negative one.
+int read_number_of_seconds(LineText field);
+int read_number_of_microseconds(LineText field);
+
+FieldOutcome read_client_ip(const LineOrigin& origin, LineText field, RequestFields& request);
+
+inline void log_text_allocation(const LineOrigin& origin, const char* name, LineText field) {
+    DEBUG_LOG(2, origin.fname, "Allocating memory for %s. size = %d", name,
+              static_cast<int>(field.size + 1));
+}
+
 // Reads a field of a kind (see tools/config/field_layout.h) that all dialects share into `request`.
-// A bad field is reported.
-FieldOutcome read_common_field(const LineOrigin& origin, int kind, LineText field,
-                               RequestFields& request);
+// A bad field is reported. Inline, as lines have many fields.
+inline FieldOutcome read_common_field(const LineOrigin& origin, int kind, LineText field,
+                                      RequestFields& request) {
+    switch (kind) {
+    case AL_CLIENT_IP:
+        return read_client_ip(origin, field, request);
+    case AL_STATUS_CODE:
+        request.response_code = read_status_code(field);
+        DEBUG_LOG(4, origin.fname, "Response code = %d", request.response_code);
+        break;
+    case AL_REQUEST_COOKIE:
+        log_text_allocation(origin, "Cookies", field);
+        request.cookies = field;
+        break;
+    case AL_SET_COOKIE:
+        log_text_allocation(origin, "Set Cookies", field);
+        request.set_cookies = field;
+        break;
+    case AL_HOST_HEADER:
+        if (!is_dash(field)) {
+            log_text_allocation(origin, "Allocate host IP", field);
+            request.host = field;
+        }
+        break;
+    case AL_LOCATION:
+        if (!is_dash(field)) {
+            request.location = field;
+        }
+        break;
+    case AL_RESPONSE_TIME:
+        request.response_time = read_number_of_seconds(field);
+        break;
+    case AL_RESPONSE_TIME_USEC:
+        request.response_time = read_number_of_microseconds(field);
+        break;
+    default:
+        return FieldOutcome::dialect_specific;
+    }
+    return FieldOutcome::handled;
+}
 
 // Reports a bad line. `message` takes the line number and the file name.
 void report_bad_line(const LineOrigin& origin, const char* message);
@@ -58,7 +119,12 @@ LineKind test_replay_period(const LineOrigin& origin, RequestFields& request);
 int finish_line(ParsingThread& thread, const LineOrigin& origin, LineOutcome outcome);
 
 // Resolves the location against `url` when it is relative; otherwise leaves it as logged.
-void resolve_location(ParsingThread& thread, LineText url, LineText& location);
+void resolve_logged_location(ParsingThread& thread, LineText url, LineText& location);
+inline void resolve_location(ParsingThread& thread, LineText url, LineText& location) {
+    if (location.text != nullptr) {
+        resolve_logged_location(thread, url, location);
+    }
+}
 
 // Fills the record of an accepted request, whose texts stay where they are.
 void store_request(const RequestFields& request, alInfo& record);

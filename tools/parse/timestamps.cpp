@@ -173,11 +173,7 @@ void log_fixed_shape_iis(const CalendarTime& calendar) {
 }
 
 // Seconds on the scale of the logs' zone; nothing when the text is of another shape.
-std::optional<time_t> convert_fixed_shape(LineText timestring) {
-    static thread_local KnownMinute known;
-    if (known.has(timestring)) {
-        return known.second(timestring);
-    }
+std::optional<time_t> convert_fixed_shape(LineText timestring, KnownMinute& known) {
     CalendarTime calendar;
     int64_t log_offset;
     if (!read_fixed_shape(timestring, calendar, log_offset)) {
@@ -235,6 +231,19 @@ time_t convert_any_shape_iis(char* date, char* time) {
     return local_time_to_epoch(calendar) - replay_timezone;
 }
 
+// Not inlined: what it needs would be saved and restored for every time.
+[[gnu::noinline]] time_t convert_unknown_minute(LineText timestring, KnownMinute& known) {
+    const std::optional<time_t> time_stamp = convert_fixed_shape(timestring, known);
+    if (!time_stamp) {
+        return convert_any_shape(timestring.text);
+    }
+    const time_t time_secs = *time_stamp - replay_timezone;
+    if (debug_wanted(4)) {
+        log_fixed_shape(timestring, time_secs);
+    }
+    return time_secs;
+}
+
 } // namespace
 
 int get_month(const char* month_name) {
@@ -247,15 +256,11 @@ int get_month(const char* month_name) {
 }
 
 time_t convert_into_second(LineText timestring) {
-    const std::optional<time_t> time_stamp = convert_fixed_shape(timestring);
-    if (!time_stamp) {
-        return convert_any_shape(timestring.text);
+    static thread_local KnownMinute known;
+    if (known.has(timestring) && !debug_wanted(4)) {
+        return known.second(timestring) - replay_timezone;
     }
-    const time_t time_secs = *time_stamp - replay_timezone;
-    if (debug_wanted(4)) {
-        log_fixed_shape(timestring, time_secs);
-    }
-    return time_secs;
+    return convert_unknown_minute(timestring, known);
 }
 
 time_t convert_into_second_iis(LineText date, LineText time) {
