@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -100,6 +101,27 @@ inline char* find_blank_or_control(char* position) {
     }
     return position;
 #endif
+}
+
+// A bit for each of the 64 characters from `position` on that is `wanted`, the first one's lowest.
+// Only bits of characters before the terminator mean anything.
+inline uint64_t places_in_line(const char* position, char wanted) {
+    uint64_t places = 0;
+#if defined(__SSE2__)
+    const __m128i all_wanted = _mm_set1_epi8(wanted);
+    for (unsigned at = 0; at < 64; at += sizeof all_wanted) {
+        __m128i block;
+        std::memcpy(&block, position + at, sizeof block);
+        const auto found =
+            static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, all_wanted)));
+        places |= uint64_t{found} << at;
+    }
+#else
+    for (unsigned at = 0; at < 64 && position[at] != '\0'; ++at) {
+        places |= uint64_t{position[at] == wanted} << at;
+    }
+#endif
+    return places;
 }
 
 // The first `wanted` in [position, end), or null.

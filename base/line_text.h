@@ -10,7 +10,7 @@ struct LineText {
 
 // Bytes that may be read behind the terminator of a line that LineReader has cut, whatever they
 // hold: searches in short texts need not ask at each step where the text ends.
-constexpr size_t room_behind_line = 32;
+constexpr size_t room_behind_line = 64;
 
 // Goes through the places of a character in a line. They are followed by others, the first of them
 // at or behind the end of the line.
