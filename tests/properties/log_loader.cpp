@@ -200,12 +200,29 @@ void expect_plain_status_code(Choices& choices) {
 }
 
 void expect_plain_cookie_search(Choices& choices) {
-    std::string header = choices.text("-a=;", choices.one_in(2) ? 3 : 60);
-    const std::string name = choices.text("-a", choices.one_in(2) ? 2 : 20);
-    char value[max_cookie_length];
-    EXPECT_EQ(get_cookie_value({header.data(), header.size()}, name, 0, value),
-              header.find(name) != std::string::npos)
-        << header << " " << name;
+    std::string header = choices.text("-a=;", choices.one_in(2) ? 3 : 90);
+    const std::string session = choices.text("-a", choices.one_in(2) ? 2 : 20);
+    const std::string secondary = choices.text("=a", choices.one_in(2) ? 4 : 9);
+    const CookieNames names(session, secondary);
+    const LineText text = {header.data(), header.size()};
+    const CookiePlaces found = names.find(text);
+    const CookiePlaces plainly_found = names.find_plainly(text);
+    EXPECT_EQ(found.session, plainly_found.session) << header << " " << session;
+    EXPECT_EQ(found.secondary, plainly_found.secondary) << header << " " << secondary;
+    const size_t at = header.find(session);
+    EXPECT_EQ(found.session, at == std::string::npos ? nullptr : header.data() + at);
+}
+
+void expect_plain_cookie_value(Choices& choices) {
+    const std::string letters = choices.one_in(2) ? "ab;" : "ab";
+    const std::string text = choices.text(letters, choices.one_in(2) ? 40 : 90);
+    const std::vector<char> exact(text.begin(), text.end()); // nothing behind it may be read
+    CookieValue value;
+    CookieValue plain_value;
+    const size_t size = copy_cookie_value(exact.data(), exact.size(), value);
+    EXPECT_EQ(size, copy_cookie_value_plainly(exact.data(), exact.size(), plain_value)) << text;
+    EXPECT_EQ(std::string(value, size), text.substr(0, size));
+    EXPECT_EQ(std::string(plain_value, size), text.substr(0, size));
 }
 
 } // namespace
@@ -223,6 +240,7 @@ void check_log_loader(Choices& choices) {
     validate_al_format();
     expect_plain_status_code(choices);
     expect_plain_cookie_search(choices);
+    expect_plain_cookie_value(choices);
     std::vector<Log> logs;
     for (size_t count = 1 + choices.below(4); count > 0; --count) {
         const int instance = logs.empty() ? 0 : logs.back().instance;

@@ -3,12 +3,67 @@
 #include "base/line_text.h"
 #include "tools/parse/request_record.h"
 
+#include <array>
 #include <cstddef>
 #include <string_view>
 
-// Cuts the value of a cookie out of a Cookie or Set-Cookie header. The name is searched as plain
-// text, so it is also found inside a longer name; the value begins `skip` characters after the
-// start of the name and ends before the next ';'. At most 63 characters are stored in `value`.
-// Returns false, with `value` unchanged, when the name does not occur.
-bool get_cookie_value(LineText header, std::string_view name, size_t skip,
-                      char (&value)[max_cookie_length]);
+// Cuts the values of the two cookies that tell sessions out of a Cookie or Set-Cookie header. Their
+// names are searched as plain text, so they are also found inside longer names.
+
+// Where the names stand first in a header; null: nowhere.
+struct CookiePlaces {
+    const char* session = nullptr;
+    const char* secondary = nullptr;
+};
+
+// A name, which stands where its first and its last character do, at their distance, and all
+// between them fits.
+struct CookieName {
+    using Block = std::array<char, 32>;
+
+    explicit CookieName(std::string_view name);
+
+    std::string_view text;
+    size_t to_last = 0;   // from the first character
+    Block all_first = {}; // filled with the first character
+    Block all_last = {};
+};
+
+// Looks for both names at once. Their texts must outlive this object.
+class CookieNames {
+  public:
+    CookieNames(std::string_view session, std::string_view secondary);
+
+    std::string_view session() const { return session_.text; }
+    std::string_view secondary() const { return secondary_.text; }
+
+    CookiePlaces find(LineText header) const {
+        return header.size < min_size_ ? CookiePlaces{} : find_in(header);
+    }
+
+    // The same, one name after the other.
+    CookiePlaces find_plainly(LineText header) const;
+
+  private:
+    CookiePlaces find_in(LineText header) const;
+
+    CookieName session_;
+    CookieName secondary_;
+    size_t min_size_;       // of a header that may hold a name
+    size_t min_block_size_; // of one that is searched in blocks
+};
+
+// The value of a cookie ends before the next ';' or with its header.
+using CookieValue = char[max_cookie_length];
+
+// Stores the value that begins at `start`, at most 63 characters of it and a terminator; what
+// stands behind that is undefined. `rest`: characters up to the end of the header. Returns how many
+// it stored.
+size_t store_cookie_value(const char* start, size_t rest, CookieValue& value);
+
+// How many characters up to the end of the value, or max_cookie_length when there are more. Copies
+// as many to `value`; what stands behind them is undefined.
+size_t copy_cookie_value(const char* start, size_t rest, CookieValue& value);
+
+// The same, with searching first.
+size_t copy_cookie_value_plainly(const char* start, size_t rest, CookieValue& value);

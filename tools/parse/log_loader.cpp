@@ -7,20 +7,14 @@
 #include "tools/parse/line_parsers.h"
 #include "tools/parse/own_texts.h"
 
+#include <algorithm>
 #include <cstring>
-#include <string_view>
 
 void (*log_line_observer)(const ObservedLogLine& line) = nullptr;
 
 namespace {
 
 constexpr const char* fname = "load_url_info";
-
-// What identifying a request's session needs to know.
-struct Cookies {
-    std::string_view session = cookie_name;
-    std::string_view secondary = secondary_cookie;
-};
 
 LineParser* parser_of_log_type() {
     switch (al_type) {
@@ -33,26 +27,41 @@ LineParser* parser_of_log_type() {
     }
 }
 
-// The value keeps the character after the name, the equals sign: it stays so in every value, so
-// that they compare equal to one another.
-bool get_secondary_cookie(const Cookies& names, LineText header, alInfo& record) {
-    return secondary_cookie_enable != 0 &&
-           get_cookie_value(header, names.secondary, names.secondary.size(), record.akaau_id);
+// Stores the value of a cookie whose name begins at `name`; the value does `skip` characters later.
+// Returns whether there is one.
+bool get_cookie_value(LineText header, const char* name, size_t skip, CookieValue& value) {
+    if (name == nullptr) {
+        return false;
+    }
+    const auto from_name = static_cast<size_t>(header.text + header.size - name);
+    const size_t skipped = std::min(skip, from_name);
+    store_cookie_value(name + skipped, from_name - skipped, value);
+    return true;
 }
 
-bool get_session_cookie(const Cookies& names, LineText header, alInfo& record) {
-    return get_cookie_value(header, names.session, names.session.size() + 1, record.jsession_id);
+// The value keeps the character after the name, the equals sign: it stays so in every value, so
+// that they compare equal to one another.
+bool get_secondary_cookie(const CookieNames& names, LineText header, const CookiePlaces& places,
+                          alInfo& record) {
+    return secondary_cookie_enable != 0 &&
+           get_cookie_value(header, places.secondary, names.secondary().size(), record.akaau_id);
+}
+
+bool get_session_cookie(const CookieNames& names, LineText header, const CookiePlaces& places,
+                        alInfo& record) {
+    return get_cookie_value(header, places.session, names.session().size() + 1, record.jsession_id);
 }
 
 // Returns whether a session cookie is missing from the header.
-bool read_cookie_header(const Cookies& names, LineText header, alInfo& record) {
+bool read_cookie_header(const CookieNames& names, LineText header, alInfo& record) {
     DEBUG_LOG(4, fname, "Going to get secondary cookie(akaau) format and jsession id from Cookie");
-    if (get_secondary_cookie(names, header, record)) {
+    const CookiePlaces places = names.find(header);
+    if (get_secondary_cookie(names, header, places, record)) {
         DEBUG_LOG(4, fname,
                   "secondary cookie(akaau) found in Cookie. al_info_array_t[*seq_no].akaau_id = %s",
                   record.akaau_id);
     }
-    if (!get_session_cookie(names, header, record)) {
+    if (!get_session_cookie(names, header, places, record)) {
         return true;
     }
     DEBUG_LOG(4, fname, "Session Cookie found in Cookie. al_info_array_t[*seq_no].jsession_id = %s",
@@ -61,13 +70,14 @@ bool read_cookie_header(const Cookies& names, LineText header, alInfo& record) {
 }
 
 // Returns whether the header sets the session cookie.
-bool read_set_cookie_header(const Cookies& names, LineText header, alInfo& record) {
-    if (get_secondary_cookie(names, header, record)) {
+bool read_set_cookie_header(const CookieNames& names, LineText header, alInfo& record) {
+    const CookiePlaces places = names.find(header);
+    if (get_secondary_cookie(names, header, places, record)) {
         DEBUG_LOG(4, fname,
                   "akaau cookie found in Set-Cookie. al_info_array_t[*seq_no].akaau_id = %s",
                   record.akaau_id);
     }
-    if (!get_session_cookie(names, header, record)) {
+    if (!get_session_cookie(names, header, places, record)) {
         return false;
     }
     DEBUG_LOG(4, fname, "Jsessionid found in Cookie. al_info_array_t[*seq_no].jsession_id = %s",
@@ -78,7 +88,8 @@ bool read_set_cookie_header(const Cookies& names, LineText header, alInfo& recor
 enum class SessionFound { in_cookie, set_by_response, not_found };
 
 // Set-Cookie is read after Cookie, so what the server set counts for the very request.
-SessionFound identify_session(const Cookies& names, const RequestFields& fields, alInfo& record) {
+SessionFound identify_session(const CookieNames& names, const RequestFields& fields,
+                              alInfo& record) {
     bool jid_missing_flag = false;
     if (fields.cookies.text != nullptr) {
         jid_missing_flag = read_cookie_header(names, fields.cookies, record);
@@ -108,7 +119,7 @@ void note_session_event(ParsingThread& thread, SessionFound found, RequestBatch&
     }
 }
 
-void add_request(ParsingThread& thread, const Cookies& names, RequestBatch& batch) {
+void add_request(ParsingThread& thread, const CookieNames& names, RequestBatch& batch) {
     alInfo& record = thread.request;
     if (session_mode != SESSION_MODE_CLIENT_IP) {
         note_session_event(thread, identify_session(names, thread.fields, record), batch);
@@ -182,7 +193,7 @@ void remove_carriage_return(LineText& line) {
 void load_url_info(ParsingThread& thread, LineReader& lines, const LogPart& part,
                    RequestBatch& batch, const AfterLine& after_line) {
     LineParser* const parse_line = parser_of_log_type();
-    const Cookies names;
+    const CookieNames names(cookie_name, secondary_cookie);
     LineText line;
     thread.counters = {};
     thread.quotes = &lines.marks();
