@@ -5,17 +5,23 @@
 #include <new>
 #include <utility>
 
+// The slot that holds the text, or the free one that it belongs into.
+inline InternedTexts::Slot& InternedTexts::find_slot(uint64_t hash, std::string_view text) {
+    const size_t mask = slots_.size() - 1;
+    for (size_t at = hash & mask;; at = (at + 1) & mask) {
+        Slot& slot = slots_[at];
+        if (slot.text == nullptr || (slot.hash == hash && slot.text->view() == text)) {
+            return slot;
+        }
+    }
+}
+
 uint32_t InternedTexts::intern(std::string_view text, uint64_t hash) {
     if (2 * (texts_.size() + 1) > slots_.size()) {
         grow();
     }
     Slot& slot = find_slot(hash, text);
-    if (slot.text != nullptr) {
-        return slot.text->id;
-    }
-    Text* const added = add(text);
-    slot = {hash, added};
-    return added->id;
+    return slot.text != nullptr ? slot.text->id : add(slot, text, hash);
 }
 
 uint32_t InternedTexts::find(std::string_view text, uint64_t hash) {
@@ -24,17 +30,6 @@ uint32_t InternedTexts::find(std::string_view text, uint64_t hash) {
     }
     const Text* known = find_slot(hash, text).text;
     return known == nullptr ? unknown : known->id;
-}
-
-// The slot that holds the text, or the free one that it belongs into.
-InternedTexts::Slot& InternedTexts::find_slot(uint64_t hash, std::string_view text) {
-    const size_t mask = slots_.size() - 1;
-    size_t at = hash & mask;
-    while (slots_[at].text != nullptr &&
-           (slots_[at].hash != hash || slots_[at].text->view() != text)) {
-        at = (at + 1) & mask;
-    }
-    return slots_[at];
 }
 
 void InternedTexts::grow() {
@@ -47,12 +42,13 @@ void InternedTexts::grow() {
     }
 }
 
-InternedTexts::Text* InternedTexts::add(std::string_view text) {
+uint32_t InternedTexts::add(Slot& slot, std::string_view text, uint64_t hash) {
     const size_t size = sizeof(Text) + text.size();
     const size_t padded_size = (size + alignof(Text) - 1) / alignof(Text) * alignof(Text);
     void* place = arena_.allocate("interned texts", padded_size);
     Text* added = new (place) Text{count(), static_cast<uint32_t>(text.size())};
     std::memcpy(added->characters(), text.data(), text.size());
     texts_.push_back(added);
-    return added;
+    slot = {hash, added};
+    return added->id;
 }

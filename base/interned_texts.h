@@ -62,7 +62,7 @@ class InternedTexts {
 
     Slot& find_slot(uint64_t hash, std::string_view text);
     void grow();
-    Text* add(std::string_view text);
+    uint32_t add(Slot& slot, std::string_view text, uint64_t hash);
 
     using Slots = std::vector<Slot, PageAllocator<Slot>>;
 

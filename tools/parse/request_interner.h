@@ -4,11 +4,12 @@
 #include "base/interned_texts.h"
 #include "tools/parse/request_record.h"
 #include "tools/parse/request_row.h"
+#include "tools/parse/url_key.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <string>
+#include <string_view>
 #include <vector>
 
 using RequestRows = std::vector<RequestRow, RawPageAllocator<RequestRow>>;
@@ -38,12 +39,24 @@ class RequestInterner {
     RequestTexts take_texts() { return std::move(texts_); }
 
   private:
+    // A copy of a text, with its hash. Its room is used again.
+    struct PendingText {
+        void copy(std::string_view text);
+        void copy_key(const UrlParts& parts);
+        std::string_view view() const { return {room.data(), size}; }
+
+        std::vector<char> room;
+        size_t size = 0;
+        uint64_t hash = 0; // hash_text of it
+
+      private:
+        char* resize(size_t new_size);
+    };
+
     // A request whose ids are yet to be looked up.
     struct Pending {
-        std::string session;
-        std::string url;
-        uint64_t session_hash = 0;
-        uint64_t url_hash = 0;
+        PendingText session;
+        PendingText url;
         size_t row = 0;
     };
     static constexpr size_t max_pending = 8;

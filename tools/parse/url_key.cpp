@@ -3,28 +3,62 @@
 #include "tools/config/replay_settings.h"
 #include "tools/parse/counted_url.h"
 
-#include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace {
 
-char upper_case(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+// Eight characters, the bits of which are looked at together.
+constexpr uint64_t in_each = 0x0101010101010101;
+
+// The highest bit of each character from `first` to `last`, which are below 128.
+uint64_t characters_between(uint64_t word, char first, char last) {
+    const uint64_t low_bits = word & (in_each * 0x7f);
+    const uint64_t reaches_first = low_bits + in_each * static_cast<uint64_t>(0x80 - first);
+    const uint64_t exceeds_last = low_bits + in_each * static_cast<uint64_t>(0x7f - last);
+    return reaches_first & ~exceeds_last & ~word & (in_each * 0x80);
 }
 
-char lower_case(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
+constexpr int letter_case_shift = 2; // from the highest bit to the one that tells capitals
+
+struct MethodWords {
+    uint64_t words[max_method_length / sizeof(uint64_t)];
+
+    explicit MethodWords(const char* method) { std::memcpy(words, method, sizeof words); }
+
+    bool has_small_letter() const {
+        return (characters_between(words[0], 'a', 'z') | characters_between(words[1], 'a', 'z')) !=
+               0;
+    }
+    void make_small() {
+        for (uint64_t& word : words) {
+            word |= characters_between(word, 'A', 'Z') >> letter_case_shift;
+        }
+    }
+    void make_capital() {
+        for (uint64_t& word : words) {
+            word &= ~(characters_between(word, 'a', 'z') >> letter_case_shift);
+        }
+    }
+};
+static_assert(sizeof(MethodWords) == max_method_length);
 
 } // namespace
 
 // The host ends with a terminator.
-void write_url_key(const alInfo& request, std::string& key) {
-    char method[max_method_length];
-    std::transform(request.method, request.method + max_method_length, method, lower_case);
-    key.assign(method, sizeof method);
-    key.append(request.host_ip, std::strlen(request.host_ip) + 1);
-    key.append(counted_url(request));
+size_t url_key_size(const UrlParts& parts) {
+    return max_method_length + parts.host.size() + 1 + parts.url.size();
+}
+
+void write_url_key(const UrlParts& parts, char* key) {
+    MethodWords method(parts.method);
+    method.make_small();
+    std::memcpy(key, method.words, sizeof method.words);
+    char* const host = key + max_method_length;
+    std::memcpy(host, parts.host.data(), parts.host.size());
+    char* const host_end = host + parts.host.size();
+    *host_end = '\0';
+    std::memcpy(host_end + 1, parts.url.data(), parts.url.size());
 }
 
 UrlKey::UrlKey(std::string_view key)
@@ -36,14 +70,12 @@ bool UrlKey::has_ignored_query() const {
 }
 
 bool has_standard_spelling(const alInfo& request) {
-    bool has_small_letter = false;
-    for (int i = 0; i < max_method_length; ++i) { // all of them, which is quicker than to stop
-        has_small_letter |= upper_case(request.method[i]) != request.method[i];
-    }
-    return !has_small_letter;
+    return !MethodWords(request.method).has_small_letter();
 }
 
 void standard_method(std::string_view key, char (&method)[max_method_length + 1]) {
-    std::transform(key.begin(), key.begin() + max_method_length, method, upper_case);
+    MethodWords standard(key.data());
+    standard.make_capital();
+    std::memcpy(method, standard.words, sizeof standard.words);
     method[max_method_length] = '\0';
 }

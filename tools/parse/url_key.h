@@ -2,14 +2,23 @@
 
 #include "tools/parse/request_record.h"
 
-#include <string>
+#include <cstddef>
 #include <string_view>
 
 // What makes a URL unique, as one text: the method without regard to case, the host, and the part
 // of the URL that counts.
 
-// Writes the key of a request into `key`.
-void write_url_key(const alInfo& request, std::string& key);
+// What the key of a request is made of.
+struct UrlParts {
+    const char* method; // max_method_length characters, zeros behind it
+    std::string_view host;
+    std::string_view url; // the part that counts
+};
+
+size_t url_key_size(const UrlParts& parts);
+
+// Writes the key, url_key_size characters of it.
+void write_url_key(const UrlParts& parts, char* key);
 
 // The parts of a key; they live as long as its text.
 struct UrlKey {
