@@ -11,10 +11,12 @@
 #include "tools/parse/cookie_values.h"
 #include "tools/parse/own_texts.h"
 #include "tools/parse/request_fields.h"
+#include "tools/parse/url_key.h"
 
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -225,6 +227,35 @@ void expect_plain_cookie_value(Choices& choices) {
     EXPECT_EQ(std::string(plain_value, size), text.substr(0, size));
 }
 
+std::string in_case(std::string text, int (*change)(int)) {
+    for (char& c : text) {
+        c = static_cast<char>(change(static_cast<unsigned char>(c)));
+    }
+    return text;
+}
+
+// As a record, a key, and what is made of the key again.
+void expect_plain_method(Choices& choices) {
+    std::string method = choices.text("aAzZ@[`{\xe1\xff-", choices.one_in(2) ? 4 : 20);
+    std::string url = "/";
+    RequestFields fields;
+    fields.method = {method.data(), method.size()};
+    fields.url = {url.data(), url.size()};
+    alInfo record = {};
+    std::memset(record.method, 'x', sizeof record.method - 1);
+    store_request(fields, record);
+    method.resize(max_method_length);
+    EXPECT_EQ(std::string(record.method, max_method_length), method);
+    EXPECT_EQ(has_standard_spelling(record), in_case(method, std::toupper) == method) << method;
+    const UrlParts parts = {record.method, "host", url};
+    std::string key(url_key_size(parts), '\0');
+    write_url_key(parts, key.data());
+    EXPECT_EQ(key, in_case(method, std::tolower) + "host" + '\0' + url);
+    char standard[max_method_length + 1];
+    standard_method(key, standard);
+    EXPECT_EQ(std::string(standard, max_method_length), in_case(method, std::toupper));
+}
+
 } // namespace
 
 void check_log_loader(Choices& choices) {
@@ -241,6 +272,7 @@ void check_log_loader(Choices& choices) {
     expect_plain_status_code(choices);
     expect_plain_cookie_search(choices);
     expect_plain_cookie_value(choices);
+    expect_plain_method(choices);
     std::vector<Log> logs;
     for (size_t count = 1 + choices.below(4); count > 0; --count) {
         const int instance = logs.empty() ? 0 : logs.back().instance;

@@ -1,6 +1,7 @@
 #include "tools/parse/request_fields.h"
 
 #include "base/logs.h"
+#include "base/short_text.h"
 #include "tools/config/field_layout.h"
 #include "tools/config/replay_period.h"
 #include "tools/config/replay_settings.h"
@@ -121,17 +122,17 @@ void resolve_logged_location(ParsingThread& thread, LineText url, LineText& loca
 }
 
 void store_request(const RequestFields& request, alInfo& record) {
-    record = {};
     record.time_stamp = request.time_stamp;
     record.response_code = request.response_code;
     record.client_ip = request.client_ip;
-    if (request.method.size != 0) {
-        std::memcpy(record.method, request.method.text,
-                    std::min(request.method.size, size_t{max_method_length}));
-    }
+    const size_t method_size = std::min(request.method.size, size_t{max_method_length});
+    store_short_text(request.method.text, method_size, record.method);
+    record.jsession_id[0] = '\0';
+    record.akaau_id[0] = '\0';
     record.url = request.url.text;
     record.url[request.url.size] = '\0'; // it may be a word of a field
     record.url_len = static_cast<int>(request.url.size);
+    record.ignore_query_flag = 0;
     record.redirect_url = request.location.text;
     record.host_ip = request.host.text == nullptr ? na_string : request.host.text;
     record.cookies = request.cookies.text;

@@ -126,5 +126,6 @@ inline void resolve_location(ParsingThread& thread, LineText url, LineText& loca
     }
 }
 
-// Fills the record of an accepted request, whose texts stay where they are.
+// Fills the record of an accepted request, whose texts stay where they are. Fields that no line
+// fills stay as they are: the caller has cleared a new record.
 void store_request(const RequestFields& request, alInfo& record);

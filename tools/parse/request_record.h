@@ -7,8 +7,9 @@
 
 constexpr int max_cookie_length = 64; // characters kept of a session id, with the terminator
 
-// One accepted request, as a parser hands it over. The texts are terminated and live until the
-// thread that has read it reads its next line.
+// One accepted request, as a parser hands it over. A record is cleared before its first request
+// only: what stands behind the terminator of an id may be left from another one. The texts are
+// terminated and live until the thread that has read it reads its next line.
 struct accessLogInfo {
     uint64_t time_stamp;                 // seconds, on the scale of tools/parse/timestamps.h
     char method[max_method_length + 1];  // HTTP method, zeros behind it
