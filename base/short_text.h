@@ -29,11 +29,20 @@ inline uint64_t short_text_word(const char* text, size_t size) {
     return shifted(0) | shifted(size / 2) | shifted(size - 1);
 }
 
-// Copies up to sixteen characters and fills `place` up with zeros. `text` may be null for none.
-inline void store_short_text(const char* text, size_t size, char* place) {
-    constexpr size_t half = sizeof(uint64_t);
-    const bool is_long = size > half;
-    const uint64_t words[] = {htole64(short_text_word(text, is_long ? half : size)),
-                              htole64(is_long ? short_text_word(text + half, size - half) : 0)};
-    std::memcpy(place, words, sizeof words);
-}
+// Up to sixteen characters as two such numbers. The text may be null when there are none.
+struct ShortText {
+    ShortText(const char* text, size_t size) {
+        constexpr size_t half = sizeof(uint64_t);
+        low = short_text_word(text, size > half ? half : size);
+        high = size > half ? short_text_word(text + half, size - half) : 0;
+    }
+
+    // Writes sixteen characters.
+    void store(char* place) const {
+        const uint64_t words[] = {htole64(low), htole64(high)};
+        std::memcpy(place, words, sizeof words);
+    }
+
+    uint64_t low;
+    uint64_t high;
+};

@@ -1,5 +1,7 @@
 #include "base/text_hash.h"
 
+#include "base/short_text.h"
+
 #include <cstring>
 #include <ctime>
 #include <unistd.h>
@@ -38,23 +40,25 @@ uint64_t word_at(const char* position) {
 
 } // namespace
 
-uint64_t hash_text(std::string_view text) {
+uint64_t hash_text(std::string_view text, uint64_t before) {
     constexpr size_t step = 2 * sizeof(uint64_t);
-    uint64_t hash = seed.first ^ text.size();
-    const auto add_step = [&](const char* position) {
-        hash = mix(hash ^ word_at(position), seed.second ^ word_at(position + sizeof(uint64_t)));
+    uint64_t hash = before ^ seed.first ^ text.size();
+    const auto add_step = [&](uint64_t low, uint64_t high) {
+        hash = mix(hash ^ low, seed.second ^ high);
     };
-    const char* const end = text.data() + text.size();
+    const auto add_step_at = [&](const char* position) {
+        add_step(word_at(position), word_at(position + sizeof(uint64_t)));
+    };
     if (text.size() < step) {
-        char padded[step] = {};
-        text.copy(padded, text.size());
-        add_step(padded);
+        const ShortText words(text.data(), text.size());
+        add_step(words.low, words.high);
         return mix(hash, odd_multiplier);
     }
+    const char* const end = text.data() + text.size();
     for (const char* position = text.data(); end - position > static_cast<long>(step);
          position += step) {
-        add_step(position);
+        add_step_at(position);
     }
-    add_step(end - step); // overlaps the one before rather than being pieced together
+    add_step_at(end - step); // overlaps the one before rather than being pieced together
     return mix(hash, odd_multiplier);
 }

@@ -2,6 +2,7 @@
 
 #include "tests/support/marked_line.h"
 #include "tools/config/field_layout.h"
+#include "tools/parse/counted_url.h"
 #include "tools/parse/field_splitter.h"
 #include "tools/parse/request_interner.h"
 #include "tools/parse/timestamps.h"
@@ -90,7 +91,8 @@ void intern_requests(benchmark::State& state) {
         RequestRows rows;
         for (const alInfo& request : requests) {
             rows.emplace_back();
-            interner.add(request, rows);
+            interner.add(request.jsession_id,
+                         {request.method, request.host_ip, counted_url(request)}, rows);
         }
         interner.finish(rows);
         benchmark::DoNotOptimize(rows.data());

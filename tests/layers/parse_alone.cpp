@@ -38,7 +38,7 @@ bool parses() {
     }
     find_counted_url(request);
     RequestRows rows(1);
-    thread.interner.add(request, rows);
+    thread.interner.add("session", {request.method, request.host_ip, counted_url(request)}, rows);
     thread.interner.finish(rows);
     return gives(request.method, "GET") && gives(request.url, "/shop/view.jsp?item=7") &&
            gives(std::string(counted_url(request)), "/shop/view.jsp?") &&

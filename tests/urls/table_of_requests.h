@@ -1,7 +1,9 @@
 #pragma once
 
 #include "tests/unit_helpers.h"
+#include "tools/config/replay_settings.h"
 #include "tools/load/request_table.h"
+#include "tools/parse/counted_url.h"
 #include "tools/parse/own_texts.h"
 
 #include <cstring>
@@ -10,6 +12,14 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+inline void add_texts(RequestInterner& interner, const alInfo& request, RequestRows& rows) {
+    const AddressText address = address_text(request.client_ip);
+    interner.add(session_mode == SESSION_MODE_COOKIE
+                     ? std::string_view(request.jsession_id)
+                     : std::string_view(address.data(), address.size()),
+                 {request.method, request.host_ip, counted_url(request)}, rows);
+}
 
 // Makes the request table as loading does: in batches of several workers, some requests getting
 // their session cookie only from later ones.
@@ -38,7 +48,7 @@ inline RequestTable table_of_requests(std::vector<alInfo>& records, Choices& cho
             row.is_redirect = is_redirect(request);
             row.own_texts = store_own_texts(arena, request);
             batch.rows.push_back(row);
-            interners[worker].add(request, batch.rows);
+            add_texts(interners[worker], request, batch.rows);
         }
         interners[worker].finish(batch.rows);
         joined.push_back({&batch, worker});

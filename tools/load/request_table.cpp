@@ -2,6 +2,7 @@
 
 #include "base/parallel_tasks.h"
 #include "base/text_hash.h"
+#include "tools/parse/url_key.h"
 
 #include <string_view>
 #include <utility>
@@ -16,13 +17,18 @@ namespace {
 
 using Ids = std::vector<uint32_t>; // in the joined texts, by id of one worker
 
-// Interns what only `other` has; returns its ids here.
-Ids add_texts(InternedTexts& texts, const InternedTexts& other) {
+uint64_t hash_session(std::string_view session) {
+    return hash_text(session);
+}
+
+// Interns what only `other` has; returns its ids here. `hash` is what texts of this kind have.
+Ids add_texts(InternedTexts& texts, const InternedTexts& other,
+              uint64_t (*hash)(std::string_view)) {
     Ids ids;
     ids.reserve(other.count());
     for (uint32_t id = 0; id < other.count(); ++id) {
         const std::string_view text = other.text(id);
-        ids.push_back(texts.intern(text, hash_text(text)));
+        ids.push_back(texts.intern(text, hash(text)));
     }
     return ids;
 }
@@ -39,9 +45,10 @@ std::vector<WorkerIds> join_texts(std::vector<RequestTexts>& texts, int thread_c
     run_tasks(thread_count, 2, [&](size_t task) {
         for (size_t worker = 1; worker < texts.size(); ++worker) {
             if (task == 0) {
-                ids[worker].sessions = add_texts(texts[0].sessions, texts[worker].sessions);
+                ids[worker].sessions =
+                    add_texts(texts[0].sessions, texts[worker].sessions, hash_session);
             } else {
-                ids[worker].urls = add_texts(texts[0].urls, texts[worker].urls);
+                ids[worker].urls = add_texts(texts[0].urls, texts[worker].urls, hash_url_key);
             }
         }
     });

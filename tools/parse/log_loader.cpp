@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 void (*log_line_observer)(const ObservedLogLine& line) = nullptr;
 
@@ -28,83 +29,93 @@ LineParser* parser_of_log_type() {
 }
 
 // Stores the value of a cookie whose name begins at `name`; the value does `skip` characters later.
-// Returns whether there is one.
-bool get_cookie_value(LineText header, const char* name, size_t skip, CookieValue& value) {
-    if (name == nullptr) {
-        return false;
-    }
+// Returns it where it stands in the header.
+std::string_view read_cookie(LineText header, const char* name, size_t skip, CookieValue& value) {
     const auto from_name = static_cast<size_t>(header.text + header.size - name);
     const size_t skipped = std::min(skip, from_name);
-    store_cookie_value(name + skipped, from_name - skipped, value);
+    const char* const start = name + skipped;
+    return {start, store_cookie_value(start, from_name - skipped, value)};
+}
+
+// What tells the session of a request. The text stands in one of its headers.
+struct Session {
+    std::string_view text;
+    bool is_missing_in_cookie = false;
+    bool is_set_by_response = false;
+};
+
+// The value keeps the character after the name, the equals sign: it stays so in every value, so
+// that they compare equal to one another. Returns whether there is one.
+bool read_secondary_cookie(const CookieNames& names, LineText header, const CookiePlaces& places,
+                           alInfo& record) {
+    if (secondary_cookie_enable == 0 || places.secondary == nullptr) {
+        return false;
+    }
+    read_cookie(header, places.secondary, names.secondary().size(), record.akaau_id);
     return true;
 }
 
-// The value keeps the character after the name, the equals sign: it stays so in every value, so
-// that they compare equal to one another.
-bool get_secondary_cookie(const CookieNames& names, LineText header, const CookiePlaces& places,
-                          alInfo& record) {
-    return secondary_cookie_enable != 0 &&
-           get_cookie_value(header, places.secondary, names.secondary().size(), record.akaau_id);
+// Returns whether there is one.
+bool read_session_cookie(const CookieNames& names, LineText header, const CookiePlaces& places,
+                         alInfo& record, Session& session) {
+    if (places.session == nullptr) {
+        return false;
+    }
+    session.text =
+        read_cookie(header, places.session, names.session().size() + 1, record.jsession_id);
+    return true;
 }
 
-bool get_session_cookie(const CookieNames& names, LineText header, const CookiePlaces& places,
-                        alInfo& record) {
-    return get_cookie_value(header, places.session, names.session().size() + 1, record.jsession_id);
-}
-
-// Returns whether a session cookie is missing from the header.
-bool read_cookie_header(const CookieNames& names, LineText header, alInfo& record) {
+void read_cookie_header(const CookieNames& names, LineText header, alInfo& record,
+                        Session& session) {
     DEBUG_LOG(4, fname, "Going to get secondary cookie(akaau) format and jsession id from Cookie");
     const CookiePlaces places = names.find(header);
-    if (get_secondary_cookie(names, header, places, record)) {
+    if (read_secondary_cookie(names, header, places, record)) {
         DEBUG_LOG(4, fname,
                   "secondary cookie(akaau) found in Cookie. al_info_array_t[*seq_no].akaau_id = %s",
                   record.akaau_id);
     }
-    if (!get_session_cookie(names, header, places, record)) {
-        return true;
+    if (!read_session_cookie(names, header, places, record, session)) {
+        session.is_missing_in_cookie = true;
+        return;
     }
     DEBUG_LOG(4, fname, "Session Cookie found in Cookie. al_info_array_t[*seq_no].jsession_id = %s",
               record.jsession_id);
-    return false;
 }
 
-// Returns whether the header sets the session cookie.
-bool read_set_cookie_header(const CookieNames& names, LineText header, alInfo& record) {
+void read_set_cookie_header(const CookieNames& names, LineText header, alInfo& record,
+                            Session& session) {
     const CookiePlaces places = names.find(header);
-    if (get_secondary_cookie(names, header, places, record)) {
+    if (read_secondary_cookie(names, header, places, record)) {
         DEBUG_LOG(4, fname,
                   "akaau cookie found in Set-Cookie. al_info_array_t[*seq_no].akaau_id = %s",
                   record.akaau_id);
     }
-    if (!get_session_cookie(names, header, places, record)) {
-        return false;
+    if (!read_session_cookie(names, header, places, record, session)) {
+        return;
     }
+    session.is_set_by_response = true;
     DEBUG_LOG(4, fname, "Jsessionid found in Cookie. al_info_array_t[*seq_no].jsession_id = %s",
               record.jsession_id);
-    return true;
 }
 
-enum class SessionFound { in_cookie, set_by_response, not_found };
-
 // Set-Cookie is read after Cookie, so what the server set counts for the very request.
-SessionFound identify_session(const CookieNames& names, const RequestFields& fields,
-                              alInfo& record) {
-    bool jid_missing_flag = false;
+Session identify_session(const CookieNames& names, const RequestFields& fields, alInfo& record) {
+    Session session;
     if (fields.cookies.text != nullptr) {
-        jid_missing_flag = read_cookie_header(names, fields.cookies, record);
+        read_cookie_header(names, fields.cookies, record, session);
     }
-    if (fields.set_cookies.text != nullptr &&
-        read_set_cookie_header(names, fields.set_cookies, record)) {
-        return SessionFound::set_by_response;
+    if (fields.set_cookies.text != nullptr) {
+        read_set_cookie_header(names, fields.set_cookies, record, session);
     }
-    return jid_missing_flag ? SessionFound::not_found : SessionFound::in_cookie;
+    return session;
 }
 
 // Only a request with a secondary cookie has to do with others' sessions.
-void note_session_event(ParsingThread& thread, SessionFound found, RequestBatch& batch) {
+void note_session_event(ParsingThread& thread, const Session& session, RequestBatch& batch) {
     const alInfo& record = thread.request;
-    if (found == SessionFound::in_cookie || record.akaau_id[0] == '\0') {
+    const bool waits_or_donates = session.is_missing_in_cookie || session.is_set_by_response;
+    if (!waits_or_donates || record.akaau_id[0] == '\0') {
         return;
     }
     SessionEvent& event = batch.events.emplace_back();
@@ -112,7 +123,7 @@ void note_session_event(ParsingThread& thread, SessionFound found, RequestBatch&
     event.line_num = batch.line_count;
     std::memcpy(event.akaau_id, record.akaau_id, sizeof event.akaau_id);
     std::memcpy(event.jsession_id, record.jsession_id, sizeof event.jsession_id);
-    event.waits = found == SessionFound::not_found;
+    event.waits = !session.is_set_by_response;
     event.url = nullptr;
     if (debug_wanted(3)) {
         event.url = thread.own_texts.copy("url", {record.url, static_cast<size_t>(record.url_len)});
@@ -121,8 +132,13 @@ void note_session_event(ParsingThread& thread, SessionFound found, RequestBatch&
 
 void add_request(ParsingThread& thread, const CookieNames& names, RequestBatch& batch) {
     alInfo& record = thread.request;
-    if (session_mode != SESSION_MODE_CLIENT_IP) {
-        note_session_event(thread, identify_session(names, thread.fields, record), batch);
+    Session session;
+    const AddressText address = address_text(record.client_ip);
+    if (session_mode == SESSION_MODE_CLIENT_IP) {
+        session.text = {address.data(), address.size()};
+    } else {
+        session = identify_session(names, thread.fields, record);
+        note_session_event(thread, session, batch);
     }
     find_counted_url(record);
     RequestRow row = {};
@@ -130,7 +146,9 @@ void add_request(ParsingThread& thread, const CookieNames& names, RequestBatch& 
     row.is_redirect = is_redirect(record);
     row.own_texts = store_own_texts(thread.own_texts, record);
     batch.rows.push_back(row);
-    thread.interner.add(record, batch.rows);
+    thread.interner.add(session.text,
+                        {record.method, thread.fields.host_or_none(), counted_url(record)},
+                        batch.rows);
 }
 
 bool is_request(LineText line) {

@@ -126,7 +126,7 @@ void store_request(const RequestFields& request, alInfo& record) {
     record.response_code = request.response_code;
     record.client_ip = request.client_ip;
     const size_t method_size = std::min(request.method.size, size_t{max_method_length});
-    store_short_text(request.method.text, method_size, record.method);
+    ShortText(request.method.text, method_size).store(record.method);
     record.jsession_id[0] = '\0';
     record.akaau_id[0] = '\0';
     record.url = request.url.text;
@@ -134,7 +134,7 @@ void store_request(const RequestFields& request, alInfo& record) {
     record.url_len = static_cast<int>(request.url.size);
     record.ignore_query_flag = 0;
     record.redirect_url = request.location.text;
-    record.host_ip = request.host.text == nullptr ? na_string : request.host.text;
+    record.host_ip = request.host_or_none().data();
     record.cookies = request.cookies.text;
     record.set_cookies = request.set_cookies.text;
 }

@@ -1,25 +1,16 @@
 #include "tools/parse/request_interner.h"
 
 #include "base/text_hash.h"
-#include "tools/config/replay_settings.h"
-#include "tools/parse/counted_url.h"
 
 #include <cstring>
 #include <endian.h>
 
-namespace {
-
-// The part of the record that is the text of its session, or `address`, which gets it.
-std::string_view session_text(const alInfo& request, char (&address)[sizeof request.client_ip]) {
-    if (session_mode == SESSION_MODE_COOKIE) {
-        return request.jsession_id;
-    }
-    const uint32_t first_number_first = htobe32(request.client_ip);
-    std::memcpy(address, &first_number_first, sizeof address);
-    return {address, sizeof address};
+AddressText address_text(uint32_t client_ip) {
+    const uint32_t first_number_first = htobe32(client_ip);
+    AddressText text;
+    std::memcpy(text.data(), &first_number_first, sizeof text);
+    return text;
 }
-
-} // namespace
 
 // Room for so many characters, which the caller writes.
 inline char* RequestInterner::PendingText::resize(size_t new_size) {
@@ -30,24 +21,16 @@ inline char* RequestInterner::PendingText::resize(size_t new_size) {
     return room.data();
 }
 
-inline void RequestInterner::PendingText::copy(std::string_view text) {
-    std::memcpy(resize(text.size()), text.data(), text.size());
-    hash = hash_text(view());
-}
-
-inline void RequestInterner::PendingText::copy_key(const UrlParts& parts) {
-    write_url_key(parts, resize(url_key_size(parts)));
-    hash = hash_text(view());
-}
-
-void RequestInterner::add(const alInfo& request, RequestRows& rows) {
+// The texts are hashed where they stand: words of a fresh copy would have to wait for it.
+void RequestInterner::add(std::string_view session, const UrlParts& url, RequestRows& rows) {
     if (added_ - interned_ == max_pending) {
         intern_oldest(rows);
     }
     Pending& newest = pending(added_);
-    char address[sizeof request.client_ip];
-    newest.session.copy(session_text(request, address));
-    newest.url.copy_key({request.method, request.host_ip, counted_url(request)});
+    newest.session.hash = hash_text(session);
+    newest.url.hash = hash_url_key(url);
+    session.copy(newest.session.resize(session.size()), session.size());
+    write_url_key(url, newest.url.resize(url_key_size(url)));
     newest.row = rows.size() - 1;
     texts_.sessions.prefetch_slot(newest.session.hash);
     texts_.urls.prefetch_slot(newest.url.hash);

@@ -2,7 +2,6 @@
 
 #include "base/allocation.h"
 #include "base/interned_texts.h"
-#include "tools/parse/request_record.h"
 #include "tools/parse/request_row.h"
 #include "tools/parse/url_key.h"
 
@@ -22,15 +21,19 @@ struct RequestTexts {
     InternedTexts urls;
 };
 
+// An address as the text of a session.
+using AddressText = std::array<char, sizeof(uint32_t)>;
+AddressText address_text(uint32_t client_ip);
+
 // Interns the session and the URL key of each request while its texts are still in the processor's
 // cache, so that what comes after loading orders and counts ids and seldom looks at a text again.
 // One thread at a time may use it.
 class RequestInterner {
   public:
-    // Fills in the ids of the last of `rows`, the row of this request, whose counted part of the
-    // URL is known. They are looked up when further rows have come, or by finish: until then, what
-    // the look-up needs is prefetched.
-    void add(const alInfo& request, RequestRows& rows);
+    // Fills in the ids of the last of `rows`, the row of a request with these texts, of which
+    // copies are made. They are looked up when further rows have come, or by finish: until then,
+    // what the look-up needs is prefetched.
+    void add(std::string_view session, const UrlParts& url, RequestRows& rows);
 
     // Looks up the ids of all rows added.
     void finish(RequestRows& rows);
@@ -39,18 +42,14 @@ class RequestInterner {
     RequestTexts take_texts() { return std::move(texts_); }
 
   private:
-    // A copy of a text, with its hash. Its room is used again.
+    // A copy of a text with its hash. Its room is used again.
     struct PendingText {
-        void copy(std::string_view text);
-        void copy_key(const UrlParts& parts);
+        char* resize(size_t new_size);
         std::string_view view() const { return {room.data(), size}; }
 
         std::vector<char> room;
         size_t size = 0;
-        uint64_t hash = 0; // hash_text of it
-
-      private:
-        char* resize(size_t new_size);
+        uint64_t hash = 0;
     };
 
     // A request whose ids are yet to be looked up.

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "base/line_text.h"
+#include "base/request_values.h"
 
 #include <cstdint>
+#include <string_view>
 
 // A request while its line is read; texts point into the line. Null texts: not in the layout.
 struct RequestFields {
@@ -24,5 +26,11 @@ struct RequestFields {
         response_time = response_code = 0;
         client_ip = 0;
         method = url = cookies = set_cookies = host = location = {};
+    }
+
+    // The host, terminated, also when there is none.
+    std::string_view host_or_none() const {
+        return host.text == nullptr ? std::string_view(na_string)
+                                    : std::string_view(host.text, host.size);
     }
 };

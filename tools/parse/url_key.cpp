@@ -1,5 +1,6 @@
 #include "tools/parse/url_key.h"
 
+#include "base/text_hash.h"
 #include "tools/config/replay_settings.h"
 #include "tools/parse/counted_url.h"
 
@@ -26,6 +27,8 @@ struct MethodWords {
 
     explicit MethodWords(const char* method) { std::memcpy(words, method, sizeof words); }
 
+    std::string_view view() const { return {reinterpret_cast<const char*>(words), sizeof words}; }
+
     bool has_small_letter() const {
         return (characters_between(words[0], 'a', 'z') | characters_between(words[1], 'a', 'z')) !=
                0;
@@ -43,7 +46,22 @@ struct MethodWords {
 };
 static_assert(sizeof(MethodWords) == max_method_length);
 
+uint64_t hash_parts(std::string_view method, std::string_view host, std::string_view url) {
+    return hash_text(url, hash_text(host, hash_text(method)));
+}
+
 } // namespace
+
+uint64_t hash_url_key(const UrlParts& parts) {
+    MethodWords method(parts.method);
+    method.make_small();
+    return hash_parts(method.view(), parts.host, parts.url);
+}
+
+uint64_t hash_url_key(std::string_view key) {
+    const UrlKey parts(key);
+    return hash_parts(parts.method, parts.host, parts.url);
+}
 
 // The host ends with a terminator.
 size_t url_key_size(const UrlParts& parts) {

@@ -3,6 +3,7 @@
 #include "tools/parse/request_record.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 // What makes a URL unique, as one text: the method without regard to case, the host, and the part
@@ -14,6 +15,10 @@ struct UrlParts {
     std::string_view host;
     std::string_view url; // the part that counts
 };
+
+// The same for the parts and for the key that they make.
+uint64_t hash_url_key(const UrlParts& parts);
+uint64_t hash_url_key(std::string_view key);
 
 size_t url_key_size(const UrlParts& parts);
 
