@@ -42,17 +42,19 @@ void* grow_pages(void* pages, size_t old_size, size_t new_size);
 // Gives back what reserve_pages or grow_pages gave for the same size, or whole pages of it.
 void release_pages(void* pages, size_t size);
 
-// Allocator of the library's containers that takes large blocks by reserve_pages.
+constexpr size_t huge_page_size = size_t{2} << 20;
+
+// Allocator of the library's containers that takes large blocks by reserve_pages, in whole huge
+// pages: the system aligns only those, and the rest of a block would be cleared page by page.
 template <typename Element> struct PageAllocator {
     using value_type = Element;
-    static constexpr size_t min_size = size_t{2} << 20; // bytes, a huge page
 
     PageAllocator() = default;
     template <typename Other> explicit PageAllocator(const PageAllocator<Other>&) {}
 
     Element* allocate(size_t count) {
         const size_t size = count * sizeof(Element);
-        void* block = size < min_size ? ::operator new(size) : reserve_pages(size);
+        void* block = size < huge_page_size ? ::operator new(size) : reserve_pages(whole(size));
         if (block == nullptr) {
             out_of_memory("working memory", size);
         }
@@ -60,11 +62,14 @@ template <typename Element> struct PageAllocator {
     }
     void deallocate(Element* block, size_t count) {
         const size_t size = count * sizeof(Element);
-        if (size < min_size) {
+        if (size < huge_page_size) {
             ::operator delete(block);
         } else {
-            release_pages(block, size);
+            release_pages(block, whole(size));
         }
+    }
+    static size_t whole(size_t size) {
+        return (size + huge_page_size - 1) / huge_page_size * huge_page_size;
     }
     bool operator==(const PageAllocator&) const = default;
 };

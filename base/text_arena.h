@@ -44,5 +44,5 @@ class TextArena {
 
     char* next_ = nullptr;
     char* end_ = nullptr;
-    size_t next_block_size_ = size_t{64} << 10; // grows with what is asked for
+    size_t next_block_size_ = size_t{64} << 10; // then huge pages
 };
