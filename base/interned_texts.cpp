@@ -1,7 +1,6 @@
 #include "base/interned_texts.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -47,7 +46,7 @@ uint32_t InternedTexts::add(Slot& slot, std::string_view text, uint64_t hash) {
     const size_t padded_size = (size + alignof(Text) - 1) / alignof(Text) * alignof(Text);
     void* place = arena_.allocate("interned texts", padded_size);
     Text* added = new (place) Text{count(), static_cast<uint32_t>(text.size())};
-    std::memcpy(added->characters(), text.data(), text.size());
+    text.copy(added->characters(), text.size());
     texts_.push_back(added);
     slot = {hash, added};
     return added->id;
