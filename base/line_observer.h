@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/failure.h"
+
 #include <string_view>
 
 // What becomes of each line of the settings, the scenario and the pattern files, told to a program
@@ -67,6 +69,22 @@ struct ObservedLine {
 
 // Set by a program before it calls a reader; called by the thread that reads. Null: nobody is told.
 inline void (*line_observer)(const ObservedLine&) = nullptr;
+
+// Asked with the failure for which a reader would end at a line, which then has no effect: true
+// lets the reader go on with the next line. For a program that wants to know of all such lines; set
+// as the observer is. Null: the reader fails.
+inline bool (*line_failure_observer)(const LinePlace&, const Failure&) = nullptr;
+
+// Reads a line by `read`, whose failure ends the reader unless the observer above says otherwise.
+template <typename Read> void read_observed_line(const LinePlace& place, const Read& read) {
+    try {
+        read();
+    } catch (const Failure& failure) {
+        if (line_failure_observer == nullptr || !line_failure_observer(place, failure)) {
+            throw;
+        }
+    }
+}
 
 // `text` is anything that a view can be made of; nobody measures its length for no observer.
 template <typename Text>

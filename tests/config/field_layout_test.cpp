@@ -89,3 +89,16 @@ TEST(FieldLayout, TakesThePositionsAsTheyAreWritten) {
         EXPECT_EQ(present_field_count, present) << oddity;
     }
 }
+
+TEST(FieldLayout, HasAllItsFaultsFoundWhereTheyAreAskedFor) {
+    EXPECT_NE(refusal_of("AL_FIELD LOCATION 3\nAL_FIELD REFERER 3\nAL_FIELD TIME 99\n"
+                         "CONSIDER_RESPONSE_TIME 1\n"),
+              "");
+    std::vector<FieldKind> kinds;
+    for (const LayoutFault& fault : find_layout_faults()) {
+        kinds.push_back(fault.kind);
+    }
+    EXPECT_EQ(kinds,
+              (std::vector<FieldKind>{AL_LOCATION, AL_TIME, AL_DATE_AND_TIME, AL_REQUEST_LINE,
+                                      AL_STATUS_CODE, AL_CLIENT_IP, AL_RESPONSE_TIME}));
+}

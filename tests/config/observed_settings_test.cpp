@@ -1,5 +1,6 @@
 #include "tests/properties/properties.h"
 #include "tests/support/observed_lines.h"
+#include "tools/config/replay_settings.h"
 
 using enum ObservedKind;
 
@@ -113,4 +114,23 @@ TEST(ObservedSettings, TellWhichPositionsAFieldLineSets) {
         text = "AL_FIELD" + text + "\n";
     }
     expect_told(files, refusal_of_settings);
+}
+
+TEST(ObservedSettings, GoOnBehindABadLineWhereAnObserverAsksForIt) {
+    static std::vector<std::string> failures;
+    failures.clear();
+    line_failure_observer = [](const LinePlace& place, const Failure& failure) {
+        failures.push_back(std::to_string(place.line_num) + ": " + failure.message);
+        return place.line_num != 4;
+    };
+    const TemporaryDirectory directory;
+    const std::string message = "Invalid new user time in replay_setting.dat";
+    EXPECT_EQ(refusal_of_settings(directory.write("settings",
+                                                  "NEW_USER_TIME 1\nCOOKIE_NAME J\nNUM_THREAD 3\n"
+                                                  "NEW_USER_TIME 2\nNUM_THREAD 4\n")),
+              message);
+    line_failure_observer = nullptr;
+    EXPECT_EQ(failures, (std::vector<std::string>{"1: " + message, "4: " + message}));
+    EXPECT_EQ(g_num_thread, 3);
+    EXPECT_STREQ(cookie_name, "J");
 }

@@ -1,4 +1,4 @@
-#include "tests/support/temporary_directory.h"
+#include "tests/support/observed_lines.h"
 #include "tools/parse/replay_zone.h"
 
 #include <gtest/gtest.h>
@@ -23,4 +23,15 @@ TEST(ReplayZone, IsReadFromTheFirstLineOfItsKeyword) {
         installation.write("sys/replay_settings.default", defaults);
         EXPECT_EQ(get_timezone_from_default_setting(installation.path()), offset) << oddity;
     }
+}
+
+TEST(ReplayZone, TellsAnObserverOfItsLine) {
+    const TemporaryDirectory installation;
+    const std::string path =
+        installation.write("sys/replay_settings.default", "#\n\nGMT_OFFSET IST\n");
+    EXPECT_EQ(told_of(path,
+                      [&](const std::string&) {
+                          get_timezone_from_default_setting(installation.path());
+                      }),
+              (std::vector<Observed>{{3, ObservedKind::taken, "GMT_OFFSET", " IST"}}));
 }

@@ -2,6 +2,7 @@
 #include "tests/support/observed_lines.h"
 #include "tools/config/replay_profile.h"
 #include "tools/patterns/pattern_files.h"
+#include "tools/patterns/pattern_regex.h"
 
 using enum ObservedKind;
 
@@ -86,4 +87,12 @@ TEST(ObservedPatterns, ThatFilterAreToldAsTheyAreTaken) {
          {"pattern that does not compile",
           "active|na|-|na|[\n",
           {{1, pattern_not_compiled, "filter", "["}}}});
+}
+
+TEST(ObservedPatterns, ThatDoNotCompileHaveAReasonOfTheLibrary) {
+    EXPECT_EQ(why_not_compiled("/a[0-9]{1,}*"), "");
+    EXPECT_EQ(why_not_compiled("/a("), "Unmatched ( or \\(");
+    EXPECT_EQ(why_not_compiled(std::string(1023, '*').c_str()), "");
+    EXPECT_EQ(why_not_compiled(std::string(1024, '*').c_str()),
+              "longer than 2047 characters, each star counted as two");
 }

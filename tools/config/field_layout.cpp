@@ -1,6 +1,5 @@
 #include "tools/config/field_layout.h"
 
-#include "base/failure.h"
 #include "base/logs.h"
 #include "tools/config/replay_settings.h"
 #include "tools/config/value_remarks.h"
@@ -8,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 const alFields al_required_fields[al_field_kind_count] = {
     {"CLIENT_IP", 9},
@@ -72,30 +72,35 @@ constexpr DefaultPositions default_positions[al_field_kind_count] = {
     {0, 0, 6},    // URL_QUERY
 };
 
+using Faults = std::vector<LayoutFault>;
+
 bool is_missing(FieldKind kind) {
     return al_required_field_position[kind] == 0;
 }
 
-void require(bool condition, const char* message) {
+void require(Faults& faults, bool condition, FieldKind kind, const char* message) {
     if (!condition) {
-        fail("%s", message);
+        faults.push_back({make_failure("%s", message), kind});
     }
 }
 
-void validate_range(int kind) {
+void require_range(Faults& faults, FieldKind kind) {
     const int position = al_required_field_position[kind];
     if (position < 0 || position > max_al_fields) {
-        fail("Field position for %s is more than max access log fields %d",
-             al_required_fields[kind].name, max_al_fields);
+        faults.push_back({make_failure("Field position for %s is more than max access log fields "
+                                       "%d",
+                                       al_required_fields[kind].name, max_al_fields),
+                          kind});
     }
-    max_required_field_position = std::max(max_required_field_position, position);
 }
 
-void validate_uniqueness(int kind) {
+void require_uniqueness(Faults& faults, FieldKind kind) {
     for (int earlier = 0; earlier < kind; ++earlier) {
         if (al_required_field_position[earlier] == al_required_field_position[kind]) {
-            fail("Field position for %s and %s are same in 'replay_setting.dat'",
-                 al_required_fields[earlier].name, al_required_fields[kind].name);
+            faults.push_back(
+                {make_failure("Field position for %s and %s are same in 'replay_setting.dat'",
+                              al_required_fields[earlier].name, al_required_fields[kind].name),
+                 kind});
         }
     }
 }
@@ -120,32 +125,36 @@ bool is_read(int kind) {
     }
 }
 
-void require_fields_of_log_type() {
+void require_fields_of_log_type(Faults& faults) {
+    const auto need = [&](FieldKind kind, const char* message) {
+        require(faults, !is_missing(kind), kind, message);
+    };
     if (al_type == AL_TYPE_APACHE) {
-        require(!is_missing(AL_DATE_AND_TIME),
-                "Date and Time field is missing from access log format.");
-        require(!is_missing(AL_REQUEST_LINE),
-                "Request Line field is missing from access log format.");
+        need(AL_DATE_AND_TIME, "Date and Time field is missing from access log format.");
+        need(AL_REQUEST_LINE, "Request Line field is missing from access log format.");
         return;
     }
-    require(!is_missing(AL_DATE), "Date field is missing from access log format.");
-    require(!is_missing(AL_TIME), "Time field is missing from access log format.");
-    require(!is_missing(AL_METHOD), "Http Method field is missing from access log format.");
+    need(AL_DATE, "Date field is missing from access log format.");
+    need(AL_TIME, "Time field is missing from access log format.");
+    need(AL_METHOD, "Http Method field is missing from access log format.");
     const bool has_url_and_query = !is_missing(AL_URL) && !is_missing(AL_QUERY_STRING);
-    require(has_url_and_query || !is_missing(AL_URL_QUERY),
+    require(faults, has_url_and_query || !is_missing(AL_URL_QUERY), AL_URL_QUERY,
             "Url, Query and Url_Query field is missing, Either (URL + Qyery) or (URL_QUERY) should "
             "be given");
 }
 
-void require_fields_of_settings() {
-    require(session_mode != SESSION_MODE_COOKIE || !is_missing(AL_REQUEST_COOKIE),
+void require_fields_of_settings(Faults& faults) {
+    require(faults, session_mode != SESSION_MODE_COOKIE || !is_missing(AL_REQUEST_COOKIE),
+            AL_REQUEST_COOKIE,
             "Session mode is Cookie and Request Cookie Field is missing from access log format");
-    require(!is_missing(AL_STATUS_CODE), "Status code field is missing from access log format");
-    require(session_mode != SESSION_MODE_CLIENT_IP || !is_missing(AL_CLIENT_IP),
+    require(faults, !is_missing(AL_STATUS_CODE), AL_STATUS_CODE,
+            "Status code field is missing from access log format");
+    require(faults, session_mode != SESSION_MODE_CLIENT_IP || !is_missing(AL_CLIENT_IP),
+            AL_CLIENT_IP,
             "Session mode is CLient ip and Client ip is missing from access log format");
     const bool has_response_time =
         !is_missing(AL_RESPONSE_TIME) || !is_missing(AL_RESPONSE_TIME_USEC);
-    require(consider_response_time == 0 || has_response_time,
+    require(faults, consider_response_time == 0 || has_response_time, AL_RESPONSE_TIME,
             "CONSIDER_RESPONSE_TIME keyword is enabled but response time field is missing.");
 }
 
@@ -221,20 +230,36 @@ void set_default_field_positions() {
     }
 }
 
+std::vector<LayoutFault> find_layout_faults() {
+    Faults faults;
+    for (int kind = 0; kind < al_field_kind_count; ++kind) {
+        if (al_required_field_position[kind] != 0) {
+            require_range(faults, static_cast<FieldKind>(kind));
+            require_uniqueness(faults, static_cast<FieldKind>(kind));
+        }
+    }
+    require_fields_of_log_type(faults);
+    require_fields_of_settings(faults);
+    return faults;
+}
+
 void validate_al_format() {
+    std::vector<LayoutFault> faults = find_layout_faults();
+    if (!faults.empty()) {
+        throw std::move(faults.front().failure);
+    }
     present_field_count = 0;
     read_field_count = 0;
     for (int kind = 0; kind < al_field_kind_count; ++kind) {
-        if (al_required_field_position[kind] != 0) {
-            validate_range(kind);
-            validate_uniqueness(kind);
-            const PresentField field = {kind, al_required_field_position[kind] - 1};
-            present_fields[present_field_count++] = field;
-            if (is_read(kind)) {
-                read_fields[read_field_count++] = field;
-            }
+        const int position = al_required_field_position[kind];
+        if (position == 0) {
+            continue;
+        }
+        max_required_field_position = std::max(max_required_field_position, position);
+        const PresentField field = {kind, position - 1};
+        present_fields[present_field_count++] = field;
+        if (is_read(kind)) {
+            read_fields[read_field_count++] = field;
         }
     }
-    require_fields_of_log_type();
-    require_fields_of_settings();
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "base/failure.h"
 #include "base/line_observer.h"
+
+#include <vector>
 
 // Which field of an access-log line holds what: from AL_FIELD lines of the replay settings, or the
 // default layout of the log type.
@@ -64,7 +67,16 @@ void set_field_position(const LinePlace& place, const char* text);
 // Gives all kinds the positions of the log type's default layout when the settings named none.
 void set_default_field_positions();
 
-// Fails when a position is out of range or used twice, or when a field
-// that the log type or the session mode needs is missing. Sets max_required_field_position,
-// present_fields and read_fields.
+// Why a layout is refused.
+struct LayoutFault {
+    Failure failure; // that a run ends with
+    FieldKind kind;  // the field that is missing or has a wrong position
+};
+
+// All faults of the layout as it stands, in the order in which they are looked for: a position is
+// out of range or used twice, or a field is missing that the log type or the settings need.
+std::vector<LayoutFault> find_layout_faults();
+
+// Fails with the first of these faults. Sets max_required_field_position, present_fields and
+// read_fields.
 void validate_al_format();

@@ -187,7 +187,7 @@ void read_scenario_file(const std::string& scenario_file) {
         ++place.line_num;
         remark_on_length(place, line, scenario_line_size);
         if (!skip_comment(place, line)) {
-            apply_line(place, line);
+            read_observed_line(place, [&] { apply_line(place, line); });
         }
     }
 }

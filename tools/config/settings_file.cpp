@@ -216,7 +216,7 @@ void read_replay_prof_setting(const char* replay_setting_file) {
     while (file.next(line)) {
         ++place.line_num;
         remark_on_length(place, line, settings_line_size);
-        apply_setting_line(place, line);
+        read_observed_line(place, [&] { apply_setting_line(place, line); });
     }
     if (session_mode == SESSION_MODE_COOKIE && cookie_name[0] == '\0') {
         fail("Cookie name not given in replay setting file");

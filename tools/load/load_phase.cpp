@@ -3,7 +3,6 @@
 #include "base/allocation.h"
 #include "base/failure.h"
 #include "base/logs.h"
-#include "tools/config/replay_settings.h"
 #include "tools/load/input_files.h"
 #include "tools/load/instance_allotment.h"
 #include "tools/load/line_budgets.h"
@@ -28,13 +27,6 @@ namespace {
 
 constexpr const char* fname = "process_url_files";
 constexpr size_t announced_request_size = 256; // of a line's room, as the debug log tells it
-
-int choose_thread_count() {
-    if (g_num_thread < 0) {
-        fail("Number of thread can not be negative");
-    }
-    return g_num_thread != 0 ? g_num_thread : zvr_get_num_threads(zvr_get_num_cpu());
-}
 
 // Room is only taken for requests that there are.
 void announce_tables(const parsingThreadArgs* threads, int thread_count) {

@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "base/logs.h"
 #include "base/text_file.h"
+#include "tools/config/replay_settings.h"
 
 #include <cstring>
 
@@ -21,6 +22,13 @@ int zvr_get_num_cpu() {
         count += std::strncmp(line.text, keyword, std::strlen(keyword)) == 0;
     }
     return count;
+}
+
+int choose_thread_count() {
+    if (g_num_thread < 0) {
+        fail("Number of thread can not be negative");
+    }
+    return g_num_thread != 0 ? g_num_thread : zvr_get_num_threads(zvr_get_num_cpu());
 }
 
 int zvr_get_num_threads(int num_cpu) {

@@ -2,6 +2,7 @@
 
 #include "base/file_descriptor.h"
 #include "base/file_exists.h"
+#include "base/line_observer.h"
 #include "base/line_reader.h"
 #include "base/logs.h"
 #include "tools/parse/zone_text.h"
@@ -32,11 +33,14 @@ int64_t get_timezone_from_default_setting(const std::string& work_dir) {
     }
     LineReader lines(file.get(), line_size);
     LineText line;
+    LinePlace place = {path.c_str(), 0, keyword};
     int64_t offset = -1;
     while (lines.next(line)) {
+        ++place.line_num;
         if (strncasecmp(line.text, keyword.data(), keyword.size()) == 0) {
             offset = -zone_offset(read_zone(line.text + keyword.size()));
             DEBUG_LOG(4, fname, "GMT_OFFSET value : %ld", offset);
+            observe_line(place, ObservedKind::taken, line.text + keyword.size());
             break;
         }
     }

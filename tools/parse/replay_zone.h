@@ -9,5 +9,6 @@ extern int64_t replay_timezone;
 
 // Reads GMT_OFFSET from sys/replay_settings.default of the installation in `work_dir`. Returns
 // the offset in seconds west of UTC (a line without a value means 0); -1 when the file or the line
-// is missing (a missing file is reported on standard error).
+// is missing (a missing file is reported on standard error). Tells the line observer of the line
+// that it goes by, with the text after the keyword.
 int64_t get_timezone_from_default_setting(const std::string& work_dir);

@@ -56,7 +56,7 @@ bool read_pattern_lines(const char* path, void (*add_line)(const LinePlace& plac
         ++place.line_num;
         remark_on_length(place, line, pattern_line_size);
         if (!skip_comment(place, line) && !skip_header(place, line)) {
-            add_line(place, line);
+            read_observed_line(place, [&] { add_line(place, line); });
         }
     }
     return true;

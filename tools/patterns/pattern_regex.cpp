@@ -2,6 +2,12 @@
 
 #include "base/logs.h"
 
+namespace {
+
+constexpr size_t max_encoded_length = 2047;
+
+} // namespace
+
 std::string encode_stars(const char* pattern) {
     std::string encoded;
     for (const char* c = pattern; *c != '\0'; ++c) {
@@ -15,7 +21,6 @@ std::string encode_stars(const char* pattern) {
 
 int zvr_compile_regex(const char* regex_string, int encode_flag, regex_t* out_regex) {
     constexpr const char* fname = "zvr_compile_regex";
-    constexpr size_t max_encoded_length = 2047;
     DEBUG_LOG(4, fname, "Method called, regex string = %s, encode flag = %d", regex_string,
               encode_flag);
     std::string pattern = regex_string;
@@ -29,6 +34,23 @@ int zvr_compile_regex(const char* regex_string, int encode_flag, regex_t* out_re
         return 1;
     }
     return 0;
+}
+
+std::string why_not_compiled(const char* pattern) {
+    const std::string encoded = encode_stars(pattern);
+    if (encoded.size() > max_encoded_length) {
+        return "longer than " + std::to_string(max_encoded_length) +
+               " characters, each star counted as two";
+    }
+    regex_t regex;
+    const int error = regcomp(&regex, encoded.c_str(), REG_EXTENDED);
+    if (error == 0) {
+        regfree(&regex);
+        return "";
+    }
+    char words[256];
+    regerror(error, &regex, words, sizeof words);
+    return words;
 }
 
 int zvr_match_regex(const char* msg, const regex_t* comp_pattern, int32_t* s_o, int32_t* e_o) {
