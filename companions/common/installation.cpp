@@ -27,11 +27,20 @@ void apply_words(std::vector<std::string> words) {
     read_command_line(count, arguments.data());
 }
 
+// Without "." and ".." and a slash at its end, as it will be shown often.
+std::string absolute_path(const std::string& path) {
+    std::string absolute = std::filesystem::absolute(path).lexically_normal();
+    while (absolute.size() > 1 && absolute.ends_with('/')) {
+        absolute.pop_back();
+    }
+    return absolute;
+}
+
 } // namespace
 
 void enter_work_directory(const RunOptions& options) {
     if (!options.work_dir.empty()) {
-        const std::string path = std::filesystem::absolute(options.work_dir);
+        const std::string path = absolute_path(options.work_dir);
         // NOLINTNEXTLINE(concurrency-mt-unsafe): no thread has been started
         setenv("ZV_WDIR", path.c_str(), 1);
     }

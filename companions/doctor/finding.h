@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 // Something about the inputs of a scenario that users should know.
@@ -22,3 +23,22 @@ struct Finding {
 };
 
 using Findings = std::vector<Finding>;
+
+// Adds findings of one file to a list, which must stay.
+class FileFindings {
+  public:
+    FileFindings(Findings& findings, std::string file)
+        : findings_(findings), file_(std::move(file)) {}
+
+    const std::string& file() const { return file_; }
+
+    void add(Severity severity, const char* id, int line, std::string value, std::string meaning,
+             std::string cure = "") {
+        findings_.push_back(
+            {id, severity, file_, line, std::move(value), std::move(meaning), std::move(cure)});
+    }
+
+  private:
+    Findings& findings_;
+    std::string file_;
+};
