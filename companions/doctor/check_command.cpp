@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "base/file_exists.h"
 #include "companions/common/installation.h"
+#include "companions/doctor/check_patterns.h"
 #include "companions/doctor/check_scenario.h"
 #include "companions/doctor/check_settings.h"
 #include "companions/doctor/check_zone.h"
@@ -128,6 +129,7 @@ Findings check_scenario_inputs(const RunOptions& options) {
     check_zone(findings);
     if (file_exists(replay_profile_dir)) {
         check_settings(findings);
+        check_patterns(findings);
     }
     check_scenario(findings);
     return findings;

@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <map>
 
 namespace {
 
 constexpr size_t value_width = 200;
+constexpr size_t most_printed = 50; // of one id
 
 const char* name_of(Severity severity) {
     return severity == Severity::error     ? "error"
@@ -73,8 +75,16 @@ int exit_status_of(const Findings& findings) {
 
 void print_findings(FILE* stream, const Findings& findings) {
     const Style style(stream);
+    std::map<std::string, size_t> counts;
     for (const Finding& finding : errors_first(findings)) {
-        print_finding(stream, finding, style);
+        if (++counts[finding.id] <= most_printed) {
+            print_finding(stream, finding, style);
+        }
+    }
+    for (const auto& [id, count] : counts) {
+        if (count > most_printed) {
+            fmt::print(stream, "{} more [{}]; --json lists all.\n", count - most_printed, id);
+        }
     }
     fmt::print(stream, "{}, {}, {}\n", counted(count_of(findings, Severity::error), "error"),
                counted(count_of(findings, Severity::warning), "warning"),

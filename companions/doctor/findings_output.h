@@ -11,7 +11,8 @@
 // 0: no more than notes; 1: warnings; 2: errors.
 int exit_status_of(const Findings& findings);
 
-// Writes the findings, errors first, and how many there are of each severity.
+// Writes the findings, errors first, and how many there are of each severity. Of many with one id,
+// the first ones, and how many more there are.
 void print_findings(FILE* stream, const Findings& findings);
 
 // An object with the findings, errors first, the count of each severity, and the exit status.
