@@ -15,6 +15,7 @@
 #include "tools/patterns/pattern_columns.h"
 #include "tools/patterns/pattern_files.h"
 #include "tools/patterns/pattern_lines.h"
+#include "tools/patterns/pattern_regex.h"
 #include "tools/patterns/pattern_tables.h"
 
 #include <algorithm>
@@ -179,14 +180,21 @@ class PatternCheck {
         }
     }
 
-    static void report_failure(FileFindings& own, const ReadLine& line, const char* form) {
+    // Of the first refused patterns, since each may take a while.
+    std::string place_of_fault(const std::string& pattern) {
+        constexpr int most_placed = 20;
+        return placed_faults_++ < most_placed ? find_refused_place(pattern) : "";
+    }
+
+    void report_failure(FileFindings& own, const ReadLine& line, const char* form) {
         if (line.failure.empty()) {
             return;
         }
         const std::string fails = line.failure + ": a run fails.";
         if (line.outcome.kind == ObservedKind::pattern_not_compiled) {
             own.add(Severity::error, "pattern-refused", line.number, line.outcome.text,
-                    fmt::format("{}. {}", describe_refusal(line.outcome.text), fails),
+                    fmt::format("{}{}. {}", why_not_compiled(line.outcome.text.c_str()),
+                                place_of_fault(line.outcome.text), fails),
                     "Write a backslash before what stands for itself: one of ( ) [ { ? + | ^ $.");
         } else if (line.outcome.kind == ObservedKind::post_data_missing) {
             own.add(Severity::error, "post-data-missing", line.number, line.outcome.text, fails,
@@ -244,15 +252,25 @@ class PatternCheck {
     }
 
     void look_at_host(FileFindings& own, int line, const std::string& host) {
-        if (hosts_.empty() || std::find(hosts_.begin(), hosts_.end(), host) != hosts_.end()) {
+        if (hosts_.empty() || std::binary_search(hosts_.begin(), hosts_.end(), host)) {
             return;
         }
-        const std::string near = nearest_word(host, hosts_);
+        const std::string near = find_nearest_host(host);
         own.add(Severity::warning, "unknown-host", line, host,
                 "The last run has found no such host; hosts are compared letter for letter, with "
                 "their port.",
                 near.empty() ? "Write the host as hosts.list has it, or na for any."
                              : fmt::format("Write {} if that is meant, or na for any host.", near));
+    }
+
+    // Of many hosts the nearest would take too long to find.
+    const std::string& find_nearest_host(const std::string& host) {
+        constexpr size_t most_hosts = 1000;
+        const auto [known, is_new] = nearest_host_.emplace(host, "");
+        if (is_new && hosts_.size() <= most_hosts) {
+            known->second = nearest_word(host, hosts_);
+        }
+        return known->second;
     }
 
     void look_at_transaction(FileFindings& own, int line, const std::string& name) {
@@ -267,7 +285,9 @@ class PatternCheck {
     }
 
     Findings& findings_;
-    std::vector<std::string> hosts_;
+    std::vector<std::string> hosts_;                  // in order
+    std::map<std::string, std::string> nearest_host_; // of those that are not there
+    int placed_faults_ = 0;
     std::unordered_map<const char*, PatternPlace> places_; // by the text that an entry owns
     std::map<std::string, int> line_of_transaction_;
     Dots dots_ = {};

@@ -4,6 +4,7 @@
 #include "base/result_names.h"
 #include "base/text_file.h"
 
+#include <algorithm>
 #include <sys/stat.h>
 
 std::vector<std::string> read_known_hosts(const std::string& config_directory) {
@@ -24,5 +25,6 @@ std::vector<std::string> read_known_hosts(const std::string& config_directory) {
     } catch (const Failure&) {
         hosts.clear(); // a result that cannot be read says nothing of the inputs
     }
+    std::sort(hosts.begin(), hosts.end());
     return hosts;
 }

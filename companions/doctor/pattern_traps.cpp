@@ -196,10 +196,9 @@ std::vector<PatternTrap> find_traps(std::string_view pattern, bool queries_are_c
     return TrapSearch(pattern, queries_are_cut).find();
 }
 
-std::string describe_refusal(const std::string& pattern) {
-    const std::string words = why_not_compiled(pattern.c_str());
+std::string find_refused_place(const std::string& pattern) {
     const size_t place = find_fault(pattern);
-    return place == std::string::npos ? words
-                                      : fmt::format("{}, from character {} on: {}", words,
-                                                    place + 1, pattern.substr(place, 20));
+    return place == std::string::npos
+               ? ""
+               : fmt::format(", from character {} on: {}", place + 1, pattern.substr(place, 20));
 }

@@ -25,5 +25,6 @@ struct PatternTrap {
 // Each kind once. `queries_are_cut`: URLs end in "?*", "#*" or ";*" where they had more.
 std::vector<PatternTrap> find_traps(std::string_view pattern, bool queries_are_cut);
 
-// Why a pattern is refused: the words of the C library, and the place as far as it can be known.
-std::string describe_refusal(const std::string& pattern);
+// Where a pattern that is refused is wrong, as far as that can be found out in some hundredths of a
+// second: the character, from 1, and what stands there. Empty when it is not known.
+std::string find_refused_place(const std::string& pattern);

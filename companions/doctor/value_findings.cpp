@@ -41,6 +41,16 @@ void add_spacing_finding(FileFindings& findings, int line, const std::string& va
                  is_return ? "Take it out." : "Write a blank in its place.");
 }
 
+// A comment behind a value does no harm.
+void add_rest_finding(FileFindings& findings, int line, const std::string& value,
+                      const LineRemark& remark, const ValueHelp& help) {
+    const size_t start = remark.text.find_first_not_of(" \t");
+    const bool is_comment = start > 0 && remark.text.substr(start).starts_with('#');
+    findings.add(is_comment ? Severity::note : Severity::warning, "rest-ignored", line, value,
+                 fmt::format("Only what stands before '{}' is read.", remark.text),
+                 is_comment ? "" : cure_by_words(value.substr(value.find(' ') + 1), help));
+}
+
 } // namespace
 
 std::string first_word(const std::string& text) {
@@ -95,8 +105,7 @@ void add_value_finding(FileFindings& findings, int line, const std::string& valu
              "Write it without the 0 at its beginning.");
         break;
     case ObservedKind::text_not_read:
-        warn("rest-ignored", fmt::format("Only what stands before '{}' is read.", remark.text),
-             cure_by_words(value.substr(value.find(' ') + 1), help));
+        add_rest_finding(findings, line, value, remark, help);
         break;
     case ObservedKind::spacing_kept:
         add_spacing_finding(findings, line, value, remark);

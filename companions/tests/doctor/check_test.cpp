@@ -112,12 +112,13 @@ TEST(Check, PassesOverKeywordsOfOtherPrograms) {
 TEST(Check, TellsOfSettingsThatLaterLinesSetAgain) {
     const TestInstallation installation;
     installation.write_logs({combined_line()});
-    installation.add_settings("NUM_THREAD 1\nNUM_THREAD 2\nAUTO_REDIRECT 0\nAUTO_REDIRECT 0\n"
+    installation.add_settings("NUM_THREAD 1\nNUM_THREAD 2 # two\nAUTO_REDIRECT 0\nAUTO_REDIRECT 0\n"
                               "INLINE_OBJECT_MODE auto\nINLINE_OBJECT_MODE never\n");
     const CheckRun run = check(installation);
     ASSERT_EQ(run.of("setting-twice").size(), 1U);
     EXPECT_EQ(run.of("setting-twice")[0]["line"], 6);
     EXPECT_EQ(run.of("unknown-value").size(), 1U);
+    EXPECT_EQ(run.of("rest-ignored")[0]["severity"], "note"); // a comment
 }
 
 TEST(Check, TellsOfFieldsThatALongerNameUnsets) {
