@@ -10,9 +10,17 @@
 #include <fmt/chrono.h>
 #include <fmt/core.h>
 #include <optional>
-#include <regex>
+#include <regex.h>
 
 namespace {
+
+bool matches(const std::string& text, const std::string& pattern) {
+    regex_t regex;
+    regcomp(&regex, pattern.c_str(), REG_EXTENDED | REG_NOSUB);
+    const bool is_match = regexec(&regex, text.c_str(), 0, nullptr, 0) == 0;
+    regfree(&regex);
+    return is_match;
+}
 
 // The line that a run goes by; none when there is no such line or no file.
 std::optional<ReadLine> read_offset_line(const std::string& path) {
@@ -31,8 +39,7 @@ std::string offset_text(int64_t seconds_east) {
 }
 
 void check_offset(FileFindings& findings, const ReadLine& line) {
-    static const std::regex form("[ \t]+[-+](0[0-9]|1[0-4])[0-5][0-9][ \t\r]*");
-    if (!std::regex_match(line.outcome.text, form)) {
+    if (!matches(line.outcome.text, "^[ \t]+[-+](0[0-9]|1[0-4])[0-5][0-9][ \t\r]*$")) {
         findings.add(Severity::warning, "unknown-zone", line.number,
                      line.outcome.name + line.outcome.text,
                      fmt::format("This is not a zone as it has to be written; it counts as {}.",
@@ -61,13 +68,12 @@ void check_own_zone(Findings& findings) {
 } // namespace
 
 bool is_known_zone(const std::string& zone) {
-    static const std::regex rule(
-        "([A-Za-z]{3,}|<[-+A-Za-z0-9]{3,}>)[-+]?[0-9]{1,2}(:[0-9:]*)?"
-        "(([A-Za-z]{3,}|<[-+A-Za-z0-9]{3,}>)[-+:0-9]*(,[-+.,/:MJ0-9]*)?)?");
+    const std::string abbreviation = "([A-Za-z]{3,}|<[-+A-Za-z0-9]{3,}>)";
+    const std::string rule = "^" + abbreviation + "[-+]?[0-9]{1,2}(:[0-9:]*)?(" + abbreviation +
+                             "[-+:0-9]*(,[-+.,/:MJ0-9]*)?)?$";
     const std::string name = zone.substr(zone.starts_with(':') ? 1 : 0);
     const std::string path = name.starts_with('/') ? name : "/usr/share/zoneinfo/" + name;
-    return file_exists(path.c_str()) || std::regex_match(name, rule) || name == "UTC" ||
-           name == "GMT";
+    return file_exists(path.c_str()) || matches(name, rule) || name == "UTC" || name == "GMT";
 }
 
 void check_zone(Findings& findings) {
