@@ -1,7 +1,9 @@
-# Installation and the Debian package: both programs, man pages, bash completion, documents and the
-# examples. Version and commit go into the man pages and the package.
+# Installation and the Debian packages: programs, man pages, bash completion, documents and the
+# examples of the tool, and likewise of the companions where they are built. Version and commit go
+# into the man pages and the packages.
 
 set(package_name zvr-al-gen-url-list)
+set(companions_package_name zvr-al-companions)
 set(ZVR_MAINTAINER "URL list maintainers <maintainers@example.org>" CACHE STRING
     "Maintainer of the Debian package, name and mail address")
 
@@ -55,24 +57,42 @@ function(make_document template document)
         COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-foreach(page zvr_al_gen_url_list.1 zvr_al_gen_url_list_check.1 zvr_replay_settings.dat.5)
+function(install_manual_page page component)
     string(REGEX REPLACE ".*\\." "" section ${page})
     make_document(${CMAKE_SOURCE_DIR}/man/${page}.in ${CMAKE_BINARY_DIR}/man/${page})
-    install(FILES ${CMAKE_BINARY_DIR}/man/${page}.gz
+    install(FILES ${CMAKE_BINARY_DIR}/man/${page}.gz COMPONENT ${component}
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
+endfunction()
+
+function(install_completion program component)
+    install(FILES ${CMAKE_SOURCE_DIR}/completion/${program}.bash COMPONENT ${component}
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions RENAME ${program})
+endfunction()
+
+foreach(page zvr_al_gen_url_list.1 zvr_al_gen_url_list_check.1 zvr_replay_settings.dat.5)
+    install_manual_page(${page} tool)
 endforeach()
 
 make_document(${CMAKE_SOURCE_DIR}/packaging/changelog.in ${CMAKE_BINARY_DIR}/packaging/changelog)
 install(FILES ${CMAKE_BINARY_DIR}/packaging/changelog.gz ${CMAKE_SOURCE_DIR}/packaging/copyright
     ${CMAKE_SOURCE_DIR}/docs/files.md ${CMAKE_SOURCE_DIR}/docs/limits.md
     ${CMAKE_SOURCE_DIR}/docs/troubleshooting.md
-    DESTINATION ${doc_dir})
-install(DIRECTORY ${CMAKE_SOURCE_DIR}/examples DESTINATION ${doc_dir}
+    DESTINATION ${doc_dir} COMPONENT tool)
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/examples DESTINATION ${doc_dir} COMPONENT tool
     PATTERN .tmp EXCLUDE PATTERN ".git*" EXCLUDE)
-install(TARGETS zvr_al_gen_url_list zvr_al_gen_url_list_check)
-install(FILES ${CMAKE_SOURCE_DIR}/completion/zvr_al_gen_url_list.bash
-    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions
-    RENAME zvr_al_gen_url_list)
+install(TARGETS zvr_al_gen_url_list zvr_al_gen_url_list_check COMPONENT tool)
+install_completion(zvr_al_gen_url_list tool)
+
+if(ZVR_BUILD_COMPANIONS)
+    foreach(program ${ZVR_COMPANIONS})
+        install(TARGETS ${program} COMPONENT companions)
+        install_manual_page(${program}.1 companions)
+        install_completion(${program} companions)
+    endforeach()
+    install(FILES ${CMAKE_BINARY_DIR}/packaging/changelog.gz ${CMAKE_SOURCE_DIR}/packaging/copyright
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${companions_package_name}
+        COMPONENT companions)
+endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${package_name})
@@ -92,6 +112,22 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL tool)
+set(CPACK_DEBIAN_TOOL_PACKAGE_NAME ${package_name})
+if(ZVR_BUILD_COMPANIONS)
+    list(APPEND CPACK_COMPONENTS_ALL companions)
+    set(CPACK_DEBIAN_COMPANIONS_PACKAGE_NAME ${companions_package_name})
+    set(CPACK_DEBIAN_COMPANIONS_PACKAGE_DEPENDS "${package_name} (= ${PROJECT_VERSION})")
+    set(CPACK_COMPONENT_COMPANIONS_DESCRIPTION
+"set up, check and explain the scenarios of zvr_al_gen_url_list
+Programs around the one that makes URL lists from access logs: they
+write a scenario for given logs, find mistakes in one, say of every line
+why it does not count and of every pattern what it takes, and report on
+the load that the logs hold.
+.
+This package was built from commit ${commit}.")
+endif()
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
