@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <fcntl.h>
+#include <filesystem>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 TEST(LineCount, IsTheNumberOfLineFeeds) {
@@ -24,6 +26,15 @@ TEST(LineCount, IsTheNumberOfLineFeeds) {
     }
     EXPECT_EQ(zvr_get_total_lines_in_file(directory.path("missing").c_str()), 0U);
     EXPECT_EQ(zvr_get_total_lines_in_file(directory.path().c_str()), 0U);
+}
+
+TEST(LineCount, GoesNoFurtherThanItIsToldTo) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.write("lines", "a\nb\nc\n");
+    std::filesystem::resize_file(path, uintmax_t{1} << 43); // days to read
+    for (const auto& [end, count] : {std::pair{0U, 0U}, {1U, 0U}, {2U, 1U}, {5U, 2U}, {6U, 3U}}) {
+        EXPECT_EQ(zvr_get_total_lines_in_file(path.c_str(), end), count) << end;
+    }
 }
 
 TEST(LineCount, OfAnOpenFileNeedsOneThatCanBeReadAgain) {

@@ -3,11 +3,12 @@
 #include "base/file_descriptor.h"
 #include "base/file_exists.h"
 #include "base/logs.h"
+#include "base/regular_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
-#include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,14 +34,6 @@ uint64_t count_line_feeds(const char* text, size_t size) {
     return total;
 }
 
-// Only a regular file can be read twice. Any other is not even opened: that could wait for ever, or
-// take a writer's only reader from it.
-FileDescriptor open_regular_file(const char* file_name) {
-    struct stat status;
-    const bool is_regular = stat(file_name, &status) == 0 && S_ISREG(status.st_mode);
-    return FileDescriptor(is_regular ? open(file_name, O_RDONLY | O_CLOEXEC) : -1);
-}
-
 // As `read`, past interruptions.
 ssize_t read_block(int descriptor, char* block, size_t size) {
     ssize_t count;
@@ -50,13 +43,23 @@ ssize_t read_block(int descriptor, char* block, size_t size) {
     return count;
 }
 
-uint64_t count_lines(int descriptor) {
-    constexpr size_t block_size = size_t{256} << 10;
+// Where a count ends that is to end at `end`: what the file gains meanwhile is not counted, or who
+// writes to it could keep the count going. Some systems show no size.
+uint64_t end_of_count(int descriptor, uint64_t end) {
+    struct stat status;
+    const bool has_size = fstat(descriptor, &status) == 0 && status.st_size > 0;
+    return has_size ? std::min(end, static_cast<uint64_t>(status.st_size)) : end;
+}
+
+uint64_t count_lines(int descriptor, uint64_t end) {
+    constexpr uint64_t block_size = uint64_t{256} << 10;
     const auto block = std::make_unique_for_overwrite<char[]>(block_size);
+    uint64_t left = end_of_count(descriptor, end);
     uint64_t total = 0;
     ssize_t count;
-    while ((count = read_block(descriptor, block.get(), block_size)) > 0) {
+    while ((count = read_block(descriptor, block.get(), std::min(left, block_size))) > 0) {
         total += count_line_feeds(block.get(), static_cast<size_t>(count));
+        left -= static_cast<uint64_t>(count);
     }
     return count == 0 ? total : 0;
 }
@@ -64,30 +67,30 @@ uint64_t count_lines(int descriptor) {
 constexpr const char* fname = "zvr_get_total_lines_in_file";
 
 // `descriptor`: -1 for a file that cannot be opened.
-uint64_t count_and_log(const char* file_name, int descriptor) {
+uint64_t count_and_log(const char* file_name, int descriptor, uint64_t end) {
     // The command that gives the same count by hand.
     DEBUG_LOG(3, "zvr_run_cmd_and_get_last_line",
               "Method called. Command = wc -l %s | awk '{print $1}'", file_name);
-    const uint64_t total = descriptor == -1 ? 0 : count_lines(descriptor);
+    const uint64_t total = descriptor == -1 ? 0 : count_lines(descriptor, end);
     DEBUG_LOG(3, fname, "Total number of lines in file %s is %lu", file_name, total);
     return total;
 }
 
 } // namespace
 
-uint64_t zvr_get_total_lines_in_file(const char* file_name) {
+uint64_t zvr_get_total_lines_in_file(const char* file_name, uint64_t end) {
     DEBUG_LOG(3, fname, "Method called. File = %s", file_name);
     if (!file_exists(file_name)) {
         DEBUG_LOG(2, fname, "File %s is not present. Returning 0", file_name);
         return 0;
     }
     const FileDescriptor file = open_regular_file(file_name);
-    return count_and_log(file_name, file.get());
+    return count_and_log(file_name, file.get(), end);
 }
 
 uint64_t total_lines_in_open_file(const char* file_name, int descriptor) {
     DEBUG_LOG(3, fname, "Method called. File = %s", file_name);
-    const uint64_t total = count_and_log(file_name, descriptor);
+    const uint64_t total = count_and_log(file_name, descriptor, UINT64_MAX);
     return lseek(descriptor, 0, SEEK_SET) == 0 ? total : 0;
 }
 

@@ -3,8 +3,9 @@
 #include <cstdint>
 
 // Number of line feeds in a regular file, the count that `wc -l` gives: a last line without one
-// does not count. 0 when the file does not exist, is of another kind, or cannot be read.
-uint64_t zvr_get_total_lines_in_file(const char* file_name);
+// does not count, nor does what stands at offset `end` or behind it, or what the file gains
+// meanwhile. 0 when the file does not exist, is of another kind, or cannot be read.
+uint64_t zvr_get_total_lines_in_file(const char* file_name, uint64_t end = UINT64_MAX);
 
 // Whether that number is more than 0. Reads no further than it must; writes no debug lines.
 bool has_lines(const char* file_name);

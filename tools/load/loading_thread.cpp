@@ -61,7 +61,8 @@ void LoadingThread::begin_file(const LogPiece& piece) const {
 void LoadingThread::count_lines(const LogPiece& piece) {
     if (max_lines_ == INT64_MAX) {
         const char* name = seq_file_path[piece.file].input_file;
-        max_lines_ = static_cast<int64_t>(zvr_get_total_lines_in_file(name));
+        const uint64_t count = zvr_get_total_lines_in_file(name, piece.range.file_size);
+        max_lines_ = static_cast<int64_t>(count);
     }
 }
 

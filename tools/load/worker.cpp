@@ -1,14 +1,19 @@
 #include "tools/load/worker.h"
 
 #include "base/file_descriptor.h"
+#include "base/regular_file.h"
 #include "tools/config/log_files.h"
 #include "tools/load/noted_pieces.h"
 #include "tools/parse/field_splitter.h"
 #include "tools/parse/log_loader.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
+#include <deque>
 #include <fcntl.h>
+#include <system_error>
 #include <utility>
 
 void (*tell_worker_failed)(const Failure& failure) = nullptr;
@@ -18,8 +23,8 @@ namespace {
 
 FileDescriptor open_log(const LogPiece& piece) {
     const char* const name = seq_file_path[piece.file].input_file;
-    const int waits = piece.is_stream ? 0 : O_NONBLOCK; // a pipe that took the log's place does not
-    FileDescriptor file(open(name, O_RDONLY | O_CLOEXEC | waits));
+    FileDescriptor file = piece.is_stream ? FileDescriptor(open(name, O_RDONLY | O_CLOEXEC))
+                                          : open_regular_file(name);
     if (!file.is_open()) {
         fail("Unable to open url file %s", name);
     }
@@ -44,12 +49,30 @@ void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescrip
     load_url_info(parsing, lines, part, batch, after_line);
 }
 
+bool are_same(const SessionEvent& a, const SessionEvent& b) {
+    return a.row == b.row && a.line_num == b.line_num && a.waits == b.waits &&
+           std::strcmp(a.akaau_id, b.akaau_id) == 0 &&
+           std::strcmp(a.jsession_id, b.jsession_id) == 0;
+}
+
+// What was settled by events of the first reading has to be there in the second.
+void require_unchanged(const LogPiece& piece, const std::deque<SessionEvent>& first,
+                       const std::deque<SessionEvent>& second) {
+    if (!std::equal(first.begin(), first.end(), second.begin(), second.end(), are_same)) {
+        fail("Failed to read file %s. Error = '%s'", seq_file_path[piece.file].input_file,
+             std::generic_category().message(ESTALE).c_str());
+    }
+}
+
 // Reads once more what the thread wants of a piece of which it was too much. The events, of which
-// some may be settled, stay where they are; those that are still wanted are in the piece as before.
+// some may be settled, stay where they are.
 void reload(Worker& worker, const LogPiece& piece, int64_t max_lines, LoadedPiece& loaded) {
+    std::deque<SessionEvent>& events = loaded.batch.events;
+    std::erase_if(events, [&](const SessionEvent& event) { return event.line_num > max_lines; });
     RequestBatch batch;
     load_piece(worker.parsing, piece, open_log(piece), 0, max_lines, batch, {});
-    batch.events.swap(loaded.batch.events);
+    require_unchanged(piece, events, batch.events);
+    batch.events.swap(events);
     loaded.batch = std::move(batch);
     loaded.worker = worker.number;
 }
@@ -61,9 +84,6 @@ void settle_events(Worker& worker, PieceQueue& queue, LoadedPiece& loaded, const
         thread.count_lines(piece);
     }
     if (loaded.batch.line_count > thread.lines_left()) {
-        std::erase_if(loaded.batch.events, [&](const SessionEvent& event) {
-            return event.line_num > thread.lines_left();
-        });
         reload(worker, piece, thread.lines_left(), loaded);
     }
     if (!thread.settle_events(loaded.batch, static_cast<uint32_t>(queue.next), piece)) {
