@@ -200,5 +200,5 @@ std::string find_refused_place(const std::string& pattern) {
     const size_t place = find_fault(pattern);
     return place == std::string::npos
                ? ""
-               : fmt::format(", from character {} on: {}", place + 1, pattern.substr(place, 20));
+               : fmt::format(", from character {} on: '{}'", place + 1, pattern.substr(place, 20));
 }

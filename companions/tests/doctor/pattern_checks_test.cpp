@@ -1,6 +1,7 @@
 #include "companions/doctor/pattern_reach.h"
 #include "companions/doctor/pattern_traps.h"
 #include "companions/tests/doctor/doctor_runs.h"
+#include "tests/properties/properties.h"
 #include "tools/config/replay_profile.h"
 #include "tools/patterns/pattern_files.h"
 #include "tools/patterns/pattern_matcher.h"
@@ -28,7 +29,7 @@ void fill_tables(const std::vector<InlinePattern>& patterns) {
                 pattern.pattern + "\n";
     }
     const TemporaryDirectory directory;
-    total_inline_url_pattern = 0;
+    forget_patterns();
     save_url_pattern(directory.write("patterns", text).c_str());
     sort_pattern_tables();
 }
@@ -39,6 +40,7 @@ std::set<std::string> unreached_of(const std::vector<InlinePattern>& patterns) {
     for (const UnreachedEntry& unreached : find_unreached_entries()) {
         texts.insert(unreached.entry->url_ptrn_string);
     }
+    forget_patterns();
     return texts;
 }
 
@@ -87,10 +89,10 @@ TEST(PatternTraps, AreFoundWithWhatWasLikelyMeant) {
 }
 
 TEST(PatternTraps, TellWhereARefusedPatternIsWrong) {
-    EXPECT_EQ(find_refused_place("/a(b"), ", from character 3 on: (b");
-    EXPECT_EQ(find_refused_place("/a[b]c[d"), ", from character 7 on: [d");
-    EXPECT_EQ(find_refused_place("?a=b"), ", from character 1 on: ?a=b");
-    EXPECT_EQ(find_refused_place("/a\\"), ", from character 3 on: \\");
+    EXPECT_EQ(find_refused_place("/a(b"), ", from character 3 on: '(b'");
+    EXPECT_EQ(find_refused_place("/a[b]c[d"), ", from character 7 on: '[d'");
+    EXPECT_EQ(find_refused_place("?a=b"), ", from character 1 on: '?a=b'");
+    EXPECT_EQ(find_refused_place("/a\\"), ", from character 3 on: '\\'");
 }
 
 TEST(PatternReach, FindsPatternsOfWhichAnEarlierOneTakesAll) {
@@ -134,6 +136,7 @@ TEST(PatternReach, AgreesWithWhatDecidesUrls) {
             continue;
         }
         const Texts unreached = unreached_of(patterns);
+        fill_tables(patterns);
         const PatternIndex index;
         PatternMatcher matcher(index);
         std::set<int32_t> deciding;
@@ -144,6 +147,7 @@ TEST(PatternReach, AgreesWithWhatDecidesUrls) {
         EXPECT_EQ(unreached.empty(), second_decides)
             << patterns[0].pattern << " and " << patterns[1].pattern;
         unreached_count += unreached.size();
+        forget_patterns();
     }
     EXPECT_GT(unreached_count, 20U);
 }
