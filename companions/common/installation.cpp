@@ -18,6 +18,7 @@ namespace {
 // Lets the tool's own reader of options apply them.
 void apply_words(std::vector<std::string> words) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }

@@ -217,6 +217,7 @@ void check_settings(Findings& findings) {
 
 std::vector<std::string> explained_keywords() {
     std::vector<std::string> names;
+    names.reserve(help_of_keyword.size());
     for (const auto& [name, help] : help_of_keyword) {
         names.push_back(name);
     }
