@@ -1,6 +1,6 @@
 // The dearest steps of loading, each by itself, on made-up requests.
 
-#include "tests/support/marked_line.h"
+#include "base/marked_line.h"
 #include "tools/config/field_layout.h"
 #include "tools/parse/counted_url.h"
 #include "tools/parse/field_splitter.h"

@@ -1,5 +1,5 @@
+#include "base/marked_line.h"
 #include "tests/layers/expectation.h"
-#include "tests/support/marked_line.h"
 #include "tools/config/field_layout.h"
 #include "tools/config/replay_settings.h"
 #include "tools/parse/counted_url.h"

@@ -1,8 +1,8 @@
 #include "tools/parse/field_splitter.h"
 #include "tools/config/field_layout.h"
 
+#include "base/marked_line.h"
 #include "tests/properties/properties.h"
-#include "tests/support/marked_line.h"
 
 #include <vector>
 

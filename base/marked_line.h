@@ -6,7 +6,8 @@
 #include <string_view>
 #include <vector>
 
-// A copy of a line as LineReader gives it.
+// A copy of a line in the form in which LineReader gives lines, for whoever has one from elsewhere
+// and hands it to what reads logs.
 class MarkedLine {
   public:
     MarkedLine(std::string_view line, char mark)
