@@ -1,5 +1,6 @@
 #include "base/standard_streams.h"
 #include "companions/doctor/check_command.h"
+#include "companions/doctor/init/init_command.h"
 #include "companions/doctor/patterns_command.h"
 
 int main(int argc, char* argv[]) {
@@ -10,6 +11,7 @@ int main(int argc, char* argv[]) {
     add_version(program);
     program.require_subcommand(1);
     // One line for each command, in the order in which --help lists them.
+    add_init_command(program, exit_status);
     add_check_command(program, exit_status);
     add_patterns_command(program, exit_status);
     return run_command_line(program, argc, argv, exit_status);

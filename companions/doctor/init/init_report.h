@@ -1,0 +1,27 @@
+#pragma once
+
+#include "companions/doctor/finding.h"
+#include "companions/doctor/init/layout_choice.h"
+#include "companions/doctor/init/scenario_texts.h"
+#include "companions/doctor/init/session_cookies.h"
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+// What command "init" has found and done.
+struct InitReport {
+    std::string scenario;
+    LayoutChoice layout;
+    SessionEvidence evidence = {};
+    ScenarioPlan plan = {};                // with logs only once a layout is found
+    std::vector<std::string> written = {}; // paths of files
+    std::string command = "";              // that runs the tool; empty: nothing was written
+    Findings findings = {};                // all of them
+};
+
+// For people, on standard output.
+void print_report(const InitReport& report);
+
+// An object, with what findings_as_json gives.
+nlohmann::json report_as_json(const InitReport& report);
