@@ -149,7 +149,7 @@ FormatPiece quoted_piece(LogContent content) {
 }
 
 FormatPiece cookie_piece(const std::string& name) {
-    FormatPiece piece = quoted_piece(LogContent::single_cookie);
+    FormatPiece piece = piece_of(LogContent::single_cookie);
     piece.name = name;
     return piece;
 }

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <fmt/core.h>
@@ -169,6 +170,7 @@ InitReport set_up(const InitOptions& options) {
 }
 
 int init(const InitOptions& options) {
+    std::signal(SIGXFSZ, SIG_IGN); // a file that may grow no more is told of like a full disk
     const InitReport report = set_up(options);
     if (options.is_json) {
         print_json(stdout, report_as_json(report));

@@ -81,7 +81,7 @@ FormatPiece piece_of_name(std::string_view name) {
     }
     // Headers hold what clients and servers like.
     piece.may_hold_blanks = name.starts_with("http_") || name.starts_with("sent_http_") ||
-                            name.starts_with("upstream_http_") || name.starts_with("cookie_");
+                            name.starts_with("upstream_http_");
     return piece;
 }
 
