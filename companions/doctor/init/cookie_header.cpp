@@ -8,6 +8,8 @@
 
 namespace {
 
+constexpr size_t max_cookies = 200;
+
 constexpr std::array<std::string_view, 7> attributes = {"path",     "expires", "max-age", "domain",
                                                         "samesite", "version", "comment"};
 
@@ -47,7 +49,7 @@ void add_set_cookies(std::string_view part, std::vector<Cookie>& cookies) {
         next.empty() ? part : part.substr(0, part.size() - next.size() - 2);
     for (const std::string_view text : {own, next}) {
         const std::optional<Cookie> cookie = cookie_in(text);
-        if (cookie && !is_attribute(cookie->name)) {
+        if (cookie && !is_attribute(cookie->name) && cookies.size() < max_cookies) {
             cookies.push_back(*cookie);
         }
     }
@@ -72,7 +74,8 @@ bool is_cookie_name(std::string_view name) {
 std::vector<Cookie> cookies_of(std::string_view header) {
     std::vector<Cookie> cookies;
     for_each_part(header, [&](std::string_view part) {
-        if (const std::optional<Cookie> cookie = cookie_in(part)) {
+        const std::optional<Cookie> cookie = cookie_in(part);
+        if (cookie && cookies.size() < max_cookies) {
             cookies.push_back(*cookie);
         }
     });

@@ -11,8 +11,8 @@ struct Cookie {
 // Whether a text can be the name of a cookie: one that the settings of the tool can hold, too.
 bool is_cookie_name(std::string_view name);
 
-// The cookies of a Cookie header, in their order; a part without name and equals sign is none. IIS
-// writes
+// The cookies of a Cookie header, in their order, no more than 200, as browsers send no more; a
+// part without name and equals sign is none. IIS writes
 // "+" for the blanks between them. The views are of the header.
 std::vector<Cookie> cookies_of(std::string_view header);
 

@@ -18,13 +18,13 @@ double percent(double share) {
     return share * 100;
 }
 
-void print_scores(const std::vector<LayoutScore>& scores) {
+void print_scores(FILE* stream, const std::vector<LayoutScore>& scores) {
     TextTable table({{"fits", Alignment::right}, {"layout"}, {"why other lines do not"}});
     for (size_t i = 0; i < scores.size() && i < max_rows; ++i) {
         table.add_row({fmt::format("{:.0f} %", percent(scores[i].share())), scores[i].layout.name,
                        main_reason(scores[i])});
     }
-    fmt::print("\n{}", table.text());
+    fmt::print(stream, "\n{}", table.text());
 }
 
 std::string fields_of(const LogLayout& layout) {
@@ -40,7 +40,7 @@ std::string fields_of(const LogLayout& layout) {
     return text;
 }
 
-void print_cookies(const InitReport& report) {
+void print_cookies(FILE* stream, const InitReport& report) {
     TextTable table({{"cookie"},
                      {"requests", Alignment::right},
                      {"values", Alignment::right},
@@ -57,32 +57,33 @@ void print_cookies(const InitReport& report) {
                        std::to_string(use.set_count), fmt::format("{:.2f}", use.score)});
     }
     if (!table.empty()) {
-        fmt::print("\n{}", table.text());
+        fmt::print(stream, "\n{}", table.text());
     }
 }
 
-void print_logs(const InitReport& report) {
+void print_logs(FILE* stream, const InitReport& report) {
     const std::vector<std::string>& logs = report.plan.logs;
-    fmt::print("{} log{}:\n", logs.size(), logs.size() == 1 ? "" : "s");
+    fmt::print(stream, "{} log{}:\n", logs.size(), logs.size() == 1 ? "" : "s");
     for (size_t i = 0; i < logs.size() && i < max_logs; ++i) {
-        fmt::print("  {}\n", shown_text(logs[i]));
+        fmt::print(stream, "  {}\n", shown_text(logs[i]));
     }
     if (logs.size() > max_logs) {
-        fmt::print("  and {} more\n", logs.size() - max_logs);
+        fmt::print(stream, "  and {} more\n", logs.size() - max_logs);
     }
 }
 
-void print_choice(const InitReport& report) {
-    print_logs(report);
-    fmt::print("\n{}\n  {}\n", shown_text(report.layout.reason), fields_of(report.plan.layout));
-    fmt::print("{}\n", shown_text(report.plan.session_reason));
-    print_cookies(report);
+void print_choice(FILE* stream, const InitReport& report) {
+    print_logs(stream, report);
+    fmt::print(stream, "\n{}\n  {}\n", shown_text(report.layout.reason),
+               fields_of(report.plan.layout));
+    fmt::print(stream, "{}\n", shown_text(report.plan.session_reason));
+    print_cookies(stream, report);
 }
 
-void print_written(const InitReport& report) {
-    fmt::print("\nWritten:\n");
+void print_written(FILE* stream, const InitReport& report) {
+    fmt::print(stream, "\nWritten:\n");
     for (const std::string& path : report.written) {
-        fmt::print("  {}\n", shown_text(path));
+        fmt::print(stream, "  {}\n", shown_text(path));
     }
 }
 
@@ -133,18 +134,18 @@ nlohmann::json json_list(const std::vector<std::string>& texts) {
 
 } // namespace
 
-void print_report(const InitReport& report) {
+void print_report(FILE* stream, const InitReport& report) {
     if (report.layout.layout) {
-        print_choice(report);
-        print_written(report);
+        print_choice(stream, report);
+        print_written(stream, report);
     } else if (!report.layout.scores.empty()) {
-        fmt::print("No scenario is written, since no layout is clear.\n");
-        print_scores(report.layout.scores);
+        fmt::print(stream, "No scenario is written, since no layout is clear.\n");
+        print_scores(stream, report.layout.scores);
     }
-    fmt::print("\n");
-    print_findings(stdout, report.findings);
+    fmt::print(stream, "\n");
+    print_findings(stream, report.findings);
     if (!report.command.empty()) {
-        fmt::print("\nRun it:\n\n    {}\n", shown_text(report.command));
+        fmt::print(stream, "\nRun it:\n\n    {}\n", shown_text(report.command));
     }
 }
 

@@ -5,6 +5,7 @@
 #include "companions/doctor/init/scenario_texts.h"
 #include "companions/doctor/init/session_cookies.h"
 
+#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -20,8 +21,8 @@ struct InitReport {
     Findings findings = {};                // all of them
 };
 
-// For people, on standard output.
-void print_report(const InitReport& report);
+// For people.
+void print_report(FILE* stream, const InitReport& report);
 
 // An object, with what findings_as_json gives.
 nlohmann::json report_as_json(const InitReport& report);

@@ -38,11 +38,10 @@ std::string line_of(const std::vector<FormatPiece>& pieces) {
 }
 
 // A field of that line: its directives in their order, each once, and its text with a '$' for each
-// of them.
+// of them and for nothing else.
 struct FormatField {
     std::vector<const FormatPiece*> pieces;
     std::string shape;
-    bool begins_cut = false; // with the second half of what the field before it begins
 };
 
 size_t read_mark(std::string_view text, size_t& at) {
@@ -57,7 +56,7 @@ FormatField read_field(std::string_view text, const std::vector<FormatPiece>& pi
     FormatField field;
     for (size_t i = 0; i < text.size(); ++i) {
         if (text[i] != mark_begin) {
-            field.shape += text[i];
+            field.shape += text[i] == '$' ? '?' : text[i];
             continue;
         }
         const FormatPiece* piece = &pieces[read_mark(text, i)];

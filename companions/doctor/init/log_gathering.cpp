@@ -28,6 +28,7 @@ class Gatherer {
     GatheredLogs gather(const std::vector<std::string>& arguments);
 
   private:
+    bool is_unpacked(const std::string& path) const;
     void sort_out(const std::string& path);
     void move_companions_of_packed();
     void unpack();
@@ -49,6 +50,11 @@ void Gatherer::append(const Findings& findings) {
 void Gatherer::leave_out(const char* id, Severity severity, const std::string& path,
                          const std::string& meaning, const std::string& cure) {
     gathered_.findings.push_back({id, severity, path, 0, "", meaning, cure});
+}
+
+// Whether an earlier run has put it where this one unpacks, too.
+bool Gatherer::is_unpacked(const std::string& path) const {
+    return !unpack_.directory.empty() && path.starts_with(unpack_.directory + "/");
 }
 
 void Gatherer::sort_out(const std::string& path) {
@@ -146,7 +152,9 @@ GatheredLogs Gatherer::gather(const std::vector<std::string>& arguments) {
     const FoundLogs found = find_logs(arguments);
     append(found.findings);
     for (const std::string& path : found.paths) {
-        sort_out(path);
+        if (!is_unpacked(path)) {
+            sort_out(path);
+        }
     }
     move_companions_of_packed();
     unpack();

@@ -4,7 +4,7 @@
 enum class FileKind {
     plain, // text, as far as is seen
     empty,
-    packed, // compressed or an archive, in a form that can be unpacked
+    packed, // compressed or an archive
     utf16,
     binary
 };

@@ -94,13 +94,14 @@ void LogFinder::add_file(const fs::path& path) {
 // Links to folders are not followed, so that the search ends.
 void LogFinder::add_directory(const fs::path& path) {
     std::error_code error;
+    std::error_code ignored; // of a link to nothing
     for (const fs::directory_entry& entry : fs::directory_iterator(path, error)) {
         if (is_hidden(entry.path())) {
             continue;
         }
-        if (!entry.is_directory(error)) {
+        if (!entry.is_directory(ignored)) {
             add_file(entry.path());
-        } else if (!entry.is_symlink(error)) {
+        } else if (!entry.is_symlink(ignored)) {
             add_directory(entry.path());
         }
     }

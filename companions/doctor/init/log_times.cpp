@@ -51,9 +51,10 @@ LogTimes times_of_log(LineTrial& trial, const LogLayout& layout, const LogSample
 
 bool is_zone(std::string_view text) {
     return text.size() == 5 && (text[0] == '+' || text[0] == '-') &&
-           std::ranges::all_of(text.substr(1), [](char c) {
-               return std::isdigit(static_cast<unsigned char>(c)) != 0;
-           });
+           std::ranges::all_of(
+               text.substr(1),
+               [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }) &&
+           text.substr(1, 2) <= "14" && text.substr(3) < "60";
 }
 
 // Lets the tool group and order the logs. Their places in `samples`, in that order, by instance.

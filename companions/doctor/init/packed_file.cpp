@@ -32,6 +32,7 @@ Archive make_reader() {
     archive_read_support_filter_zstd(reader.get());
     archive_read_support_filter_lz4(reader.get());
     archive_read_support_filter_compress(reader.get());
+    archive_read_support_filter_lzip(reader.get());
     archive_read_support_format_tar(reader.get());
     archive_read_support_format_zip(reader.get());
     archive_read_support_format_7zip(reader.get());
@@ -45,6 +46,12 @@ std::string path_of(archive_entry* entry) {
         path = archive_entry_pathname_utf8(entry);
     }
     return path == nullptr ? "unnamed" : path;
+}
+
+// Bytes that no form claims are given as they are.
+bool is_packed(archive* reader) {
+    return archive_format(reader) != ARCHIVE_FORMAT_RAW ||
+           archive_filter_code(reader, 0) != ARCHIVE_FILTER_NONE;
 }
 
 std::string_view read_part(archive* reader, char* buffer, size_t size) {
@@ -80,6 +87,9 @@ std::string read_packed_file(int descriptor,
     int status;
     while ((status = archive_read_next_header(reader.get(), &entry)) == ARCHIVE_OK ||
            status == ARCHIVE_WARN) {
+        if (!is_packed(reader.get())) {
+            return "its form is not known";
+        }
         PackedEntry packed = entry_of(reader.get(), entry);
         packed.read = [&] { return read_part(reader.get(), buffer.get(), block_size); };
         try {

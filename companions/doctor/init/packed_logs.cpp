@@ -56,7 +56,7 @@ class Unpacker {
         : options_(options),
           directory_(make_directories(options.directory)), budget_{options.max_size,
                                                                    options.max_size},
-          has_many_files_(files.size() > 1), progress_("Unpacking", 0) {
+          has_many_files_(files.size() > 1), progress_("Unpacked MB:", 0) {
         for (const std::string& file : files) {
             folders_.insert(folder_of(file));
         }

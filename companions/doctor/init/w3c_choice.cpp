@@ -16,17 +16,21 @@
 namespace {
 
 constexpr size_t shown_changes = 10;
+constexpr size_t max_layouts = 50; // more are no server's
 
 // What all "#Fields:" lines say.
 struct W3cFields {
-    std::map<std::string, int64_t> requests; // by the names of the fields
+    std::map<std::string, int64_t> requests; // by the names of the fields, for max_layouts of them
+    int64_t further_requests = 0;            // with other names
     bool is_of_microsoft = false;
     Findings changes; // places where the names are not those that came before
 };
 
 void add_parts(const LogSample& sample, const W3cLog& log, std::string& names, W3cFields& fields) {
     for (const W3cPart& part : log.parts) {
-        fields.requests[part.names] += part.request_count;
+        const bool is_kept =
+            fields.requests.size() < max_layouts || fields.requests.contains(part.names);
+        (is_kept ? fields.requests[part.names] : fields.further_requests) += part.request_count;
         if (!names.empty() && names != part.names && fields.changes.size() < shown_changes) {
             fields.changes.push_back({"fields-change", Severity::warning, sample.path,
                                       static_cast<int>(part.line_num), part.names, "", ""});
@@ -116,7 +120,7 @@ W3cChoice choose_w3c_layout(const std::vector<LogSample>& samples) {
         fail("The #Fields: lines of the logs have gone while they were read");
     }
     std::vector<LogLayout> layouts;
-    int64_t requests = 0;
+    int64_t requests = fields.further_requests;
     const auto* most = &*fields.requests.begin();
     for (const auto& entry : fields.requests) {
         layouts.push_back(layout_of(entry.first, fields.is_of_microsoft, samples));

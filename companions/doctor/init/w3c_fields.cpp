@@ -73,9 +73,16 @@ bool begins_with(std::string_view line, std::string_view word) {
     return is_same(line.substr(0, word.size()), word);
 }
 
+// Servers repeat the line when they start again.
+bool is_new_part(std::string_view names, const W3cLog& log) {
+    constexpr size_t max_parts = 1000;
+    return !names.empty() && log.parts.size() < max_parts &&
+           (log.parts.empty() || log.parts.back().names != names);
+}
+
 void read_comment(std::string_view line, int64_t line_num, W3cLog& log) {
     const std::string_view names = w3c_field_names(line);
-    if (!names.empty()) {
+    if (is_new_part(names, log)) {
         log.parts.push_back({line_num, std::string(names), 0});
     } else if (begins_with(line, "#Software:")) {
         log.is_of_microsoft = line.find("Microsoft") != std::string_view::npos;

@@ -16,7 +16,7 @@ std::string_view w3c_field_names(std::string_view line);
 // IIS, or seconds.
 LogLayout w3c_layout(std::string_view names, bool counts_milliseconds);
 
-// One "#Fields:" line of a log and the requests up to the next one.
+// One "#Fields:" line of a log and the requests up to the next one that says something else.
 struct W3cPart {
     int64_t line_num; // of the line, from 1
     std::string names;
@@ -24,7 +24,7 @@ struct W3cPart {
 };
 
 struct W3cLog {
-    std::vector<W3cPart> parts;   // in their order
+    std::vector<W3cPart> parts;   // in their order, at most 1000; what follows belongs to the last
     bool is_of_microsoft = false; // by its "#Software:" line
 };
 
