@@ -21,8 +21,6 @@ constexpr ApacheLayout apache_layouts[] = {
     {"combined behind the virtual host (vhost_combined)",
      R"(%v:%p %h %l %u %t "%r" %>s %O "%{Referer}i" "%{User-Agent}i")", 10},
     {"common behind the virtual host", R"(%v %h %l %u %t "%r" %>s %b)", 8},
-    {"combined with the response time last",
-     R"(%h %l %u %t "%r" %>s %b "%{Referer}i" "%{User-Agent}i" %B)", 10},
     {"combined (Apache), default of nginx",
      R"(%h %l %u %t "%r" %>s %b "%{Referer}i" "%{User-Agent}i")", 9},
     {"common (Apache)", R"(%h %l %u %t "%r" %>s %b)", 7},

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <string_view>
+#include <utility>
 
 namespace {
 
@@ -33,17 +35,24 @@ Finding left_out(const LogSample& sample, const LayoutScore& score, const char* 
             "If it is an access log, make a scenario of its own for it, with --log-format."};
 }
 
-// Logs in which no layout finds requests, such as error logs in the same folder.
+// Logs in which no layout finds requests, such as error logs in the same folder; none when that is
+// said of all.
 void leave_out_other_files(std::vector<LogSample>& samples, LayoutChoice& choice) {
-    std::erase_if(samples, [&](const LogSample& sample) {
+    std::vector<LogSample> kept;
+    Findings findings;
+    for (const LogSample& sample : samples) {
         const std::vector<LayoutScore> scores = score_known_layouts({sample});
         if (scores.front().share() >= least_share) {
-            return false;
+            kept.push_back(sample);
+        } else {
+            findings.push_back(left_out(sample, scores.front(), "no-access-log",
+                                        "No known layout finds requests in this file."));
         }
-        choice.findings.push_back(left_out(sample, scores.front(), "no-access-log",
-                                           "No known layout finds requests in this file."));
-        return true;
-    });
+    }
+    if (!kept.empty()) {
+        samples = std::move(kept);
+        append(choice.findings, findings);
+    }
 }
 
 void leave_out_other_layouts(std::vector<LogSample>& samples, const KnownLayout& known,
@@ -75,11 +84,36 @@ void take(std::vector<LogSample>& samples, const KnownLayout& known, LayoutChoic
     }
 }
 
-void fail_to_choose(LayoutChoice& choice, const char* id, const std::string& meaning) {
-    const LayoutScore* best = choice.scores.empty() ? nullptr : &choice.scores.front();
+// Whether a time such as 2026-03-10T05:09:58 stands in the line.
+bool has_iso_time(std::string_view line) {
+    constexpr std::string_view form = "dddd-dd-ddTdd:dd";
+    const auto matches = [&](size_t at) {
+        return std::ranges::equal(line.substr(at, form.size()), form, [](char c, char expected) {
+            return expected == 'd' ? c >= '0' && c <= '9' : c == expected;
+        });
+    };
+    for (size_t at = line.find('T'); at != std::string_view::npos; at = line.find('T', at + 1)) {
+        if (at >= form.find('T') && matches(at - form.find('T'))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// What is known to be wrong with such a line; else `otherwise`.
+std::string meaning_of(std::string_view line, const std::string& otherwise) {
+    if (line.starts_with('{')) {
+        return "The log is JSON, which the tool cannot read.";
+    }
+    return has_iso_time(line) ? "The times have a form that the tool cannot read; it reads those "
+                                "that servers write by themselves, 10/Mar/2026:05:09:58 +0000."
+                              : otherwise;
+}
+
+void fail_to_choose(LayoutChoice& choice, const char* id, const std::string& otherwise) {
+    const std::string line = choice.scores.empty() ? "" : choice.scores.front().refused_line;
     choice.findings.push_back(
-        {id, Severity::error, "", 0,
-         best == nullptr ? "" : best->refused_line.substr(0, shown_value), meaning,
+        {id, Severity::error, "", 0, line.substr(0, shown_value), meaning_of(line, otherwise),
          "Give the server's format: --log-format and the string of LogFormat (Apache) or "
          "log_format (nginx). Logs of different layouts need a scenario each."});
 }
@@ -106,9 +140,8 @@ void choose_given(std::vector<LogSample>& samples, const std::string& log_format
 }
 
 void choose_known(std::vector<LogSample>& samples, LayoutChoice& choice) {
-    std::vector<LogSample> all = samples;
     leave_out_other_files(samples, choice);
-    choice.scores = score_known_layouts(samples.empty() ? all : samples);
+    choice.scores = score_known_layouts(samples);
     if (!is_clear(choice.scores)) {
         fail_to_choose(choice, "no-clear-layout", "No known layout fits most of the lines.");
         return;

@@ -48,6 +48,11 @@ size_t told_fields(const LogLayout& layout) {
            static_cast<size_t>(std::ranges::count(layout.positions, short{0}));
 }
 
+size_t cut_lines(const LayoutScore& score) {
+    const auto found = score.rejected.find(LineKind::too_few_fields);
+    return found == score.rejected.end() ? 0 : found->second;
+}
+
 // Shares that differ by less count as equal.
 long rank_of(const LayoutScore& score) {
     return std::lround(score.share() * 100);
@@ -56,6 +61,9 @@ long rank_of(const LayoutScore& score) {
 bool is_better(const LayoutScore& a, const LayoutScore& b, int usual_fields) {
     if (rank_of(a) != rank_of(b)) {
         return rank_of(a) > rank_of(b);
+    }
+    if (rank_of(a) == 0) { // the layout whose fields are there at least says more of what is wrong
+        return cut_lines(a) < cut_lines(b);
     }
     if (!a.layout.reads_like(b.layout)) {
         return told_fields(a.layout) > told_fields(b.layout);

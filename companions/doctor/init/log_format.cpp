@@ -285,6 +285,7 @@ struct Missing {
     bool is_missing;
     Severity severity;
     const char* id;
+    const char* fields;
     const char* meaning;
     const char* cure;
 };
@@ -303,38 +304,36 @@ Findings missing_fields(const LogLayout& layout) {
     const bool has_request =
         layout.is_apache() ? layout.has(AL_REQUEST_LINE) : layout.has(AL_METHOD) && has_url;
     const Missing rows[] = {
-        {!has_time, Severity::error, "no-time",
+        {!has_time, Severity::error, "no-time", "DATE_AND_TIME",
          "No field holds a date and time that the tool reads.",
          "Log the server's usual time: %t with Apache, [$time_local] with nginx, date and time "
          "with "
          "others."},
-        {!has_request, Severity::error, "no-request",
+        {!has_request, Severity::error, "no-request", "REQUEST_LINE",
          "No field holds the request as the tool reads it.",
          "Log the request line in quotes: \"%r\" with Apache, \"$request\" with nginx; with others "
          "cs-method, cs-uri-stem and cs-uri-query."},
-        {!layout.has(AL_STATUS_CODE), Severity::error, "no-status", "No field holds the status.",
+        {!layout.has(AL_STATUS_CODE), Severity::error, "no-status", "STATUS_CODE",
+         "No field holds the status.",
          "Log it: %>s with Apache, $status with nginx, sc-status with others."},
         {!layout.has(AL_REQUEST_COOKIE) && !layout.has(AL_CLIENT_IP), Severity::error, "no-session",
+         "REQUEST_COOKIE, CLIENT_IP",
          "No field holds cookies or the client address, so no request has a session.",
          "Log the Cookie header in quotes, or the client address."},
         {!layout.has(AL_REQUEST_COOKIE) && layout.has(AL_CLIENT_IP), Severity::note,
-         "no-cookie-field", "No field holds cookies, so the tool cannot know a session by them.",
+         "no-cookie-field", "REQUEST_COOKIE",
+         "No field holds cookies, so the tool cannot know a session by them.",
          "To tell users behind one address apart, log the header: \"%{Cookie}i\" with Apache, "
          "\"$http_cookie\" with nginx, cs(Cookie) with others."},
-        {!layout.has(AL_HOST_HEADER), Severity::note, "no-host-field",
+        {!layout.has(AL_HOST_HEADER), Severity::note, "no-host-field", "HOST_HEADER",
          "No field holds the host, so the host of every URL is NA.",
          "Where one log holds several sites, log it: \"%{Host}i\" with Apache, \"$http_host\" with "
          "nginx, cs-host with others."},
-        {!layout.has(AL_LOCATION), Severity::note, "no-location-field",
-         "No field holds the Location header, so requests that follow a redirect count like "
-         "others.",
-         "To leave them out, log it: \"%{Location}o\" with Apache, \"$sent_http_location\" with "
-         "nginx."},
     };
     Findings findings;
     for (const Missing& row : rows) {
         if (row.is_missing) {
-            findings.push_back({row.id, row.severity, "", 0, "", row.meaning, row.cure});
+            findings.push_back({row.id, row.severity, "", 0, row.fields, row.meaning, row.cure});
         }
     }
     return findings;

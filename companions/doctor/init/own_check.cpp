@@ -23,6 +23,7 @@ std::vector<std::string> words_of(const RunOptions& options) {
 // In the new process; ZV_WDIR is that of this one.
 [[noreturn]] void become(std::vector<std::string> words, int output) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }

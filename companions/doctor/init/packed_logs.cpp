@@ -167,8 +167,7 @@ void Unpacker::unpack_entry(const Source& source, const PackedEntry& entry) {
     Source inner = source;
     inner.name = is_single ? source.name : entry.path;
     if (!is_single) {
-        const std::string archive =
-            has_many_files_ ? folder_label(flat_name(source.name, "", true)) : "";
+        const std::string archive = has_many_files_ ? archive_label(source.name) : "";
         inner.label = join_labels(join_labels(source.label, archive),
                                   folder_label(folder_in_archive(entry.path)));
     }

@@ -21,7 +21,7 @@ std::string name_text(std::string_view text) {
 }
 
 std::string_view without_ending(std::string_view name) {
-    constexpr std::array endings = {".gz", ".bz2", ".xz", ".lzma", ".zst", ".lz4", ".Z"};
+    constexpr std::array endings = {".gz", ".bz2", ".xz", ".lzma", ".zst", ".lz4", ".lz", ".Z"};
     for (const std::string_view ending : endings) {
         if (name.size() > ending.size() && name.ends_with(ending)) {
             return name.substr(0, name.size() - ending.size());
@@ -43,6 +43,17 @@ std::string folder_label(std::string_view folder) {
     }
     std::ranges::replace(label, '_', '-');
     return label.substr(0, max_name_length / 2);
+}
+
+std::string archive_label(std::string_view path) {
+    std::string_view name = without_ending(path.substr(path.find_last_of('/') + 1));
+    for (const std::string_view ending : {".tar", ".tgz", ".tbz2", ".txz", ".zip", ".7z"}) {
+        if (name.ends_with(ending)) {
+            name.remove_suffix(ending.size());
+            break;
+        }
+    }
+    return folder_label(name);
 }
 
 std::string join_labels(std::string_view a, std::string_view b) {
@@ -69,5 +80,9 @@ std::string flat_name(std::string_view path, std::string_view label, bool is_pac
     if (name.empty() || name.front() == '.') {
         name.insert(0, "log");
     }
-    return label.empty() ? name : std::string(label) + "_" + name;
+    if (label.empty()) {
+        return name;
+    }
+    const bool has_prefix = name.find('_') != std::string::npos;
+    return std::string(label) + (has_prefix ? "-" : "_") + name;
 }

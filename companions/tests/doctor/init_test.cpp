@@ -167,7 +167,7 @@ TEST_F(Init, TheServersOwnFormatIsTaken) {
     files_.write("logs/access.log", log);
     const InitRun unknown = init({"logs"});
     EXPECT_EQ(unknown.status, 2);
-    EXPECT_TRUE(unknown.has_finding("no-access-log"));
+    EXPECT_TRUE(unknown.has_finding("no-clear-layout"));
     EXPECT_EQ(unknown.output["written"].size(), 0U);
     EXPECT_GE(unknown.output["scores"].size(), 3U);
 
@@ -327,4 +327,19 @@ TEST_F(Init, WrongUseEndsWithAStatusOfItsOwn) {
     EXPECT_EQ(init({"no/such.log"}).status, 3);
     EXPECT_EQ(init({"logs", "--unpack-limit", "much"}).status, 3);
     EXPECT_FALSE(files_.exists("new"));
+}
+
+TEST_F(Init, WhatNoLayoutReadsIsExplained) {
+    const std::pair<const char*, const char*> rows[] = {
+        {R"({"time":"2026-03-10T05:09:58Z","request":"GET / HTTP/1.1"})", "JSON"},
+        {R"(10.0.0.1 - - [2026-03-10T05:09:58+00:00] "GET / HTTP/1.1" 200 5)", "times"},
+        {"nothing of this kind", "No known layout"},
+    };
+    for (const auto& [line, meaning] : rows) {
+        files_.write("logs/a.log", std::string(line) + "\n");
+        const InitRun run = init({"logs"});
+        EXPECT_EQ(run.status, 2);
+        const std::string said = run.output["findings"][0]["meaning"];
+        EXPECT_NE(said.find(meaning), std::string::npos) << said;
+    }
 }

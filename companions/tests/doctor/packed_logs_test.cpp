@@ -71,9 +71,9 @@ TEST_F(PackedLogs, KeepTheirInstances) {
     directory_.write("in/web1/access_2.log", "b\n");
     directory_.write("in/web2/access_1.log.gz", compressed("c\n", "gzip"));
     unpack();
-    EXPECT_EQ(files(), (Files{{"out/web1_access_1.log", "a\n"},
-                              {"out/web1_access_2.log", "b\n"},
-                              {"out/web2_access_1.log", "c\n"}}));
+    EXPECT_EQ(files(), (Files{{"out/web1-access_1.log", "a\n"},
+                              {"out/web1-access_2.log", "b\n"},
+                              {"out/web2-access_1.log", "c\n"}}));
 }
 
 TEST_F(PackedLogs, OfAnArchiveStayInTheFolder) {
@@ -150,4 +150,12 @@ TEST(UnpackedNames, TellFoldersApart) {
     EXPECT_EQ(folder_label(distinct_part("/logs", nested)), "");
     EXPECT_EQ(folder_label(distinct_part("/logs/web1", nested)), "web1");
     EXPECT_EQ(folder_label("../var_1/./log/"), "var-1-log");
+}
+
+TEST(UnpackedNames, KeepWhatTellsInstancesApart) {
+    EXPECT_EQ(flat_name("/logs/access.log.1.gz", "", true), "access.log.1");
+    EXPECT_EQ(flat_name("access.log", "web1", false), "web1_access.log");
+    EXPECT_EQ(flat_name("ssl_access.log", "web1", false), "web1-ssl_access.log");
+    EXPECT_EQ(archive_label("/logs/web_1.tar.gz"), "web-1");
+    EXPECT_EQ(archive_label("logs.tgz"), "logs");
 }
