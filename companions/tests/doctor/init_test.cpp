@@ -343,3 +343,28 @@ TEST_F(Init, WhatNoLayoutReadsIsExplained) {
         EXPECT_NE(said.find(meaning), std::string::npos) << said;
     }
 }
+
+TEST_F(Init, APathThatAScenarioCannotNameIsCopied) {
+    files_.write("my logs/access 1.log", combined_log(40));
+    const InitRun refused = init({"my logs"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_TRUE(refused.has_finding("path-with-blank"));
+
+    const InitRun run = init({"my logs", "--unpack-to", "copies/", "--unpack-limit", "1M"});
+    EXPECT_EQ(run.status, 0) << run.output;
+    EXPECT_EQ(run.output["logs"], nlohmann::json::array({files_.path("copies/access-1.log")}));
+    EXPECT_EQ(run_tool(), counts_by_awk("copies/access-1.log", apache_awk));
+
+    EXPECT_EQ(init({"my logs", "--force", "--unpack-to", "copies", "--unpack-limit", "1K"}).status,
+              3);
+}
+
+TEST_F(Init, AProfileOfAnotherNameIsWrittenWhereARunLooksForIt) {
+    files_.write("logs/access.log", combined_log(40));
+    EXPECT_EQ(init({"logs", "--replay_profile", "shared"}).status, 0);
+    EXPECT_TRUE(files_.exists(
+        "new/installation/replay_profiles/default/default/shared/replay_settings.dat"));
+    const RunResult run =
+        files_.run_words({"-s", "new", "-r", "shared"}, {{"ZV_WDIR", work_dir()}});
+    EXPECT_EQ(run.counter("Total"), 40);
+}
