@@ -56,6 +56,11 @@ class LineReader {
     bool is_terminated() const { return is_terminated_; }
     bool is_last_rest() const { return !is_terminated_ && at_end_ && next_ == end_; }
 
+    // Where in the file the line given last begins; with a range only.
+    uint64_t offset_of(const LineText& line) const {
+        return end_offset_ - static_cast<uint64_t>(end_ - line.text);
+    }
+
     // Fails when reading has stopped before the end of the file.
     void require_whole(const char* file_name) const;
 

@@ -1,3 +1,4 @@
+#include "tools/parse/log_loader.h"
 #include "base/logs.h"
 #include "tests/properties/properties.h"
 #include "tools/config/field_layout.h"
@@ -110,14 +111,23 @@ std::string describe(LineKind kind, SessionNote session) {
            std::to_string(static_cast<int>(session)) + " ";
 }
 
+// Takes the offset of the next line of a log, which starts at 0.
+size_t next_line(const std::string& bytes, size_t& offset) {
+    const size_t line_feed = std::min(bytes.find('\n', offset), bytes.size() - 1);
+    return std::exchange(offset, std::min(line_feed + 1, offset + log_line_size - 1));
+}
+
 // A row for each log: what became of its lines.
-Rows describe_notes(const std::vector<NotedPiece>& pieces) {
+Rows describe_notes(const std::vector<NotedPiece>& pieces, const std::vector<Log>& logs) {
     Rows rows(static_cast<size_t>(num_al_files));
+    std::vector<size_t> offsets(rows.size());
     uint64_t accepted = 0;
     for (const auto& [piece, lines, has_line_pieces] : pieces) {
-        for (const auto& [kind, session] : lines) {
-            rows[static_cast<size_t>(piece.file)] += describe(kind, session);
+        const auto log = static_cast<size_t>(piece.file);
+        for (const auto& [kind, session, offset] : lines) {
+            rows[log] += describe(kind, session);
             accepted += kind == LineKind::accepted;
+            EXPECT_EQ(piece.range.begin + offset, next_line(logs[log].bytes, offsets[log]));
         }
     }
     EXPECT_EQ(accepted, g_valid_request);
@@ -145,7 +155,7 @@ Rows load(const std::vector<Log>& logs) {
         std::fclose(file);
     }
     noted_pieces = nullptr;
-    Rows rows = describe_notes(notes);
+    Rows rows = describe_notes(notes, logs);
     const Rows loaded = describe_loaded();
     rows.insert(rows.end(), loaded.begin(), loaded.end());
     return rows;

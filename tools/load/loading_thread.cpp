@@ -14,7 +14,8 @@ constexpr const char* fname = "process_url_files_t";
 
 void refuse_last_line(std::vector<LineNote>& notes) {
     if (!notes.empty()) {
-        notes.back() = {LineKind::beyond_waiting_limit, SessionNote::known};
+        notes.back().kind = LineKind::beyond_waiting_limit;
+        notes.back().session = SessionNote::known;
     }
 }
 

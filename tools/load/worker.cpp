@@ -45,7 +45,8 @@ void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescrip
                           .lines_before = lines_before,
                           .max_lines = max_lines,
                           .ends_with_rest = input.num_req != 0,
-                          .takes_notes = noted_pieces != nullptr};
+                          .takes_notes = noted_pieces != nullptr,
+                          .begin = piece.range.begin};
     load_url_info(parsing, lines, part, batch, after_line);
 }
 

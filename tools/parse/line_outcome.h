@@ -40,6 +40,7 @@ struct LineOutcome {
 struct LineNote {
     LineKind kind;
     SessionNote session; // of an accepted request; else `known`
+    uint32_t offset;     // bytes from LogPart::begin to the line; UINT32_MAX: that many or more
 };
 
 struct ObservedLogLine {

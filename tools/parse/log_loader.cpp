@@ -176,13 +176,26 @@ SessionNote note_session(const alInfo& request, const RequestBatch& batch) {
     return is_there ? SessionNote::session_cookie_empty : SessionNote::no_session_cookie;
 }
 
+// The line read last of a part of a log.
+struct CurrentLine {
+    const LogPart& part;
+    const LineReader& lines;
+    LineText text;
+};
+
+uint32_t offset_in_part(const CurrentLine& line) {
+    const uint64_t offset = line.lines.offset_of(line.text) - line.part.begin;
+    return static_cast<uint32_t>(std::min(offset, uint64_t{UINT32_MAX}));
+}
+
 // Kept out of the loop over lines: in a run of the tool, nobody asks.
-[[gnu::noinline, gnu::cold]] void tell(const LogPart& part, RequestBatch& batch,
-                                       LineOutcome outcome, const alInfo* request) {
+[[gnu::noinline, gnu::cold]] void tell(const CurrentLine& line, RequestBatch& batch,
+                                       const LineOutcome& outcome, const alInfo* request) {
+    const LogPart& part = line.part;
     const SessionNote session =
         request == nullptr ? SessionNote::known : note_session(*request, batch);
     if (part.takes_notes) {
-        batch.notes.push_back({outcome.kind, session});
+        batch.notes.push_back({outcome.kind, session, offset_in_part(line)});
     }
     if (log_line_observer != nullptr) {
         log_line_observer(
@@ -190,14 +203,8 @@ SessionNote note_session(const alInfo& request, const RequestBatch& batch) {
     }
 }
 
-void observe(const LogPart& part, RequestBatch& batch, LineOutcome outcome, const alInfo* request) {
-    if (log_line_observer != nullptr || part.takes_notes) {
-        tell(part, batch, outcome, request);
-    }
-}
-
-void observe_no_request(const LogPart& part, RequestBatch& batch, LineText line) {
-    observe(part, batch, {line.size == 0 ? LineKind::empty : LineKind::comment, 0}, nullptr);
+LineKind kind_of_no_request(LineText line) {
+    return line.size == 0 ? LineKind::empty : LineKind::comment;
 }
 
 void remove_carriage_return(LineText& line) {
@@ -212,6 +219,7 @@ void load_url_info(ParsingThread& thread, LineReader& lines, const LogPart& part
                    RequestBatch& batch, const AfterLine& after_line) {
     LineParser* const parse_line = parser_of_log_type();
     const CookieNames names(cookie_name, secondary_cookie);
+    const bool is_told = log_line_observer != nullptr || part.takes_notes;
     LineText line;
     thread.counters = {};
     thread.quotes = &lines.marks();
@@ -225,7 +233,9 @@ void load_url_info(ParsingThread& thread, LineReader& lines, const LogPart& part
         ++batch.line_count;
         remove_carriage_return(line);
         if (!is_request(line)) {
-            observe_no_request(part, batch, line);
+            if (is_told) {
+                tell({part, lines, line}, batch, {kind_of_no_request(line)}, nullptr);
+            }
             continue;
         }
         ++thread.counters.total_req;
@@ -235,7 +245,10 @@ void load_url_info(ParsingThread& thread, LineReader& lines, const LogPart& part
         if (is_accepted) {
             add_request(thread, names, batch);
         }
-        observe(part, batch, thread.outcome, is_accepted ? &thread.request : nullptr);
+        if (is_told) {
+            tell({part, lines, line}, batch, thread.outcome,
+                 is_accepted ? &thread.request : nullptr);
+        }
         if (after_line && !after_line()) {
             break;
         }
