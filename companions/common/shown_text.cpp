@@ -2,6 +2,7 @@
 
 #include "companions/common/utf8.h"
 
+#include <algorithm>
 #include <fmt/core.h>
 
 namespace {
@@ -43,9 +44,22 @@ template <typename Use> void for_each_character(std::string_view text, const Use
     }
 }
 
+constexpr std::string_view mark = "..."; // of a text that is cut
+
+// Whether all of the text is printable ASCII, as nearly all texts are.
+bool is_plain(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char byte) { return byte >= 0x20 && byte <= 0x7e; });
+}
+
+// Marks a plain text as cut, without making it longer.
+std::string cut_plain(std::string_view text) {
+    const size_t kept = text.size() - std::min(text.size(), mark.size());
+    return std::string(text.substr(0, kept)).append(mark.substr(0, text.size()));
+}
+
 // Cuts a text of shown characters after `width` of them.
 std::string cut_to(std::string_view shown, size_t width) {
-    constexpr std::string_view mark = "...";
     if (shown.size() <= width || width_of(shown) <= width) {
         return std::string(shown);
     }
@@ -63,6 +77,10 @@ std::string cut_to(std::string_view shown, size_t width) {
 } // namespace
 
 std::string shown_text(std::string_view text, size_t width) {
+    const std::string_view start = text.substr(0, width);
+    if (is_plain(start)) {
+        return start.size() == text.size() ? std::string(text) : cut_plain(start);
+    }
     // What is cut off anyway need not be looked at: no character has more than four bytes.
     if (width < text.size() / 4) {
         text = text.substr(0, 4 * (width + 1));
