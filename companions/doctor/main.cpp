@@ -2,6 +2,7 @@
 #include "companions/doctor/check_command.h"
 #include "companions/doctor/init/init_command.h"
 #include "companions/doctor/patterns_command.h"
+#include "companions/doctor/rejected/rejected_command.h"
 
 int main(int argc, char* argv[]) {
     occupy_standard_streams();
@@ -13,6 +14,7 @@ int main(int argc, char* argv[]) {
     // One line for each command, in the order in which --help lists them.
     add_init_command(program, exit_status);
     add_check_command(program, exit_status);
+    add_rejected_command(program, exit_status);
     add_patterns_command(program, exit_status);
     return run_command_line(program, argc, argv, exit_status);
 }

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "companions/common/progress_bar.h"
+
+// Shows how much of the logs of the scenario has been loaded, while it lives. One at a time.
+class LoadProgress {
+  public:
+    LoadProgress();
+    ~LoadProgress();
+    LoadProgress(const LoadProgress&) = delete;
+    LoadProgress& operator=(const LoadProgress&) = delete;
+};

@@ -1,0 +1,72 @@
+#include "companions/doctor/rejected/rejected_lines.h"
+
+#include "base/failure.h"
+#include "base/parallel_tasks.h"
+#include "companions/common/progress_bar.h"
+#include "companions/doctor/rejected/log_texts.h"
+#include "tools/config/log_files.h"
+#include "tools/load/load_phase.h"
+
+#include <algorithm>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+// A piece, and how many of its rejected lines are to be written.
+struct PieceToWrite {
+    const ExplainedPiece* piece;
+    uint64_t line_count;
+};
+
+std::vector<PieceToWrite> choose_pieces(const ExplainedLogs& logs, uint64_t limit) {
+    std::vector<PieceToWrite> chosen;
+    for (const ExplainedPiece& piece : logs.pieces) {
+        const uint64_t count = std::min(limit, uint64_t{piece.rejected.size()});
+        if (count != 0) {
+            chosen.push_back({&piece, count});
+            limit -= count;
+        }
+    }
+    return chosen;
+}
+
+std::string write_piece(const PieceToWrite& to_write, size_t text_size,
+                        const RejectedLineForm& form) {
+    const ExplainedPiece& piece = *to_write.piece;
+    const char* const log = seq_file_path[piece.piece.file].input_file;
+    LogTexts texts(piece.piece, text_size);
+    std::string output;
+    for (size_t i = 0; i < to_write.line_count; ++i) {
+        const RejectedPlace& place = piece.rejected[i];
+        form(output, {log, piece.lines_before + place.line + 1, place.why, texts.at(place.offset)});
+    }
+    return output;
+}
+
+} // namespace
+
+void write_output(FILE* stream, std::string_view text) {
+    if (fwrite(text.data(), 1, text.size(), stream) != text.size() || fflush(stream) != 0) {
+        fail("The output cannot be written");
+    }
+}
+
+void write_rejected_lines(FILE* stream, const ExplainedLogs& logs, const ChosenLines& chosen,
+                          const RejectedLineForm& form) {
+    const size_t text_size = chosen.text_size;
+    const std::vector<PieceToWrite> pieces = choose_pieces(logs, chosen.limit);
+    const auto pieces_a_time = static_cast<size_t>(4 * std::max(run_thread_count, 1));
+    ProgressBar bar("Writing rejected lines", pieces.size());
+    for (size_t begin = 0; begin < pieces.size(); begin += pieces_a_time) {
+        std::vector<std::string> outputs(std::min(pieces_a_time, pieces.size() - begin));
+        run_tasks(run_thread_count, outputs.size(),
+                  [&](size_t i) { outputs[i] = write_piece(pieces[begin + i], text_size, form); });
+        for (const std::string& output : outputs) {
+            write_output(stream, output);
+        }
+        if (isatty(fileno(stream)) == 0) {
+            bar.update(begin + outputs.size());
+        }
+    }
+}
