@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "base/file_exists.h"
 #include "companions/common/installation.h"
+#include "companions/doctor/check_logs.h"
 #include "companions/doctor/check_patterns.h"
 #include "companions/doctor/check_scenario.h"
 #include "companions/doctor/check_settings.h"
@@ -14,6 +15,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <sys/stat.h>
 
@@ -127,10 +129,12 @@ Findings check_scenario_inputs(const RunOptions& options) {
         return findings;
     }
     check_zone(findings);
+    std::map<std::string, int> lines; // of the settings, by keyword
     if (file_exists(replay_profile_dir)) {
-        check_settings(findings);
+        lines = check_settings(findings);
         check_patterns(findings);
     }
     check_scenario(findings);
+    check_logs(findings, lines["COOKIE_NAME"]);
     return findings;
 }

@@ -123,6 +123,15 @@ class SettingLines {
         }
     }
 
+    // Of the lines that set each keyword last.
+    std::map<std::string, int> numbers() const {
+        std::map<std::string, int> numbers;
+        for (const auto& [keyword, line] : lines_of_keyword_) {
+            numbers[keyword] = line.number;
+        }
+        return numbers;
+    }
+
   private:
     struct EarlierLine {
         int number;
@@ -179,7 +188,7 @@ class SettingLines {
     std::map<std::string, EarlierLine> lines_of_keyword_;
 };
 
-void read_settings(FileFindings& findings, LayoutLines& layout) {
+std::map<std::string, int> read_settings(FileFindings& findings, LayoutLines& layout) {
     SettingLines lines(findings, layout);
     const std::string failure =
         read_observed([&] { read_replay_prof_setting(findings.file().c_str()); },
@@ -194,25 +203,27 @@ void read_settings(FileFindings& findings, LayoutLines& layout) {
                      "The number of threads is negative: a run fails.",
                      "Write NUM_THREAD 0, which goes by the processors.");
     }
+    return lines.numbers();
 }
 
 } // namespace
 
-void check_settings(Findings& findings) {
+std::map<std::string, int> check_settings(Findings& findings) {
     FileFindings own(findings, replay_profile_file_path(settings_name));
     if (!file_exists(own.file().c_str())) {
         own.add(Severity::error, "settings-missing", 0, "",
                 "The replay profile has no settings file: a run fails.",
                 "Put one there, or name another profile with --replay_profile.");
-        return;
+        return {};
     }
     const InputForm form = check_input_file(own);
     if (!form.is_readable || form.is_utf16) {
-        return;
+        return {};
     }
     LayoutLines layout;
-    read_settings(own, layout);
+    const std::map<std::string, int> lines = read_settings(own, layout);
     check_layout(own, layout);
+    return lines;
 }
 
 std::vector<std::string> explained_keywords() {

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "tools/parse/log_loader.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
-
-// Of the buffer whose limit lines of logs are held to, bytes.
-constexpr size_t log_line_size = 102400;
 
 // Lines of a log from its beginning, its middle and its end.
 struct LogSample {
