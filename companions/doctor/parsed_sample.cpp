@@ -105,17 +105,18 @@ void parse_part(ParsingThread& thread, const LogPiece& piece, ParsedSample& samp
     const LogPart part = {.file_name = log.input_file,
                           .lines_before = 0,
                           .max_lines = INT64_MAX,
-                          .ends_with_rest = log.num_req != 0,
+                          .ends_with_rest = log.num_req != 0 && piece.ends_file,
                           .takes_notes = true,
                           .begin = piece.range.begin};
     load_url_info(thread, lines, part, batch, {});
     keep_examples(piece, batch.notes, sample);
 }
 
+// A log may hold no line feed for gigabytes: not much is read behind the part.
 LogPiece piece_of(int file, uint64_t begin, uint64_t end, uint64_t size) {
     return {.thread = 0,
             .file = file,
-            .range = {begin, end, size},
+            .range = {begin, end, std::min(size, end + log_line_size)},
             .is_stream = false,
             .begins_file = begin == 0,
             .ends_file = end == size,

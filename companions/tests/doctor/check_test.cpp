@@ -43,7 +43,9 @@ TEST(Check, ChangesNothing) {
 
 TEST(Check, ShowsEachBoundInTheReplayZoneAndInUtc) {
     const TestInstallation installation;
-    installation.write_logs({combined_line()});
+    std::string line = combined_line();
+    line.replace(line.find("10/Oct/2000"), 11, "10/Mar/2026"); // within the period
+    installation.write_logs({line});
     installation.write("sys/replay_settings.default", "GMT_OFFSET +0530\n");
     installation.write_scenario(installation.read(scenario_directory + "/web.conf") +
                                 "REPLAY_PERIOD START 3/10/2026 10:00:00\n"
