@@ -48,8 +48,11 @@ constexpr std::string_view mark = "..."; // of a text that is cut
 
 // Whether all of the text is printable ASCII, as nearly all texts are.
 bool is_plain(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char byte) { return byte >= 0x20 && byte <= 0x7e; });
+    bool is_other = false;
+    for (const char byte : text) { // to the end, so that the compiler takes many at a time
+        is_other |= byte < 0x20 || byte > 0x7e;
+    }
+    return !is_other;
 }
 
 // Marks a plain text as cut, without making it longer.

@@ -4,7 +4,6 @@
 #include "base/parallel_tasks.h"
 #include "companions/common/progress_bar.h"
 #include "companions/doctor/rejected/log_texts.h"
-#include "tools/config/log_files.h"
 #include "tools/load/load_phase.h"
 
 #include <algorithm>
@@ -34,12 +33,12 @@ std::vector<PieceToWrite> choose_pieces(const ExplainedLogs& logs, uint64_t limi
 std::string write_piece(const PieceToWrite& to_write, size_t text_size,
                         const RejectedLineForm& form) {
     const ExplainedPiece& piece = *to_write.piece;
-    const char* const log = seq_file_path[piece.piece.file].input_file;
     LogTexts texts(piece.piece, text_size);
     std::string output;
     for (size_t i = 0; i < to_write.line_count; ++i) {
         const RejectedPlace& place = piece.rejected[i];
-        form(output, {log, piece.lines_before + place.line + 1, place.why, texts.at(place.offset)});
+        form(output, {piece.piece.file, piece.lines_before + place.line + 1, place.why,
+                      texts.at(place.offset)});
     }
     return output;
 }

@@ -12,7 +12,7 @@
 // The lines that do not count, with their texts, in the order of logs and lines.
 
 struct RejectedLine {
-    const char* log;  // path as the scenario gives it
+    int file;         // index into seq_file_path
     int64_t line_num; // in the log, from 1
     Rejection why;
     LogText text;

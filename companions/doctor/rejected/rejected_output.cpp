@@ -12,8 +12,10 @@
 #include <array>
 #include <cstring>
 #include <fmt/format.h>
-#include <iterator>
 #include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace {
 
@@ -59,6 +61,17 @@ ChosenLines chosen_lines(uint64_t limit, size_t text_width) {
     return {limit, (std::min(text_width, most) + 1) * bytes_a_character};
 }
 
+using Names = std::vector<std::string>;
+
+// Of the logs by index, made fit to be shown and then formed by `form`.
+template <typename Form> Names names_of_logs(const Form& form) {
+    Names names;
+    for (int i = 0; i < num_al_files; ++i) {
+        names.push_back(form(shown_text(seq_file_path[i].input_file)));
+    }
+    return names;
+}
+
 std::string text_of_line(const RejectedLine& line, size_t width) {
     return line.text.missing != nullptr ? line.text.missing : shown_text(line.text.text, width);
 }
@@ -94,19 +107,38 @@ size_t table_text_width(FILE* stream, const ColumnWidths& widths, size_t asked) 
                : std::min(asked, std::max(least, terminal - std::min(terminal, others)));
 }
 
+std::string padded(std::string text, size_t width) {
+    text.append(width - std::min(width, width_of(text)), ' ');
+    return text;
+}
+
+// By Rejection.
+std::vector<std::string> padded_reasons(size_t width) {
+    std::vector<std::string> reasons;
+    for (size_t why = 0; why < rejection_count; ++why) {
+        reasons.push_back(padded(text_of(static_cast<Rejection>(why)).name, width));
+    }
+    return reasons;
+}
+
 void write_line_table(FILE* stream, const ExplainedLogs& logs, const RejectedOutput& output) {
+    constexpr const char* gap = "  ";
     const ColumnWidths widths = find_widths(logs);
     const size_t text_width = table_text_width(stream, widths, output.text_width);
-    const std::string headings = fmt::format("{:<{}}  {:>{}}  {:<{}}  {}", "File", widths.log,
-                                             "Line", widths.line, "Reason", widths.reason, "Text");
+    const Names names = names_of_logs([&](std::string name) { return padded(name, widths.log); });
+    const std::vector<std::string> reasons = padded_reasons(widths.reason);
+    const std::string headings = padded("File", widths.log) + gap +
+                                 std::string(widths.line - std::strlen("Line"), ' ') + "Line" +
+                                 gap + padded("Reason", widths.reason) + gap + "Text";
     write_output(stream, Style(stream).heading(headings) + "\n");
-    write_rejected_lines(
-        stream, logs, chosen_lines(output.limit, output.text_width),
-        [&](std::string& text, const RejectedLine& line) {
-            fmt::format_to(std::back_inserter(text), "{:<{}}  {:>{}}  {:<{}}  {}\n",
-                           shown_text(line.log), widths.log, line.line_num, widths.line,
-                           text_of(line.why).name, widths.reason, text_of_line(line, text_width));
-        });
+    const auto add_line = [&](std::string& text, const RejectedLine& line) {
+        const fmt::format_int number(line.line_num);
+        text.append(names[static_cast<size_t>(line.file)]).append(gap);
+        text.append(widths.line - number.size(), ' ').append(number.data(), number.size());
+        text.append(gap).append(reasons[static_cast<size_t>(line.why)]).append(gap);
+        text.append(text_of_line(line, text_width)).append(1, '\n');
+    };
+    write_rejected_lines(stream, logs, chosen_lines(output.limit, text_width), add_line);
 }
 
 void write_count_table(FILE* stream, const ExplainedLogs& logs) {
@@ -144,13 +176,14 @@ void write_for_people(FILE* stream, const ExplainedLogs& logs, const RejectedOut
 
 void write_tsv(FILE* stream, const ExplainedLogs& logs, const RejectedOutput& output) {
     write_output(stream, "file\tline\treason\ttext\n");
-    write_rejected_lines(stream, logs, chosen_lines(output.limit, output.text_width),
-                         [&](std::string& text, const RejectedLine& line) {
-                             fmt::format_to(std::back_inserter(text), "{}\t{}\t{}\t{}\n",
-                                            shown_text(line.log), line.line_num,
-                                            text_of(line.why).name,
-                                            text_of_line(line, output.text_width));
-                         });
+    const Names names = names_of_logs([](std::string name) { return name + '\t'; });
+    const auto add_line = [&](std::string& text, const RejectedLine& line) {
+        const fmt::format_int number(line.line_num);
+        text.append(names[static_cast<size_t>(line.file)]).append(number.data(), number.size());
+        text.append(1, '\t').append(text_of(line.why).name).append(1, '\t');
+        text.append(text_of_line(line, output.text_width)).append(1, '\n');
+    };
+    write_rejected_lines(stream, logs, chosen_lines(output.limit, output.text_width), add_line);
     std::string text;
     for_each_count(logs, [&](const char* log, const RejectionText& why, uint64_t count) {
         text +=
@@ -163,30 +196,39 @@ void write_tsv(FILE* stream, const ExplainedLogs& logs, const RejectedOutput& ou
     write_output(stream, text);
 }
 
-// A JSON string. The text is one that shown_text has made fit, without control characters.
-std::string quoted(std::string_view shown) {
-    std::string text;
-    text.reserve(shown.size() + 16);
-    text += '"';
+// Adds a JSON string. The text is one that shown_text has made fit, without control characters.
+void add_quoted(std::string& text, std::string_view shown) {
+    const size_t begin = text.size();
+    text.resize(begin + 2 * shown.size() + 2);
+    char* end = text.data() + begin;
+    *end++ = '"';
     for (const char character : shown) {
         if (character == '"' || character == '\\') {
-            text += '\\';
+            *end++ = '\\';
         }
-        text += character;
+        *end++ = character;
     }
-    return text + "\"";
+    *end++ = '"';
+    text.resize(static_cast<size_t>(end - text.data()));
+}
+
+std::string quoted(std::string_view shown) {
+    std::string text;
+    add_quoted(text, shown);
+    return text;
 }
 
 void write_json(FILE* stream, const ExplainedLogs& logs, const RejectedOutput& output) {
-    write_rejected_lines(
-        stream, logs, chosen_lines(output.limit, output.text_width),
-        [&](std::string& text, const RejectedLine& line) {
-            fmt::format_to(std::back_inserter(text),
-                           R"({{"record":"line","file":{},"line":{},"reason":"{}","text":{}}})"
-                           "\n",
-                           quoted(shown_text(line.log)), line.line_num, text_of(line.why).name,
-                           quoted(text_of_line(line, output.text_width)));
-        });
+    const Names names = names_of_logs([](const std::string& name) { return quoted(name); });
+    const auto add_line = [&](std::string& text, const RejectedLine& line) {
+        const fmt::format_int number(line.line_num);
+        text.append(R"({"record":"line","file":)").append(names[static_cast<size_t>(line.file)]);
+        text.append(R"(,"line":)").append(number.data(), number.size());
+        text.append(R"(,"reason":")").append(text_of(line.why).name).append(R"(","text":)");
+        add_quoted(text, text_of_line(line, output.text_width));
+        text.append("}\n");
+    };
+    write_rejected_lines(stream, logs, chosen_lines(output.limit, output.text_width), add_line);
     std::string text;
     for_each_count(logs, [&](const char* log, const RejectionText& why, uint64_t count) {
         text +=
