@@ -30,17 +30,16 @@ std::vector<PieceToWrite> choose_pieces(const ExplainedLogs& logs, uint64_t limi
     return chosen;
 }
 
-std::string write_piece(const PieceToWrite& to_write, size_t text_size,
-                        const RejectedLineForm& form) {
+void write_piece(const PieceToWrite& to_write, size_t text_size, const RejectedLineForm& form,
+                 std::string& output) {
     const ExplainedPiece& piece = *to_write.piece;
     LogTexts texts(piece.piece, text_size);
-    std::string output;
+    output.clear();
     for (size_t i = 0; i < to_write.line_count; ++i) {
         const RejectedPlace& place = piece.rejected[i];
         form(output, {piece.piece.file, piece.lines_before + place.line + 1, place.why,
                       texts.at(place.offset)});
     }
-    return output;
 }
 
 } // namespace
@@ -56,16 +55,17 @@ void write_rejected_lines(FILE* stream, const ExplainedLogs& logs, const ChosenL
     const size_t text_size = chosen.text_size;
     const std::vector<PieceToWrite> pieces = choose_pieces(logs, chosen.limit);
     const auto pieces_a_time = static_cast<size_t>(4 * std::max(run_thread_count, 1));
+    std::vector<std::string> outputs(pieces_a_time); // whose memory is used again
     ProgressBar bar("Writing rejected lines", pieces.size());
     for (size_t begin = 0; begin < pieces.size(); begin += pieces_a_time) {
-        std::vector<std::string> outputs(std::min(pieces_a_time, pieces.size() - begin));
-        run_tasks(run_thread_count, outputs.size(),
-                  [&](size_t i) { outputs[i] = write_piece(pieces[begin + i], text_size, form); });
-        for (const std::string& output : outputs) {
-            write_output(stream, output);
+        const size_t count = std::min(pieces_a_time, pieces.size() - begin);
+        run_tasks(run_thread_count, count,
+                  [&](size_t i) { write_piece(pieces[begin + i], text_size, form, outputs[i]); });
+        for (size_t i = 0; i < count; ++i) {
+            write_output(stream, outputs[i]);
         }
         if (isatty(fileno(stream)) == 0) {
-            bar.update(begin + outputs.size());
+            bar.update(begin + count);
         }
     }
 }
