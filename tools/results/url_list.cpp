@@ -37,9 +37,8 @@ const char* host_column(const UrlInfo& entry, const UPInfo& pattern) {
 
 // Only a main pattern has such a file.
 const char* post_data_column(const UrlInfo& entry, const UPInfo& pattern) {
-    const bool sends_data =
-        strcasecmp(entry.method, "POST") == 0 || strcasecmp(entry.method, "PUT") == 0;
-    return sends_data && pattern.post_data_file != nullptr ? pattern.post_data_file : na_string;
+    return pattern.post_data_file != nullptr && sends_body(entry.method) ? pattern.post_data_file
+                                                                         : na_string;
 }
 
 // One row, column by column.
@@ -71,29 +70,26 @@ class Row {
     bool is_first_ = true;
 };
 
-std::string_view url_column(const UrlInfo& entry, std::string& escaped) {
-    if (std::strchr(entry.url, '|') == nullptr) {
-        return entry.url;
+std::string_view url_column(const char* url, std::string& escaped) {
+    if (std::strchr(url, '|') == nullptr) {
+        return url;
     }
-    replace_pipe_by_ascii(entry.url, 0, escaped);
+    replace_pipe_by_ascii(url, 0, escaped);
     return escaped;
 }
 
-void write_row(ResultFile& file, const UrlInfo& entry, std::string& escaped) {
-    const UPInfo* pattern = deciding_pattern(entry);
-    const bool is_filtered = pattern != nullptr && entry.filter_flag != 0;
-    const char type = pattern != nullptr ? entry.request_type : REQUEST_TYPE_MAIN;
+void write_row(ResultFile& file, const UrlListRow& told, std::string& escaped) {
     Row row(file);
-    row.add(is_filtered ? "YES" : "NO");
-    row.add(pattern_object[static_cast<unsigned char>(type)]);
-    row.add(entry.method);
-    row.add(url_column(entry, escaped));
-    row.add_signed(static_cast<int64_t>(entry.count));
-    row.add(pattern != nullptr ? pattern->txn_name : na_string);
-    row.add(pattern != nullptr ? host_column(entry, *pattern) : entry.host_hdr);
-    row.add_signed(entry.query_url_offset);
-    row.add(pattern != nullptr ? post_data_column(entry, *pattern) : na_string);
-    row.add(pattern != nullptr ? pattern->url_ptrn_string : na_string);
+    row.add(told.is_filtered ? "YES" : "NO");
+    row.add(told.type);
+    row.add(told.method);
+    row.add(url_column(told.url, escaped));
+    row.add_signed(static_cast<int64_t>(told.count));
+    row.add(told.transaction);
+    row.add(told.host);
+    row.add_signed(told.query_file_offset);
+    row.add(told.post_data_file);
+    row.add(told.pattern);
 }
 
 // Returns the number of rows.
@@ -102,7 +98,7 @@ uint64_t write_rows(ResultFile& file) {
     std::string escaped;
     for (int i = 0; i < url_pattern_count; ++i) {
         if (url_pattern[i].ignore_flag == 0) {
-            write_row(file, url_pattern[i], escaped);
+            write_row(file, url_list_row(url_pattern[i]), escaped);
             ++count;
         }
     }
@@ -138,6 +134,37 @@ void print_summary(const std::string& summary) {
 }
 
 } // namespace
+
+bool sends_body(const char* method) {
+    return strcasecmp(method, "POST") == 0 || strcasecmp(method, "PUT") == 0;
+}
+
+UrlListRow url_list_row(const UrlInfo& entry) {
+    const UPInfo* pattern = deciding_pattern(entry);
+    UrlListRow row = {.is_filtered = false,
+                      .type = pattern_object[static_cast<unsigned char>(REQUEST_TYPE_MAIN)],
+                      .method = entry.method,
+                      .url = entry.url,
+                      .count = entry.count,
+                      .transaction = na_string,
+                      .host = entry.host_hdr,
+                      .query_file_offset = entry.query_url_offset,
+                      .post_data_file = na_string,
+                      .pattern = na_string};
+    if (pattern != nullptr) {
+        row.is_filtered = entry.filter_flag != 0;
+        row.type = pattern_object[static_cast<unsigned char>(entry.request_type)];
+        row.transaction = pattern->txn_name;
+        row.host = host_column(entry, *pattern);
+        row.post_data_file = post_data_column(entry, *pattern);
+        row.pattern = pattern->url_ptrn_string;
+    }
+    return row;
+}
+
+std::string url_list_summary(uint64_t row_count) {
+    return make_summary(row_count, "");
+}
 
 void replace_pipe_by_ascii(const char* in, size_t len, std::string& out) {
     const std::string_view text = len == 0 ? std::string_view(in) : std::string_view(in, len);
