@@ -12,6 +12,8 @@ bool is_query_list_wanted();
 // unique URL together.
 class QueryList {
   public:
+    QueryList() = default; // none is written; an earlier one stays
+
     // Removes the list of an earlier run, or empties one that cannot be removed, and makes a new
     // one when one is wanted. Fails when that fails.
     explicit QueryList(const OwnDirectory& config_dir);

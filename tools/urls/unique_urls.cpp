@@ -5,7 +5,6 @@
 #include "base/text_arena.h"
 #include "tools/parse/own_texts.h"
 #include "tools/parse/url_key.h"
-#include "tools/urls/request_collapse.h"
 #include "tools/urls/request_selection.h"
 
 #include <cstring>
@@ -79,11 +78,8 @@ int create_url_pattern() {
     return url_pattern_count++;
 }
 
-void make_url_pattern_list(const RequestTable& table, SessionOrder session_order,
-                           QueryList& query_list) {
-    DEBUG_LOG(2, fname, "Method called");
-    const CollapsedRequests collapsed = collapse_requests(
-        table, select_requests(table, std::move(session_order)), query_list.is_open());
+void fill_url_patterns(const RequestTable& table, const CollapsedRequests& collapsed,
+                       QueryList& query_list) {
     TextArena texts;
     for (const CollapsedUrl& url : collapsed.urls) {
         const RequestRow& first = table.rows[url.first_row];
@@ -95,4 +91,13 @@ void make_url_pattern_list(const RequestTable& table, SessionOrder session_order
         log_further_requests(entry);
     }
     query_list.close();
+}
+
+void make_url_pattern_list(const RequestTable& table, SessionOrder session_order,
+                           QueryList& query_list) {
+    DEBUG_LOG(2, fname, "Method called");
+    fill_url_patterns(table,
+                      collapse_requests(table, select_requests(table, std::move(session_order)),
+                                        query_list.is_open()),
+                      query_list);
 }

@@ -2,6 +2,7 @@
 
 #include "tools/parse/request_record.h"
 #include "tools/urls/query_list.h"
+#include "tools/urls/request_collapse.h"
 #include "tools/urls/session_order.h"
 
 #include <cstdint>
@@ -34,8 +35,13 @@ extern int max_url_pattern;   // entries allocated
 // caller fills it.
 int create_url_pattern();
 
-// Makes the table from the request table, given its session order: selects the requests that count,
-// and writes the full URLs of those with an ignored query to `query_list` when it is open. Fails
-// when that cannot be written.
+// Makes the table of collapsed requests, an entry for each of their URLs in that order, and writes
+// the full URLs of those with an ignored query to `query_list` when it is open. Fails when that
+// cannot be written.
+void fill_url_patterns(const RequestTable& table, const CollapsedRequests& collapsed,
+                       QueryList& query_list);
+
+// The same from the request table, given its session order: selects the requests that count, and
+// collapses them.
 void make_url_pattern_list(const RequestTable& table, SessionOrder session_order,
                            QueryList& query_list);
