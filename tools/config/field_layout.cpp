@@ -74,6 +74,8 @@ constexpr DefaultPositions default_positions[al_field_kind_count] = {
 
 using Faults = std::vector<LayoutFault>;
 
+bool are_response_times_read = false; // by read_response_times
+
 bool is_missing(FieldKind kind) {
     return al_required_field_position[kind] == 0;
 }
@@ -114,7 +116,7 @@ bool is_read(int kind) {
         return session_mode == SESSION_MODE_COOKIE;
     case AL_RESPONSE_TIME:
     case AL_RESPONSE_TIME_USEC:
-        return consider_response_time != 0;
+        return consider_response_time != 0 || are_response_times_read;
     case AL_REFERER:
     case AL_USER_AGENT:
     case AL_CONTENT_TYPE:
@@ -122,6 +124,15 @@ bool is_read(int kind) {
         return false;
     default:
         return true;
+    }
+}
+
+void find_fields_to_read() {
+    read_field_count = 0;
+    for (int i = 0; i < present_field_count; ++i) {
+        if (is_read(present_fields[i].kind)) {
+            read_fields[read_field_count++] = present_fields[i];
+        }
     }
 }
 
@@ -243,23 +254,25 @@ std::vector<LayoutFault> find_layout_faults() {
     return faults;
 }
 
+bool read_response_times() {
+    are_response_times_read = true;
+    find_fields_to_read();
+    return !is_missing(AL_RESPONSE_TIME) || !is_missing(AL_RESPONSE_TIME_USEC);
+}
+
 void validate_al_format() {
     std::vector<LayoutFault> faults = find_layout_faults();
     if (!faults.empty()) {
         throw std::move(faults.front().failure);
     }
     present_field_count = 0;
-    read_field_count = 0;
     for (int kind = 0; kind < al_field_kind_count; ++kind) {
         const int position = al_required_field_position[kind];
         if (position == 0) {
             continue;
         }
         max_required_field_position = std::max(max_required_field_position, position);
-        const PresentField field = {kind, position - 1};
-        present_fields[present_field_count++] = field;
-        if (is_read(kind)) {
-            read_fields[read_field_count++] = field;
-        }
+        present_fields[present_field_count++] = {kind, position - 1};
     }
+    find_fields_to_read();
 }

@@ -77,6 +77,11 @@ struct LayoutFault {
 // out of range or used twice, or a field is missing that the log type or the settings need.
 std::vector<LayoutFault> find_layout_faults();
 
+// Lets the parsers read response times whether the settings have a use for them or not; no result
+// depends on it. Returns whether the log has any. To be called after validate_al_format; never in
+// the tool.
+bool read_response_times();
+
 // Fails with the first of these faults. Sets max_required_field_position, present_fields and
 // read_fields.
 void validate_al_format();

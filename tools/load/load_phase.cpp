@@ -9,6 +9,7 @@
 #include "tools/load/log_pieces.h"
 #include "tools/load/noted_pieces.h"
 #include "tools/load/request_table.h"
+#include "tools/load/tallied_lines.h"
 #include "tools/load/thread_count.h"
 #include "tools/load/worker.h"
 
@@ -21,6 +22,7 @@
 
 threadCounter* tc = nullptr;
 std::vector<NotedPiece>* noted_pieces = nullptr;
+LineTally* line_tally = nullptr;
 int run_thread_count = 1;
 
 namespace {
@@ -112,6 +114,14 @@ void hand_notes_over(Loading& loading) {
     }
 }
 
+void hand_tallies_over(const Loading& loading) {
+    for (const PieceQueue& queue : loading.queues) {
+        if (line_tally != nullptr) {
+            line_tally->merge(queue.thread.tally());
+        }
+    }
+}
+
 void make_request_table(Loading& loading, std::deque<Worker>& workers) {
     log_allocation(fname, "al_info_array", g_valid_request * announced_request_size);
     std::vector<WorkerBatch> batches;
@@ -158,6 +168,7 @@ void process_url_files() {
               g_valid_request);
     refuse_too_many_requests();
     hand_notes_over(loading);
+    hand_tallies_over(loading);
     make_request_table(loading, workers);
     std::free(threads);
     DEBUG_LOG(3, fname, "Url table copied to new table, total valid urls count = %lu",

@@ -19,6 +19,13 @@ void refuse_last_line(std::vector<LineNote>& notes) {
     }
 }
 
+void refuse_last_line(LineTally* tally) {
+    if (tally != nullptr) {
+        --tally->lines_of(LineKind::accepted);
+        ++tally->lines_of(LineKind::beyond_waiting_limit);
+    }
+}
+
 } // namespace
 
 // A budget beyond what can be counted is none.
@@ -85,6 +92,11 @@ void LoadingThread::end(const LogPiece& piece, RequestBatch& batch) {
     if (is_full_ && !batch.rows.empty()) {
         batch.rows.pop_back();
         refuse_last_line(batch.notes);
+        refuse_last_line(batch.tally.get());
+    }
+    if (batch.tally != nullptr) {
+        tally_.merge(*batch.tally);
+        batch.tally.reset();
     }
     lines_before_ += batch.line_count;
     is_file_done_ = is_file_done_ || lines_before_ >= max_lines_;

@@ -52,6 +52,7 @@ class LoadingThread {
     void end(const LogPiece& piece, RequestBatch& batch);
 
     const threadCounter& counters() const { return counters_; }
+    const LineTally& tally() const { return tally_; } // empty where none is asked for
     const std::vector<SessionGrant>& grants() const { return settlement_->grants(); }
 
   private:
@@ -61,6 +62,7 @@ class LoadingThread {
     std::once_flag is_started_;
     std::optional<SessionSettlement> settlement_; // from the start on
     threadCounter counters_ = {};
+    LineTally tally_;
     time_t start_ = 0;
     size_t settled_events_ = 0; // of the batch at work
     int64_t lines_before_ = 0;

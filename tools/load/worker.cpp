@@ -4,6 +4,7 @@
 #include "base/regular_file.h"
 #include "tools/config/log_files.h"
 #include "tools/load/noted_pieces.h"
+#include "tools/load/tallied_lines.h"
 #include "tools/parse/field_splitter.h"
 #include "tools/parse/log_loader.h"
 
@@ -46,6 +47,7 @@ void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescrip
                           .max_lines = max_lines,
                           .ends_with_rest = input.num_req != 0,
                           .takes_notes = noted_pieces != nullptr,
+                          .takes_tally = line_tally != nullptr,
                           .begin = piece.range.begin};
     load_url_info(parsing, lines, part, batch, after_line);
 }

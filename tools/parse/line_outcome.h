@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 struct accessLogInfo;
@@ -18,8 +19,9 @@ enum class LineKind : uint8_t {
     before_period,  // of replay
     after_period,
     beyond_waiting_limit // it should have waited for its session, and no more requests can: nothing
-                         // behind it is read. Told by notes alone
+                         // behind it is read. Told by notes and tallies alone
 };
+constexpr size_t line_kind_count = 12;
 
 // How an accepted request stands to its session when it is read.
 enum class SessionNote : uint8_t {

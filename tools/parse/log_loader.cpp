@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <string_view>
 
 void (*log_line_observer)(const ObservedLogLine& line) = nullptr;
@@ -181,6 +182,7 @@ struct CurrentLine {
     const LogPart& part;
     const LineReader& lines;
     LineText text;
+    const RequestFields& fields; // as far as it has been parsed
 };
 
 uint32_t offset_in_part(const CurrentLine& line) {
@@ -196,6 +198,9 @@ uint32_t offset_in_part(const CurrentLine& line) {
         request == nullptr ? SessionNote::known : note_session(*request, batch);
     if (part.takes_notes) {
         batch.notes.push_back({outcome.kind, session, offset_in_part(line)});
+    }
+    if (batch.tally != nullptr) {
+        batch.tally->add(outcome, line.fields);
     }
     if (log_line_observer != nullptr) {
         log_line_observer(
@@ -219,10 +224,13 @@ void load_url_info(ParsingThread& thread, LineReader& lines, const LogPart& part
                    RequestBatch& batch, const AfterLine& after_line) {
     LineParser* const parse_line = parser_of_log_type();
     const CookieNames names(cookie_name, secondary_cookie);
-    const bool is_told = log_line_observer != nullptr || part.takes_notes;
+    const bool is_told = log_line_observer != nullptr || part.takes_notes || part.takes_tally;
     LineText line;
     thread.counters = {};
     thread.quotes = &lines.marks();
+    if (part.takes_tally) {
+        batch.tally = std::make_unique<LineTally>();
+    }
     while (batch.line_count < part.max_lines && lines.next(line)) {
         if (!lines.is_terminated() && !part.ends_with_rest) {
             if (lines.is_last_rest()) {
@@ -234,7 +242,7 @@ void load_url_info(ParsingThread& thread, LineReader& lines, const LogPart& part
         remove_carriage_return(line);
         if (!is_request(line)) {
             if (is_told) {
-                tell({part, lines, line}, batch, {kind_of_no_request(line)}, nullptr);
+                tell({part, lines, line, {}}, batch, {kind_of_no_request(line)}, nullptr);
             }
             continue;
         }
@@ -246,7 +254,7 @@ void load_url_info(ParsingThread& thread, LineReader& lines, const LogPart& part
             add_request(thread, names, batch);
         }
         if (is_told) {
-            tell({part, lines, line}, batch, thread.outcome,
+            tell({part, lines, line, thread.fields}, batch, thread.outcome,
                  is_accepted ? &thread.request : nullptr);
         }
         if (after_line && !after_line()) {

@@ -16,6 +16,7 @@ struct LogPart {
     int64_t max_lines;        // no more are read
     bool ends_with_rest;      // characters behind the file's last line feed are a line
     bool takes_notes = false; // of what becomes of each line; never in the tool
+    bool takes_tally = false; // likewise
     uint64_t begin = 0;       // bytes of the file before it, for the notes
 };
 

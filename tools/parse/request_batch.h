@@ -1,12 +1,14 @@
 #pragma once
 
 #include "tools/parse/line_outcome.h"
+#include "tools/parse/line_tally.h"
 #include "tools/parse/parsing_thread.h"
 #include "tools/parse/request_interner.h"
 #include "tools/parse/request_record.h"
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <vector>
 
 // A request that has to do with those whose session is not known yet: it waits for its session, or
@@ -23,8 +25,9 @@ struct SessionEvent {
 // What a part of a log has given, in the order of its lines.
 struct RequestBatch {
     RequestRows rows;
-    std::deque<SessionEvent> events; // do not move
-    std::vector<LineNote> notes;     // one for each line read, where they are asked for
+    std::deque<SessionEvent> events;  // do not move
+    std::vector<LineNote> notes;      // one for each line read, where they are asked for
+    std::unique_ptr<LineTally> tally; // of the lines read; null where none is asked for
     threadCounter counters = {};
     int64_t line_count = 0;       // lines read, empty ones and comments included
     bool has_line_pieces = false; // a line was longer than the limit and came in pieces

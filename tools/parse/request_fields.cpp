@@ -17,8 +17,26 @@
 
 namespace {
 
-int non_negative_seconds(int64_t seconds) {
-    return static_cast<int>(std::clamp<int64_t>(seconds, 0, INT_MAX));
+constexpr int64_t second_usec = 1'000'000;
+
+// Of a number of seconds, what six digits after its point say.
+int64_t fraction_in_usec(const char* seconds) {
+    const char* digit = seconds + std::strspn(seconds, "0123456789");
+    int64_t usec = 0;
+    if (*digit == '.') {
+        for (int64_t unit = second_usec / 10; unit > 0 && *++digit >= '0' && *digit <= '9';
+             unit /= 10) {
+            usec += unit * (*digit - '0');
+        }
+    }
+    return usec;
+}
+
+// `usec`: beyond the seconds.
+void set_response_time(RequestFields& request, LineText field, int64_t seconds, int64_t usec) {
+    request.response_time = static_cast<int>(std::clamp<int64_t>(seconds, 0, INT_MAX));
+    request.response_usec = static_cast<uint32_t>(usec) & 0x7fffffff;
+    request.has_response_time = !is_dash(field);
 }
 
 } // namespace
@@ -63,12 +81,13 @@ FieldOutcome read_client_ip(const LineOrigin& origin, LineText field, RequestFie
     return FieldOutcome::handled;
 }
 
-int read_number_of_seconds(LineText field) {
-    return non_negative_seconds(std::atoi(field.text));
+void read_number_of_seconds(LineText field, RequestFields& request) {
+    set_response_time(request, field, std::atoi(field.text), fraction_in_usec(field.text));
 }
 
-int read_number_of_microseconds(LineText field) {
-    return non_negative_seconds(std::atoll(field.text) / 1'000'000);
+void read_number_of_microseconds(LineText field, RequestFields& request) {
+    const int64_t usec = std::max<int64_t>(std::atoll(field.text), 0);
+    set_response_time(request, field, usec / second_usec, usec % second_usec);
 }
 
 int read_any_status_code(LineText field) {

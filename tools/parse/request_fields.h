@@ -54,9 +54,9 @@ inline int read_status_code(LineText field) {
     return read_any_status_code(field);
 }
 
-// A response time in seconds, 0 for a negative one.
-int read_number_of_seconds(LineText field);
-int read_number_of_microseconds(LineText field);
+// Sets the response time, to 0 for a negative one.
+void read_number_of_seconds(LineText field, RequestFields& request);
+void read_number_of_microseconds(LineText field, RequestFields& request);
 
 FieldOutcome read_client_ip(const LineOrigin& origin, LineText field, RequestFields& request);
 
@@ -96,10 +96,10 @@ inline FieldOutcome read_common_field(const LineOrigin& origin, int kind, LineTe
         }
         break;
     case AL_RESPONSE_TIME:
-        request.response_time = read_number_of_seconds(field);
+        read_number_of_seconds(field, request);
         break;
     case AL_RESPONSE_TIME_USEC:
-        request.response_time = read_number_of_microseconds(field);
+        read_number_of_microseconds(field, request);
         break;
     default:
         return FieldOutcome::dialect_specific;

@@ -12,6 +12,8 @@ struct RequestFields {
     int response_time = 0;   // seconds
     int response_code = 0;
     uint32_t client_ip = 0;
+    uint32_t response_usec : 31 = 0;    // beyond the whole seconds, microseconds
+    uint32_t has_response_time : 1 = 0; // it was read, and is no dash
     LineText method = {};
     LineText url = {};
     LineText cookies = {};
@@ -25,6 +27,7 @@ struct RequestFields {
         time_stamp = 0;
         response_time = response_code = 0;
         client_ip = 0;
+        response_usec = has_response_time = 0;
         method = url = cookies = set_cookies = host = location = {};
     }
 
