@@ -1,0 +1,42 @@
+#include "companions/report/load_command.h"
+
+#include "companions/common/common_options.h"
+#include "companions/report/figures_json.h"
+#include "companions/report/gather_figures.h"
+#include "companions/report/load_output.h"
+
+#include <cstdio>
+#include <fmt/core.h>
+#include <memory>
+
+namespace {
+
+struct LoadOptions {
+    RunOptions run;
+    FigureOptions figures;
+    bool is_json = false;
+};
+
+void tell_load(LoadOptions options) {
+    options.figures.queries_per_url = options.is_json ? options.figures.queries_per_url : 0;
+    const ScenarioFigures figures = gather_figures(options.run, options.figures);
+    if (options.is_json) {
+        fmt::print("{}\n", figures_as_json(figures));
+    } else {
+        print_figures(stdout, figures);
+    }
+}
+
+} // namespace
+
+void add_load_command(CLI::App& program, int& exit_status) {
+    CLI::App& command = add_command(
+        program, "load", "Show the load on the terminal: peak, rates, sessions, percentiles, mix");
+    const auto options = std::make_shared<LoadOptions>();
+    add_run_options(command, options->run);
+    add_json_option(command, options->is_json);
+    command.callback([options, &exit_status] {
+        tell_load(*options);
+        exit_status = 0;
+    });
+}

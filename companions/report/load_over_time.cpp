@@ -1,0 +1,121 @@
+#include "companions/report/load_over_time.h"
+
+#include "companions/report/wall_clock.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+namespace {
+
+struct TimeSpan {
+    uint64_t first;
+    uint64_t last;
+
+    uint64_t seconds() const { return last - first + 1; }
+};
+
+uint64_t sum_of(const StatusCounts& counts) {
+    return std::accumulate(counts.begin(), counts.end(), uint64_t{0});
+}
+
+using TimedLines = std::vector<std::pair<uint64_t, uint64_t>>; // time and lines, in time
+
+TimedLines lines_in_time(const StatusCountsOverTime& lines) {
+    TimedLines timed;
+    for (const auto& [key, counts] : lines.steps()) {
+        timed.emplace_back(key * lines.step_seconds(), sum_of(counts));
+    }
+    std::sort(timed.begin(), timed.end());
+    return timed;
+}
+
+// Without the first and the last thousandth of the lines.
+TimeSpan central_span(const TimedLines& timed) {
+    uint64_t total = 0;
+    for (const auto& [time, lines] : timed) {
+        total += lines;
+    }
+    const uint64_t margin = total / 1000;
+    const auto beyond_margin = [&](auto from, auto end) {
+        uint64_t passed = 0;
+        while (from + 1 != end && (passed += from->second) <= margin) {
+            ++from;
+        }
+        return from->first;
+    };
+    return {beyond_margin(timed.begin(), timed.end()), beyond_margin(timed.rbegin(), timed.rend())};
+}
+
+// What is to be shown: all, unless a few odd times would press the rest together.
+TimeSpan shown_span(const TimedLines& timed) {
+    constexpr uint64_t far = 20;
+    TimeSpan all = {timed.front().first, timed.back().first};
+    const TimeSpan central = central_span(timed);
+    if (all.seconds() <= TimeSteps::most_steps || all.seconds() / far <= central.seconds()) {
+        return all;
+    }
+    const uint64_t before = std::min(central.first - all.first, central.seconds());
+    const uint64_t after = std::min(all.last - central.last, central.seconds());
+    return {central.first - before, central.last + after};
+}
+
+// At least the step that the lines are counted by.
+uint64_t choose_step(uint64_t span, uint64_t least) {
+    constexpr uint64_t day = 86'400;
+    for (const uint64_t step : {uint64_t{1}, uint64_t{60}, uint64_t{3600}}) {
+        if (step >= least && span / step < TimeSteps::most_steps) {
+            return step;
+        }
+    }
+    return day * (span / (day * TimeSteps::most_steps) + 1);
+}
+
+void add_outlying(OutlyingLines& outlying, WallSeconds time, uint64_t lines) {
+    outlying.first = outlying.lines == 0 ? time : std::min(outlying.first, time);
+    outlying.last = outlying.lines == 0 ? time : std::max(outlying.last, time);
+    outlying.lines += lines;
+}
+
+} // namespace
+
+TimeSteps::TimeSteps(const StatusCountsOverTime& lines) {
+    const TimedLines timed = lines_in_time(lines);
+    if (timed.empty()) {
+        return;
+    }
+    const TimeSpan span = shown_span(timed);
+    seconds_ = choose_step(span.seconds(), lines.step_seconds());
+    // Full hours and days of the clock that people see.
+    const auto step = static_cast<WallSeconds>(seconds_);
+    const WallSeconds past = wall_seconds(span.first) % step;
+    start_ = span.first - static_cast<uint64_t>(past < 0 ? past + step : past);
+    count_ = (span.last - start_) / seconds_ + 1;
+}
+
+LoadOverTime responses_over_time(const TimeSteps& steps, const StatusCountsOverTime& lines) {
+    LoadOverTime load;
+    load.step_seconds = steps.seconds();
+    load.start = steps.count() == 0 ? 0 : wall_seconds(steps.start());
+    for (auto* series :
+         {&load.requests, &load.main_requests, &load.sessions_begun, &load.sessions_at_work}) {
+        series->resize(steps.count());
+    }
+    for (auto& series : load.responses) {
+        series.resize(steps.count());
+    }
+    for (const auto& [key, counts] : lines.steps()) {
+        const uint64_t time = key * lines.step_seconds();
+        const std::optional<size_t> step = steps.find(time);
+        if (!step) {
+            add_outlying(time < steps.start() ? load.before : load.after, wall_seconds(time),
+                         sum_of(counts));
+            continue;
+        }
+        for (size_t i = 0; i < status_class_count; ++i) {
+            load.responses[i][*step] += counts[i];
+        }
+    }
+    return load;
+}

@@ -1,0 +1,15 @@
+#include "base/standard_streams.h"
+#include "companions/common/common_options.h"
+#include "companions/report/load_command.h"
+
+int main(int argc, char* argv[]) {
+    occupy_standard_streams();
+    int exit_status = 0;
+    CLI::App program("Shows the load that a scenario's logs hold, and takes it to other tools.",
+                     "zvr_al_report");
+    add_version(program);
+    program.require_subcommand(1);
+    // One line for each command, in the order in which --help lists them.
+    add_load_command(program, exit_status);
+    return run_command_line(program, argc, argv, exit_status);
+}
