@@ -75,6 +75,10 @@ ReplayPeriod replay_period() {
     return period;
 }
 
+TimeBounds period_bounds() {
+    return {start_time_stamp, end_time_stamp == 0 ? UINT64_MAX : end_time_stamp};
+}
+
 // As far as lines go, and what the phases counted.
 void fill_funnel(const LineTally& tally, uint64_t counted, Funnel& funnel) {
     funnel.bad_lines = {tally.lines_of(LineKind::unclosed_field),
@@ -145,7 +149,7 @@ void work_out_requests(const LineTally& tally, const FigureOptions& options,
     if (is_queried) {
         figures.queries = count_queries(request_table, collapsed, entries, options.queries_per_url);
     }
-    const TimeSteps steps(tally.over_time());
+    const TimeSteps steps(tally.over_time(), period_bounds());
     figures.over_time = responses_over_time(steps, tally.over_time());
     const UrlVerdicts verdicts = find_verdicts(request_table, collapsed);
     const size_t without_session = ignore_non_session_urls != 0 ? 0 : g_total_non_session_req;

@@ -12,8 +12,6 @@ namespace {
 struct TimeSpan {
     uint64_t first;
     uint64_t last;
-
-    uint64_t seconds() const { return last - first + 1; }
 };
 
 uint64_t sum_of(const StatusCounts& counts) {
@@ -29,6 +27,16 @@ TimedLines lines_in_time(const StatusCountsOverTime& lines) {
     }
     std::sort(timed.begin(), timed.end());
     return timed;
+}
+
+TimedLines within(const TimedLines& timed, const TimeBounds& bounds) {
+    TimedLines inner;
+    for (const auto& [time, lines] : timed) {
+        if (bounds.contain(time)) {
+            inner.emplace_back(time, lines);
+        }
+    }
+    return inner;
 }
 
 // Without the first and the last thousandth of the lines.
@@ -48,17 +56,27 @@ TimeSpan central_span(const TimedLines& timed) {
     return {beyond_margin(timed.begin(), timed.end()), beyond_margin(timed.rbegin(), timed.rend())};
 }
 
-// What is to be shown: all, unless a few odd times would press the rest together.
-TimeSpan shown_span(const TimedLines& timed) {
-    constexpr uint64_t far = 20;
-    TimeSpan all = {timed.front().first, timed.back().first};
-    const TimeSpan central = central_span(timed);
-    if (all.seconds() <= TimeSteps::most_steps || all.seconds() / far <= central.seconds()) {
-        return all;
+// The span with all lines before and behind it up to the first long silence: a few odd times must
+// not press all others together.
+TimeSpan extend(TimeSpan span, const TimedLines& timed) {
+    constexpr uint64_t day = 86'400;
+    const uint64_t silence = std::max(day, span.last - span.first);
+    for (auto line = timed.rbegin(); line != timed.rend(); ++line) {
+        if (line->first < span.first && span.first - line->first <= silence) {
+            span.first = line->first;
+        }
     }
-    const uint64_t before = std::min(central.first - all.first, central.seconds());
-    const uint64_t after = std::min(all.last - central.last, central.seconds());
-    return {central.first - before, central.last + after};
+    for (const auto& [time, lines] : timed) {
+        if (time > span.last && time - span.last <= silence) {
+            span.last = time;
+        }
+    }
+    return span;
+}
+
+TimeSpan shown_span(const TimedLines& timed, const TimeBounds& period) {
+    const TimedLines in_period = within(timed, period);
+    return extend(central_span(in_period.empty() ? timed : in_period), timed);
 }
 
 // At least the step that the lines are counted by.
@@ -80,13 +98,13 @@ void add_outlying(OutlyingLines& outlying, WallSeconds time, uint64_t lines) {
 
 } // namespace
 
-TimeSteps::TimeSteps(const StatusCountsOverTime& lines) {
+TimeSteps::TimeSteps(const StatusCountsOverTime& lines, const TimeBounds& period) {
     const TimedLines timed = lines_in_time(lines);
     if (timed.empty()) {
         return;
     }
-    const TimeSpan span = shown_span(timed);
-    seconds_ = choose_step(span.seconds(), lines.step_seconds());
+    const TimeSpan span = shown_span(timed, period);
+    seconds_ = choose_step(span.last - span.first, lines.step_seconds());
     // Full hours and days of the clock that people see.
     const auto step = static_cast<WallSeconds>(seconds_);
     const WallSeconds past = wall_seconds(span.first) % step;

@@ -7,14 +7,23 @@
 #include <cstdint>
 #include <optional>
 
+// First and last second, on the scale of tools/parse/timestamps.h.
+struct TimeBounds {
+    uint64_t first = 0;
+    uint64_t last = UINT64_MAX;
+
+    bool contain(uint64_t time) const { return first <= time && time <= last; }
+};
+
 // The steps of time that the load is shown in.
 class TimeSteps {
   public:
     static constexpr size_t most_steps = 3000;
 
     // Steps of a second, a minute, an hour, or of days, the shortest of which few enough cover the
-    // lines. Lines far from nearly all others get no steps. None when there are no lines.
-    explicit TimeSteps(const StatusCountsOverTime& lines);
+    // lines: nearly all in the replay period, and what lies before and behind these without a long
+    // silence. None when there are no lines.
+    TimeSteps(const StatusCountsOverTime& lines, const TimeBounds& period);
 
     size_t count() const { return count_; }
     uint64_t seconds() const { return seconds_; }
