@@ -23,7 +23,9 @@ void tell_load(LoadOptions options) {
     if (options.is_json) {
         fmt::print("{}\n", figures_as_json(figures));
     } else {
-        print_figures(stdout, figures);
+        constexpr size_t usual_width = 100;
+        fmt::print("{}",
+                   figures_as_text(figures, Style(stdout), terminal_width(stdout, usual_width)));
     }
 }
 

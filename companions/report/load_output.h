@@ -1,8 +1,10 @@
 #pragma once
 
+#include "companions/common/style.h"
 #include "companions/report/scenario_figures.h"
 
-#include <cstdio>
+#include <cstddef>
+#include <string>
 
-// Writes the figures for a person, as wide as the terminal that the stream leads to.
-void print_figures(FILE* stream, const ScenarioFigures& figures);
+// The figures for a person: lines of about `width` columns, as far as the bars go.
+std::string figures_as_text(const ScenarioFigures& figures, const Style& style, size_t width);
