@@ -9,6 +9,7 @@
 #include "tools/load/log_pieces.h"
 #include "tools/load/noted_pieces.h"
 #include "tools/load/request_table.h"
+#include "tools/load/tallied_lines.h"
 #include "tools/parse/cookie_values.h"
 #include "tools/parse/own_texts.h"
 #include "tools/parse/request_fields.h"
@@ -134,9 +135,42 @@ Rows describe_notes(const std::vector<NotedPiece>& pieces, const std::vector<Log
     return rows;
 }
 
+void expect_tally_of_notes(const LineTally& tally, const std::vector<NotedPiece>& pieces) {
+    LineTally expected;
+    for (const NotedPiece& piece : pieces) {
+        for (const LineNote& note : piece.lines) {
+            ++expected.lines_of(note.kind);
+        }
+    }
+    for (size_t kind = 0; kind < line_kind_count; ++kind) {
+        EXPECT_EQ(tally.lines_of(static_cast<LineKind>(kind)),
+                  expected.lines_of(static_cast<LineKind>(kind)))
+            << kind;
+    }
+}
+
+// Lines by second and class of status, and response times.
+std::string describe(const LineTally& tally) {
+    std::string text;
+    const auto& steps = tally.over_time().steps();
+    for (const auto& [second, counts] : std::map(steps.begin(), steps.end())) {
+        text += std::to_string(second) + ":";
+        for (const uint32_t count : counts) {
+            text += " " + std::to_string(count);
+        }
+        text += "; ";
+    }
+    for (const uint64_t count : tally.response_times().counts()) {
+        text += " " + std::to_string(count);
+    }
+    return text;
+}
+
 Rows load(const std::vector<Log>& logs) {
     std::vector<NotedPiece> notes;
     noted_pieces = &notes;
+    LineTally tally;
+    line_tally = &tally;
     std::vector<FILE*> files;
     std::vector<std::string> names;
     for (const Log& log : logs) {
@@ -155,7 +189,10 @@ Rows load(const std::vector<Log>& logs) {
         std::fclose(file);
     }
     noted_pieces = nullptr;
+    line_tally = nullptr;
+    expect_tally_of_notes(tally, notes);
     Rows rows = describe_notes(notes, logs);
+    rows.push_back(describe(tally));
     const Rows loaded = describe_loaded();
     rows.insert(rows.end(), loaded.begin(), loaded.end());
     return rows;

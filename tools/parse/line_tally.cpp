@@ -87,7 +87,7 @@ void LineTally::add(const LineOutcome& outcome, const RequestFields& fields) {
         outcome.kind == LineKind::after_period) {
         over_time_.add(outcome.time_stamp, fields.response_code);
     }
-    if (is_accepted) {
+    if (is_accepted && fields.has_response_time != 0) {
         constexpr uint64_t second = 1'000'000;
         response_times_.add(static_cast<uint64_t>(fields.response_time) * second +
                             fields.response_usec);

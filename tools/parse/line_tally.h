@@ -71,7 +71,7 @@ class LineTally {
     // Of all lines that could be parsed, also those outside the replay period.
     const StatusCountsOverTime& over_time() const { return over_time_; }
 
-    // Of accepted requests, 0 where the parsers read no response times.
+    // Of accepted requests, as far as the parsers read response times.
     const ResponseTimeCounts& response_times() const { return response_times_; }
 
   private:
