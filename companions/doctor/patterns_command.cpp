@@ -6,6 +6,7 @@
 #include "cache/input_copies.h"
 #include "companions/common/counted.h"
 #include "companions/common/installation.h"
+#include "companions/common/newer_inputs.h"
 #include "companions/common/shown_text.h"
 #include "companions/doctor/findings_output.h"
 #include "companions/doctor/patterns_output.h"
@@ -18,7 +19,6 @@
 #include <cstring>
 #include <fmt/core.h>
 #include <memory>
-#include <sys/stat.h>
 
 namespace {
 
@@ -52,11 +52,6 @@ void read_unique_urls() {
     fill_url_pattern_from_cache(config_dir);
 }
 
-bool is_newer(const struct stat& a, const struct stat& b) {
-    return a.st_mtim.tv_sec != b.st_mtim.tv_sec ? a.st_mtim.tv_sec > b.st_mtim.tv_sec
-                                                : a.st_mtim.tv_nsec > b.st_mtim.tv_nsec;
-}
-
 // Patterns may be newer: they are what is tried on the list.
 std::vector<std::string> inputs_newer_than_list() {
     std::vector<std::string> inputs = {scenario_file_path(),
@@ -64,17 +59,7 @@ std::vector<std::string> inputs_newer_than_list() {
     for (int i = 0; i < num_al_files; ++i) {
         inputs.emplace_back(seq_file_path[i].input_file);
     }
-    struct stat list;
-    struct stat input;
-    std::vector<std::string> newer;
-    if (stat((config_directory() + complete_url_list_name).c_str(), &list) == 0) {
-        for (const std::string& path : inputs) {
-            if (stat(path.c_str(), &input) == 0 && is_newer(input, list)) {
-                newer.push_back(path);
-            }
-        }
-    }
-    return newer;
+    return files_newer_than(config_directory() + complete_url_list_name, inputs);
 }
 
 // On standard error, since it is about the answer.
