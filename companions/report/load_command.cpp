@@ -1,12 +1,14 @@
 #include "companions/report/load_command.h"
 
+#include "base/failure.h"
 #include "companions/common/common_options.h"
 #include "companions/report/figures_json.h"
 #include "companions/report/gather_figures.h"
 #include "companions/report/load_output.h"
 
+#include <cerrno>
 #include <cstdio>
-#include <fmt/core.h>
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -17,15 +19,21 @@ struct LoadOptions {
     bool is_json = false;
 };
 
+void write_out(const std::string& text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
+        std::fflush(stdout) != 0) {
+        fail("Unable to write to standard output: %s", std::strerror(errno));
+    }
+}
+
 void tell_load(LoadOptions options) {
     options.figures.queries_per_url = options.is_json ? options.figures.queries_per_url : 0;
     const ScenarioFigures figures = gather_figures(options.run, options.figures);
     if (options.is_json) {
-        fmt::print("{}\n", figures_as_json(figures));
+        write_out(figures_as_json(figures) + "\n");
     } else {
         constexpr size_t usual_width = 100;
-        fmt::print("{}",
-                   figures_as_text(figures, Style(stdout), terminal_width(stdout, usual_width)));
+        write_out(figures_as_text(figures, Style(stdout), terminal_width(stdout, usual_width)));
     }
 }
 
