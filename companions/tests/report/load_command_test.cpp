@@ -243,6 +243,24 @@ TEST(LoadCommand, MissesAQueryListThatShouldBeThere) {
     EXPECT_TRUE(has(result_of_load(installation), "no query_url.list"));
 }
 
+TEST(LoadCommand, CountsTheRequestThatCannotWaitForItsSession) {
+    constexpr long most_waiting = 250'000;
+    const TestInstallation installation;
+    std::string log;
+    for (long i = 0; i < most_waiting + 5; ++i) {
+        log += combined_line({.more = "akaau=1 -"});
+    }
+    installation.write_logs({log});
+    installation.write_settings(
+        "COOKIE_NAME ID\nAL_FIELD DATE_AND_TIME 4\nAL_FIELD REQUEST_LINE 5\n"
+        "AL_FIELD STATUS_CODE 6\nAL_FIELD REQUEST_COOKIE 7\n");
+    const json funnel = figures_of(installation)["funnel"];
+    EXPECT_TRUE(funnel["adds_up"].get<bool>());
+    EXPECT_EQ(number(funnel["beyond_waiting_limit"]), 1);
+    EXPECT_EQ(number(funnel["without_session"]), most_waiting);
+    EXPECT_EQ(installation.run().output, funnel["summary"].get<std::string>() + "\n");
+}
+
 TEST(LoadCommand, WritesNothing) {
     const TestInstallation installation;
     installation.write_logs({some_requests()});
