@@ -3,15 +3,12 @@
 #include "companions/common/shown_text.h"
 #include "companions/report/wall_clock.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-Json text_or_null(std::string_view text) {
-    return text.empty() ? Json() : Json(valid_utf8(text));
-}
 
 Json time_as_json(WallSeconds time) {
     return {{"time", time}, {"text", wall_text(time)}};
@@ -195,36 +192,10 @@ Json to_set_as_json(const ScenarioFigures& figures) {
         {"transaction_shares", std::move(shares)}};
 }
 
-// Rows as arrays: a hundred thousand objects would name each column as often.
-Json urls_as_json(const std::vector<ListedUrl>& urls) {
-    constexpr const char* kinds[] = {"main", "main_without_transaction", "inline"};
-    Json rows = Json::array();
-    for (const ListedUrl& url : urls) {
-        rows.push_back({valid_utf8(url.method), valid_utf8(url.host), valid_utf8(url.url),
-                        kinds[static_cast<size_t>(url.kind)], url.is_filtered,
-                        text_or_null(url.transaction), url.requests, text_or_null(url.body_file),
-                        text_or_null(url.pattern)});
-    }
-    return {{"columns",
-             {"method", "host", "url", "type", "filtered", "transaction", "requests", "body_file",
-              "pattern"}},
-            {"rows", std::move(rows)}};
-}
-
-Json queries_as_json(const ScenarioFigures& figures) {
-    constexpr const char* states[] = {"not_cut", "not_wanted", "left_out", "listed"};
-    Json of_urls = Json::array();
-    for (const UrlQueries& queries : figures.queries) {
-        Json most_frequent = Json::array();
-        for (const QueryCount& query : queries.most_frequent) {
-            most_frequent.push_back({valid_utf8(query.query), query.requests});
-        }
-        of_urls.push_back({{"url", queries.url},
-                           {"different", queries.different},
-                           {"most_frequent", std::move(most_frequent)}});
-    }
-    return {{"state", states[static_cast<size_t>(figures.query_state)]},
-            {"of_urls", std::move(of_urls)}};
+std::string as_ascii(const Json& json) {
+    constexpr int one_line = -1;
+    constexpr bool in_ascii = true;
+    return json.dump(one_line, ' ', in_ascii);
 }
 
 std::string escape_less_than(const std::string& json) {
@@ -237,11 +208,84 @@ std::string escape_less_than(const std::string& json) {
     return escaped.append(json, begin);
 }
 
+// As JSON in ASCII. Most texts need no second look.
+void append_text(std::string& json, std::string_view text) {
+    const bool is_plain = std::all_of(text.begin(), text.end(), [](char c) {
+        return c >= ' ' && c <= '~' && c != '"' && c != '\\' && c != '<';
+    });
+    if (is_plain) {
+        json.append(1, '"').append(text).append(1, '"');
+    } else {
+        json += escape_less_than(as_ascii(valid_utf8(text)));
+    }
+}
+
+void append_text_or_null(std::string& json, std::string_view text) {
+    if (text.empty()) {
+        json += "null";
+    } else {
+        append_text(json, text);
+    }
+}
+
+void append_row(std::string& json, const ListedUrl& url) {
+    constexpr const char* kinds[] = {"\"main\"", "\"main_without_transaction\"", "\"inline\""};
+    json += '[';
+    append_text(json, url.method);
+    json += ',';
+    append_text(json, url.host);
+    json += ',';
+    append_text(json, url.url);
+    json.append(1, ',').append(kinds[static_cast<size_t>(url.kind)]);
+    json += url.is_filtered ? ",true," : ",false,";
+    append_text_or_null(json, url.transaction);
+    json.append(1, ',').append(std::to_string(url.requests)).append(1, ',');
+    append_text_or_null(json, url.body_file);
+    json += ',';
+    append_text_or_null(json, url.pattern);
+    json += ']';
+}
+
+// Appends items with commas between them, each by `append`.
+template <typename Items, typename Append>
+void append_list(std::string& json, const Items& items, const Append& append) {
+    json += '[';
+    for (size_t i = 0; i < items.size(); ++i) {
+        json += i == 0 ? "" : ",";
+        append(json, items[i]);
+    }
+    json += ']';
+}
+
+// Rows as arrays: a hundred thousand objects would name each column as often.
+void append_urls(std::string& json, const std::vector<ListedUrl>& urls) {
+    json += R"("urls":{"columns":["method","host","url","type","filtered","transaction",)"
+            R"("requests","body_file","pattern"],"rows":)";
+    append_list(json, urls, append_row);
+    json += '}';
+}
+
+void append_queries(std::string& json, const ScenarioFigures& figures) {
+    constexpr const char* states[] = {"not_cut", "not_wanted", "left_out", "listed"};
+    const auto append_query = [](std::string& out, const QueryCount& query) {
+        out += '[';
+        append_text(out, query.query);
+        out.append(1, ',').append(std::to_string(query.requests)).append(1, ']');
+    };
+    json.append(R"("queries":{"state":")").append(states[static_cast<size_t>(figures.query_state)]);
+    json += R"(","of_urls":)";
+    append_list(json, figures.queries, [&](std::string& out, const UrlQueries& queries) {
+        out += R"({"url":)" + std::to_string(queries.url) + R"(,"different":)" +
+               std::to_string(queries.different) + R"(,"most_frequent":)";
+        append_list(out, queries.most_frequent, append_query);
+        out += '}';
+    });
+    json += '}';
+}
+
 } // namespace
 
 std::string figures_as_json(const ScenarioFigures& figures) {
-    constexpr int one_line = -1;
-    constexpr bool in_ascii = true;
     const Json json = {
         {"format", 1},
         {"scenario", scenario_as_json(figures)},
@@ -257,8 +301,11 @@ std::string figures_as_json(const ScenarioFigures& figures) {
         {"response_time_microseconds",
          figures.response_times ? distribution_as_json(*figures.response_times) : Json()},
         {"mix", mix_as_json(figures.mix)},
-        {"to_set", to_set_as_json(figures)},
-        {"urls", urls_as_json(figures.urls)},
-        {"queries", queries_as_json(figures)}};
-    return escape_less_than(json.dump(one_line, ' ', in_ascii));
+        {"to_set", to_set_as_json(figures)}};
+    std::string text = escape_less_than(as_ascii(json));
+    text.back() = ','; // the members that follow are long, and not built as values first
+    append_urls(text, figures.urls);
+    text += ',';
+    append_queries(text, figures);
+    return text + "}";
 }
