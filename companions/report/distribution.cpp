@@ -9,7 +9,7 @@ uint64_t bin_end(uint64_t value) {
         return value;
     }
     for (uint64_t decade = 1; decade <= last_decade; decade *= 10) {
-        for (const uint64_t digit : {1, 2, 5}) {
+        for (const uint64_t digit : {uint64_t{1}, uint64_t{2}, uint64_t{5}}) {
             if (value <= digit * decade) {
                 return digit * decade;
             }

@@ -1,5 +1,6 @@
 #include "companions/report/listed_urls.h"
 
+#include "companions/common/text_map.h"
 #include "tools/parse/own_texts.h"
 #include "tools/parse/url_key.h"
 #include "tools/patterns/classification.h"
@@ -7,7 +8,6 @@
 
 #include <algorithm>
 #include <string_view>
-#include <unordered_map>
 
 namespace {
 
@@ -43,7 +43,7 @@ bool comes_first(const QueryCount& a, const QueryCount& b) {
 // `counted_size`: characters of the URL that count, the separator included.
 UrlQueries queries_of(const RequestTable& table, const CollapsedRequests& collapsed,
                       const CollapsedUrl& url, size_t counted_size, size_t limit) {
-    std::unordered_map<std::string_view, uint64_t> counts;
+    TextMap<uint64_t> counts;
     for (uint32_t i = url.queries_end - url.count; i < url.queries_end; ++i) {
         prefetch_queries(table, collapsed.queried, i);
         ++counts[query_of(table, collapsed.queried[i], counted_size)];

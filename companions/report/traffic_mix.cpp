@@ -1,7 +1,8 @@
 #include "companions/report/traffic_mix.h"
 
+#include "companions/common/text_map.h"
+
 #include <algorithm>
-#include <unordered_map>
 #include <utility>
 
 namespace {
@@ -70,7 +71,7 @@ class NamedShares {
     }
 
   private:
-    std::unordered_map<std::string_view, size_t> numbers_;
+    TextMap<size_t> numbers_;
     std::vector<TrafficShare> shares_;
 };
 
@@ -92,7 +93,7 @@ std::string in_capital_letters(std::string_view text) {
 
 // However they are spelt.
 std::vector<TrafficShare> count_methods(const std::vector<ListedUrl>& urls) {
-    std::unordered_map<std::string_view, std::string> in_capitals;
+    TextMap<std::string> in_capitals;
     NamedShares methods;
     for (const ListedUrl& url : urls) {
         std::string& name = in_capitals[url.method];
@@ -131,7 +132,7 @@ TrafficMix mix_of(const std::vector<ListedUrl>& urls, const std::vector<std::str
     TrafficMix mix;
     mix.transactions = name_transactions(names, peaks);
     mix.without_transaction.peak_minute = peaks.back();
-    std::unordered_map<std::string_view, size_t> numbers;
+    TextMap<size_t> numbers;
     for (size_t i = 0; i < names.size(); ++i) {
         numbers.emplace(names[i], i);
     }

@@ -1,10 +1,10 @@
 #include "companions/report/url_verdicts.h"
 
+#include "companions/common/text_map.h"
 #include "tools/patterns/classification.h"
 #include "tools/results/url_list.h"
 
 #include <strings.h>
-#include <unordered_map>
 
 namespace {
 
@@ -37,7 +37,7 @@ UrlVerdicts find_verdicts(const RequestTable& table, const CollapsedRequests& co
     UrlVerdicts found;
     found.verdicts.resize(table.texts.urls.count());
     found.transactions.resize(table.texts.urls.count(), no_transaction);
-    std::unordered_map<std::string_view, uint32_t> numbers;
+    TextMap<uint32_t> numbers;
     for (size_t entry = 0; entry < collapsed.urls.size(); ++entry) {
         const uint32_t id = table.rows[collapsed.urls[entry].first_row].url;
         found.verdicts[id] = verdict_of(entry);

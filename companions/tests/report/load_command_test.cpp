@@ -148,7 +148,7 @@ TEST(LoadCommand, CountsTheMostFrequentQueriesOfCutUrls) {
     EXPECT_EQ(queries_of(figures), "listed");
     const json& of_urls = figures["queries"]["of_urls"];
     ASSERT_EQ(of_urls.size(), 2U);
-    EXPECT_EQ(figures["urls"]["rows"][number(of_urls[0]["url"])][2], "/a?*");
+    EXPECT_EQ(figures["urls"]["rows"][of_urls[0]["url"].get<size_t>()][2], "/a?*");
     EXPECT_EQ(number(of_urls[0]["different"]), 30);
     const json& most = of_urls[0]["most_frequent"];
     ASSERT_EQ(most.size(), 20U);

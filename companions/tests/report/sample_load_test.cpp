@@ -26,6 +26,7 @@ TEST_P(SampleLoad, IsWhatPlainCodeFindsInTheLogs) {
         const nlohmann::json figures = figures_of(installation_, {"-t", threads}, GetParam());
         EXPECT_EQ(number(figures["funnel"]["counted"]), static_cast<long>(visits.size()));
         expect_load(figures, visits);
+        EXPECT_EQ(figures, figures_of(installation_, {"-t", "2"}, GetParam()));
     }
 }
 
