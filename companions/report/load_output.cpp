@@ -119,11 +119,13 @@ std::string funnel_text(const Funnel& funnel, const Style& style, size_t width) 
 
 // ---- The load over time ----
 
-const char* unit_of(uint64_t step_seconds) {
+std::string unit_of(uint64_t step_seconds) {
+    constexpr uint64_t day = 86'400;
     return step_seconds == 1      ? "second"
            : step_seconds == 60   ? "minute"
            : step_seconds == 3600 ? "hour"
-                                  : "day";
+           : step_seconds == day  ? "day"
+                                  : counted(step_seconds / day, "day");
 }
 
 // Seconds that a row covers: whole minutes, hours or days that people think in.
@@ -197,10 +199,13 @@ std::string peak_text(const LoadOverTime& load) {
 }
 
 std::string outlying_text(const OutlyingLines& lines, const char* where) {
-    return lines.lines == 0
-               ? ""
-               : fmt::format("Far {} this: {}, {} to {}\n", where, counted(lines.lines, "line"),
-                             wall_text(lines.first), wall_text(lines.last));
+    if (lines.lines == 0) {
+        return "";
+    }
+    const std::string last =
+        lines.last == lines.first ? "" : fmt::format(" to {}", wall_text(lines.last));
+    return fmt::format("Far {} this: {}, {}{}\n", where, counted(lines.lines, "line"),
+                       wall_text(lines.first), last);
 }
 
 std::string over_time_text(const LoadOverTime& load, const Style& style, size_t width) {
