@@ -1,6 +1,7 @@
 #include "base/standard_streams.h"
 #include "companions/common/common_options.h"
 #include "companions/report/load_command.h"
+#include "companions/report/page/page_command.h"
 
 int main(int argc, char* argv[]) {
     occupy_standard_streams();
@@ -11,5 +12,6 @@ int main(int argc, char* argv[]) {
     program.require_subcommand(1);
     // One line for each command, in the order in which --help lists them.
     add_load_command(program, exit_status);
+    add_page_command(program, exit_status);
     return run_command_line(program, argc, argv, exit_status);
 }
