@@ -9,16 +9,19 @@ const withAlpha = (colour, alpha) =>
     colour + Math.round(255 * alpha).toString(16).padStart(2, "0"); // colours are #rrggbb
 
 function setChartDefaults() {
+    const { scale, plugins: { legend } } = Chart.defaults;
+    scale.ticks.color = scale.title.color = () => themeColour("muted"); // asked at every update
+    scale.grid.color = scale.grid.borderColor = () => themeColour("line");
+    legend.labels.color = () => themeColour("text");
+    legend.labels.boxWidth = legend.labels.boxHeight = 12;
+    legend.align = "end";
     Chart.defaults.animation = false;
     Chart.defaults.maintainAspectRatio = false;
     Chart.defaults.font.family = getComputedStyle(document.body).fontFamily;
     Chart.defaults.font.size = 12;
-    Chart.defaults.plugins.legend.labels.boxWidth = 12;
-    Chart.defaults.plugins.legend.labels.boxHeight = 12;
-    Chart.defaults.plugins.legend.align = "end";
 }
 
-// A chart with a text that tells the same. `paint(chart)` gives it the colours of the theme, now and
+// A chart with a text that tells the same. `paint` gives its data the colours of the theme, now and
 // whenever that changes.
 function drawChart(holder, title, description, config, paint) {
     const canvas = make("canvas", { role: "img", "aria-label": `${title}: ${description}` });
@@ -26,34 +29,22 @@ function drawChart(holder, title, description, config, paint) {
         make("figcaption", {}, make("strong", {}, title), " ",
             config.type === "bar" ? null : make("span", {}, description)),
         make("div", { class: "plot" }, canvas)));
+    paint(config);
     const chart = new Chart(canvas, config);
     charts.push({ chart, paint });
-    repaint({ chart, paint });
     return chart;
 }
 
-function repaint({ chart, paint }) {
-    const axes = Object.values(chart.options.scales);
-    for (const axis of axes) {
-        axis.ticks.color = themeColour("muted");
-        axis.grid.color = themeColour("line");
-        axis.grid.borderColor = themeColour("line");
-        axis.title.color = themeColour("muted");
-    }
-    chart.options.plugins.legend.labels.color = themeColour("text");
-    paint(chart);
-    chart.update("none");
-}
-
 function repaintAll() {
-    const widthOfPaper = 680;
-    for (const entry of charts) {
-        repaint(entry);
+    const widthOfPaper = 700;
+    for (const { chart, paint } of charts) {
+        paint(chart);
+        chart.update("none");
         if (theme.isPrinted()) {
-            const isWide = entry.chart.canvas.closest(".columns") === null;
-            entry.chart.resize(isWide ? widthOfPaper : widthOfPaper / 2 - 20, 190);
+            const isWide = chart.canvas.closest(".columns") === null;
+            chart.resize(isWide ? widthOfPaper : widthOfPaper / 2 - 20, isWide ? 190 : 230);
         } else {
-            entry.chart.resize();
+            chart.resize();
         }
     }
 }
@@ -61,7 +52,6 @@ function repaintAll() {
 // An axis of counts.
 const countAxis = (options = {}) => ({
     beginAtZero: true,
-    grid: {}, title: {},
     ticks: { maxTicksLimit: 6, precision: 0, callback: (value) => number(value) },
     ...options,
 });
@@ -72,7 +62,7 @@ const tickSteps = [1, 5, 15, 30, 60, 300, 900, 1800, 3600, 7200, 10800, 21600, 4
 // An axis of times with marks at round ones, and the day where it changes.
 function timeAxis(begin, end) {
     const labels = (scale) => {
-        const most = Math.max(2, Math.floor(scale.width / 90));
+        const most = Math.max(2, Math.floor(scale.width / 80));
         const step = tickSteps.find((size) => (scale.max - scale.min) / size <= most)
             ?? 31536000 * Math.ceil((scale.max - scale.min) / 31536000 / most);
         let day = "";
@@ -87,7 +77,6 @@ function timeAxis(begin, end) {
     };
     return {
         type: "linear", min: begin, max: end,
-        grid: {}, title: {},
         afterBuildTicks: labels,
         ticks: { autoSkip: false, maxRotation: 0,
             callback: (value, index, ticks) => ticks[index].label },

@@ -32,11 +32,12 @@ function showDistribution(holder, id, title, values, axisTitle, format, binForma
             layout: { padding: { top: 54 } },
             interaction: { mode: "index", intersect: false },
             scales: {
-                x: { grid: { display: false }, ticks: { maxRotation: 45, autoSkip: values.bins.length > 16 },
+                x: { grid: { display: false }, ticks: { minRotation: values.bins.length > 8 ? 45 : 0, maxRotation: 45,
+                    autoSkip: values.bins.length > 16 },
                     title: { display: true, text: axisTitle } },
                 y: countAxis(),
             },
-            plugins: { legend: { display: false, labels: {} }, tooltip: { callbacks: {
+            plugins: { legend: { display: false }, tooltip: { callbacks: {
                 title: ([item]) => item.label,
                 label: (item) => ` ${number(item.parsed.y)} (${share(item.parsed.y / values.count)})`,
             } } },

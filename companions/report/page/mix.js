@@ -63,7 +63,7 @@ function showShares(holder, title, name, parts, filterOf) {
     const most = mostOf(parts.map((part) => part.share));
     const shown = (part) => (part.name === "NA" ? "not in the log" : part.name);
     holder.append(make("div", {}, make("h3", {}, title), growingTable(title,
-        [{ title: name, kind: "logged" }, { title: "Requests", kind: "number" }, { title: "Share", kind: "number" },
+        [{ title: name, kind: "logged host" }, { title: "Requests", kind: "number" }, { title: "Share", kind: "number" },
             { title: "", kind: "bar-cell" }, { title: "URLs", kind: "number" }], parts.length,
         (at) => [shown(parts[at]), number(parts[at].requests), share(parts[at].share), bar(parts[at].share / most),
             urlsButton(parts[at].urls, `URLs of ${shown(parts[at])}: ${number(parts[at].urls)}`,

@@ -68,7 +68,7 @@ function timeConfig(datasets, axis, plugins, state, isStacked) {
             layout: { padding: { top: 6 } },
             scales: { x: axis, y: countAxis({ stacked: isStacked, grace: "12%",
                 afterFit: (scale) => { scale.width = 58; } }) },
-            plugins: { legend: { labels: {} }, tooltip: { callbacks: {
+            plugins: { tooltip: { callbacks: {
                 title: ([item]) => {
                     const { start, step } = state.series;
                     return moment(Math.min(item.parsed.x, start + (state.series.requests.length - 1) * step), step);
@@ -187,7 +187,7 @@ function showOverTime(figures) {
                 dataset.data = pointsOf(series, values[index][at]);
                 dataset.hidden = index === 2 && values[2][at].every((value) => value === 0);
             });
-            chart.options.plugins.legend.labels.filter = (item) => !chart.data.datasets[item.datasetIndex].hidden;
+            chart.options.plugins.legend = { labels: { filter: (item) => !chart.data.datasets[item.datasetIndex].hidden } };
             chart.update("none");
         });
         table.replaceChildren(lazyDetails("The numbers of these charts as a table", () => timeTable(state)));
@@ -200,8 +200,8 @@ function showOverTime(figures) {
     holder.append(table);
 
     const controls = byId("time-controls");
-    if (period.start !== null || period.end !== null) {
-        const inside = [Math.max(period.start ?? whole[0], whole[0]), Math.min((period.end ?? whole[1]) + 1, whole[1])];
+    const inside = [Math.max(period.start ?? whole[0], whole[0]), Math.min((period.end ?? whole[1]) + 1, whole[1])];
+    if (inside[0] < inside[1] && (inside[0] > whole[0] || inside[1] < whole[1])) {
         controls.append(choice("Shown", [["all", "all that was logged"], ["period", "the replay period"]],
             (value) => setRange(value === "all" ? whole : inside)));
     }

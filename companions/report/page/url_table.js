@@ -65,7 +65,7 @@ const urlTable = (() => {
         const line = make("tr", { "data-row": at },
             make("td", { class: "number" }, number(row[urlColumns.requests])),
             make("td", {}, row[urlColumns.method]),
-            make("td", { class: "logged" }, host === "NA" ? "–" : host),
+            make("td", { class: "logged host" }, host === "NA" ? "–" : host),
             make("th", { scope: "row", class: "logged url" }, row[urlColumns.url]),
             make("td", {}, badge(row)),
             make("td", { class: "name" }, row[urlColumns.transaction] ?? "–"),
