@@ -3,8 +3,11 @@
 #include "companions/report/load_command.h"
 #include "companions/report/page/page_command.h"
 
+#include <csignal>
+
 int main(int argc, char* argv[]) {
     occupy_standard_streams();
+    std::signal(SIGXFSZ, SIG_IGN); // a file that gets too large is a failed write
     int exit_status = 0;
     CLI::App program("Shows the load that a scenario's logs hold, and takes it to other tools.",
                      "zvr_al_report");

@@ -17,9 +17,11 @@ function make(tag, properties, ...children) {
 }
 
 // Characters that turn, hide or end what stands beside them, in a form that can be seen.
+const harmful = new RegExp("[\\u0000-\\u001f\\u007f-\\u009f\\u00ad\\u061c\\u200b-\\u200f\\u2028-\\u202e\\u2060-\\u206f"
+    + "\\ufeff\\ufff9-\\ufffb\\u{e0000}-\\u{e007f}]", "gu");
+
 function visible(text) {
-    return text.replace(/[\u0000-\u001f\u007f-\u009f\u061c\u200b-\u200f\u2028-\u202e\u2060-\u2069\ufeff]/g,
-        (character) => `\\u${character.charCodeAt(0).toString(16).padStart(4, "0")}`);
+    return text.replace(harmful, (character) => `\\u${character.codePointAt(0).toString(16).padStart(4, "0")}`);
 }
 
 const byId = (id) => document.getElementById(id);
