@@ -3,7 +3,6 @@
 #include "base/failure.h"
 #include "base/new_file.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -11,6 +10,7 @@
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -26,10 +26,42 @@ bool is_free_for_file(int directory, const std::string& name) {
                                                              : S_ISREG(status.st_mode);
 }
 
-bool write_all(int file, std::initializer_list<std::string_view> parts) {
-    return std::all_of(parts.begin(), parts.end(),
-                       [file](std::string_view part) { return write_whole(file, part); });
-}
+// Removes a file at the end of its scope, unless it has been put in its place.
+class PartFile {
+  public:
+    PartFile(int directory, std::string name) : directory_(directory), name_(std::move(name)) {}
+    ~PartFile() {
+        if (stream_ != nullptr) {
+            std::fclose(stream_);
+        }
+        if (!is_in_place_) {
+            clear_file(directory_, name_.c_str());
+        }
+    }
+    PartFile(const PartFile&) = delete;
+    PartFile& operator=(const PartFile&) = delete;
+
+    // Null, with errno set, when it cannot be made.
+    FILE* open() {
+        stream_ = open_stream(create_new_file(directory_, name_.c_str(), 0666), "w");
+        return stream_;
+    }
+
+    // Returns false, with errno set, when not all has been written or it cannot be put there.
+    bool put_in_place(const std::string& name) {
+        const bool is_flushed = std::fflush(stream_) == 0 && std::ferror(stream_) == 0;
+        const bool is_closed = std::fclose(std::exchange(stream_, nullptr)) == 0;
+        is_in_place_ = is_flushed && is_closed &&
+                       renameat(directory_, name_.c_str(), directory_, name.c_str()) == 0;
+        return is_in_place_;
+    }
+
+  private:
+    int directory_;
+    std::string name_;
+    FILE* stream_ = nullptr;
+    bool is_in_place_ = false;
+};
 
 } // namespace
 
@@ -45,15 +77,21 @@ OutputFile::OutputFile(const std::string& path)
 }
 
 void OutputFile::write(std::initializer_list<std::string_view> parts) const {
-    const std::string part_name = ".zvr_" + std::to_string(getpid()) + ".part";
-    FileDescriptor file = create_new_file(directory_.get(), part_name.c_str(), 0666);
-    const bool is_in_place =
-        file.is_open() && write_all(file.get(), parts) && file.close() &&
-        renameat(directory_.get(), part_name.c_str(), directory_.get(), name_.c_str()) == 0;
-    if (!is_in_place) {
-        const int error = errno;
-        clear_file(directory_.get(), part_name.c_str());
-        errno = error;
+    write([parts](FILE* stream) {
+        for (const std::string_view part : parts) {
+            std::fwrite(part.data(), 1, part.size(), stream);
+        }
+    });
+}
+
+void OutputFile::write(const std::function<void(FILE*)>& write_text) const {
+    PartFile part(directory_.get(), ".zvr_" + std::to_string(getpid()) + ".part");
+    FILE* stream = part.open();
+    if (stream == nullptr) {
+        fail_to_write();
+    }
+    write_text(stream);
+    if (!part.put_in_place(name_)) {
         fail_to_write();
     }
 }

@@ -2,6 +2,8 @@
 
 #include "base/file_descriptor.h"
 
+#include <cstdio>
+#include <functional>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -17,6 +19,10 @@ class OutputFile {
     // Writes all of the parts, one after the other, with permission 0666 less the process's mask.
     // Fails, and leaves everything as it was, when it cannot.
     void write(std::initializer_list<std::string_view> parts) const;
+
+    // The same with what `write_text` writes into a stream. Whatever it throws leaves everything as
+    // it was, too.
+    void write(const std::function<void(FILE*)>& write_text) const;
 
   private:
     [[noreturn]] void fail_to_write() const; // by errno

@@ -1,0 +1,133 @@
+#include "companions/common/shown_text.h"
+#include "companions/report/export/export_formats.h"
+
+#include <algorithm>
+#include <fmt/core.h>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* head = R"(// Each request once: k6 run FILE. Set the users with -e USERS=N.
+import http from 'k6/http';
+import exec from 'k6/execution';
+import { SharedArray } from 'k6/data';
+
+// Method, URL, header Host, transaction, number of the body (-1: none), requests before this target
+const targets = new SharedArray('targets', () => [
+)";
+
+constexpr const char* tail = R"(
+export const options = {
+    scenarios: {
+        targets: {
+            executor: 'shared-iterations',
+            vus: Math.min(total, Number(__ENV.USERS || 10)),
+            iterations: total,
+            maxDuration: '24h',
+        },
+    },
+};
+
+function commonDivisor(a, b) {
+    return b === 0 ? a : commonDivisor(b, a % b);
+}
+
+// Steps of this length come to each request once, and seldom to one target twice in a row.
+function stepOf(count) {
+    let step = Math.max(1, Math.floor(Math.min(count * 0.618, Number.MAX_SAFE_INTEGER / count)));
+    while (commonDivisor(step, count) !== 1) {
+        step -= 1;
+    }
+    return step;
+}
+const step = stepOf(total);
+
+function targetOf(request) {
+    let low = 0;
+    let high = targets.length;
+    while (high - low > 1) {
+        const middle = Math.floor((low + high) / 2);
+        if (targets[middle][5] <= request) {
+            low = middle;
+        } else {
+            high = middle;
+        }
+    }
+    return targets[low];
+}
+
+export default function () {
+    const request = (exec.scenario.iterationInTest * step) % total;
+    const [method, url, host, transaction, body] = targetOf(request);
+    http.request(method, url, body < 0 ? null : bodies[body], {
+        headers: body < 0 ? { Host: host } : { Host: host, 'Content-Type': contentType },
+        tags: { name: transaction || url },
+    });
+}
+)";
+
+// Places of body files, each once.
+class Bodies {
+  public:
+    int number_of(const std::string& path) {
+        if (path.empty()) {
+            return -1;
+        }
+        const auto found = std::find(paths_.begin(), paths_.end(), path);
+        if (found == paths_.end()) {
+            paths_.push_back(path);
+            return static_cast<int>(paths_.size()) - 1;
+        }
+        return static_cast<int>(found - paths_.begin());
+    }
+
+    void write(FILE* out) const {
+        fmt::print(out, "const bodies = [\n");
+        for (const std::string& path : paths_) {
+            fmt::print(out, "open({}, 'b'),\n", Json(path).dump(-1, ' ', true));
+        }
+        fmt::print(out, "];\n");
+    }
+
+  private:
+    std::vector<std::string> paths_;
+};
+
+} // namespace
+
+// k6 would write a method in capitals.
+bool fits_k6(LoadTarget& target, ExportNotes& notes) {
+    const bool has_small_letters = std::any_of(target.method.begin(), target.method.end(),
+                                               [](char c) { return c >= 'a' && c <= 'z'; });
+    if (has_small_letters) {
+        notes.leave_out("whose method is not in capitals, as k6 would send it", target.count);
+        return false;
+    }
+    if (valid_utf8(target.body_file) != target.body_file) {
+        notes.leave_out("whose body file has a path that a script cannot name", target.count);
+        return false;
+    }
+    return true;
+}
+
+void export_k6(const Targets& targets, FILE* out) {
+    uint64_t total = 0;
+    Bodies bodies;
+    fmt::print(out, "{}", head);
+    targets([out, &total, &bodies](const LoadTarget& target) {
+        const Json row = {target.method,
+                          target.url,
+                          target.host,
+                          valid_utf8(target.transaction),
+                          bodies.number_of(target.body_file),
+                          total};
+        fmt::print(out, "{},\n", row.dump(-1, ' ', true));
+        total += target.count;
+    });
+    fmt::print(out, "]);\n");
+    bodies.write(out);
+    fmt::print(out, "const contentType = '{}';\nconst total = {};\n{}", body_content_type, total,
+               tail);
+}
