@@ -1,5 +1,6 @@
 #include "base/standard_streams.h"
 #include "companions/common/common_options.h"
+#include "companions/report/export/export_command.h"
 #include "companions/report/load_command.h"
 #include "companions/report/page/page_command.h"
 
@@ -16,5 +17,6 @@ int main(int argc, char* argv[]) {
     // One line for each command, in the order in which --help lists them.
     add_load_command(program, exit_status);
     add_page_command(program, exit_status);
+    add_export_command(program, exit_status);
     return run_command_line(program, argc, argv, exit_status);
 }
