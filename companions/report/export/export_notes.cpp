@@ -3,9 +3,9 @@
 #include "companions/common/counted.h"
 
 std::string ExportNotes::Amount::text() const {
-    return requests == 0
-               ? counted(urls, "URL")
-               : fmt::format("{} ({})", counted(requests, "request"), counted(urls, "URL"));
+    const std::string url_count = counted(urls, "URL");
+    const bool is_known = requests != 0 || urls == 0;
+    return is_known ? fmt::format("{} ({})", counted(requests, "request"), url_count) : url_count;
 }
 
 void ExportNotes::print(FILE* stream) const {

@@ -9,6 +9,9 @@ namespace {
 
 constexpr std::string_view methods[] = {"GET", "POST", "PUT", "PATCH", "DELETE", "OPTIONS"};
 
+// Characters. siege ends itself at a line of about 9,000.
+constexpr size_t longest_url = 8'000;
+
 // siege takes it for the beginning of a variable's name.
 bool encode_dollars(std::string& url) {
     bool is_any = false;
@@ -24,6 +27,10 @@ bool encode_dollars(std::string& url) {
 bool fits_siege(LoadTarget& target, ExportNotes& notes) {
     if (std::find(std::begin(methods), std::end(methods), target.method) == std::end(methods)) {
         notes.leave_out("whose method siege does not have", target.count);
+        return false;
+    }
+    if (target.url.size() > longest_url) {
+        notes.leave_out("whose URL is too long for siege", target.count);
         return false;
     }
     if (encode_dollars(target.url)) {
