@@ -70,7 +70,7 @@ void write_targets(const ExportOptions& options, const ExportFormat& format, FIL
 
 void write_to_standard_output(const ExportOptions& options, const ExportFormat& format) {
     if (format.write_plan != nullptr) {
-        fail("Format %s needs -o FILE: beside FILE stands FILE.csv", format.name);
+        fail("Format %s needs -o FILE: its data go into FILE%s", format.name, format.data_suffix);
     }
     write_targets(options, format, stdout);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
@@ -85,7 +85,7 @@ void write_to_files(const ExportOptions& options, const ExportFormat& format) {
         return;
     }
     const OutputFile plan(options.output);
-    const std::string data_path = options.output + ".csv";
+    const std::string data_path = options.output + format.data_suffix;
     OutputFile(data_path).write(write);
     const std::string data_name = std::filesystem::path(data_path).filename();
     plan.write([&](FILE* out) { format.write_plan(data_name, out); });

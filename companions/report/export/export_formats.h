@@ -23,10 +23,11 @@ void export_csv(const Targets& targets, FILE* out);
 void export_json(const Targets& targets, FILE* out);
 void export_vegeta(const Targets& targets, FILE* out);
 void export_siege(const Targets& targets, FILE* out);
-void export_k6(const Targets& targets, FILE* out);
+void export_k6(const Targets& targets, FILE* out);     // the data of the script
 void export_jmeter(const Targets& targets, FILE* out); // the data of the test plan
 
-// The test plan, which looks for its data in a file of this name beside it.
+// What runs the data, for which it looks in a file of this name beside it.
+void write_k6_script(const std::string& data_name, FILE* out);
 void write_jmeter_plan(const std::string& data_name, FILE* out);
 
 // What bodies are sent as; nothing tells what they are. siege goes by the file's name.
@@ -39,6 +40,7 @@ struct ExportFormat {
     bool (*fits)(LoadTarget& target, ExportNotes& notes);
     void (*write)(const Targets& targets, FILE* out);
     void (*write_plan)(const std::string& data_name, FILE* out); // null: there is one file
+    const char* data_suffix; // of the plan's name: the file that `write` writes then
 };
 
 extern const std::vector<ExportFormat> export_formats;

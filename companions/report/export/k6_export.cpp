@@ -9,16 +9,21 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr const char* head = R"(// Each request once: k6 run FILE. Set the users with -e USERS=N.
+// k6 would take minutes to read a script with a long list in it, and seconds for a file of data.
+constexpr const char* script = R"(// Each request once: k6 run FILE. Set the users with -e USERS=N.
 import http from 'k6/http';
 import exec from 'k6/execution';
 import { SharedArray } from 'k6/data';
 
-// Method, URL, header Host, transaction, number of the body (-1: none), requests before this target
-const targets = new SharedArray('targets', () => [
-)";
+function dataOf(key) {
+    return JSON.parse(open(@DATA@))[key];
+}
 
-constexpr const char* tail = R"(
+// Method, URL, header Host, transaction, number of the body (-1: none), requests before this target
+const targets = new SharedArray('targets', () => dataOf('targets'));
+const { total, bodyFiles } = new SharedArray('whole', () => [dataOf('whole')])[0];
+const bodies = bodyFiles.map((path) => open(path, 'b'));
+
 export const options = {
     scenarios: {
         targets: {
@@ -61,12 +66,24 @@ function targetOf(request) {
 export default function () {
     const request = (exec.scenario.iterationInTest * step) % total;
     const [method, url, host, transaction, body] = targetOf(request);
+    const headers = { Host: host };
+    if (body >= 0) {
+        headers['Content-Type'] = '@TYPE@';
+    }
     http.request(method, url, body < 0 ? null : bodies[body], {
-        headers: body < 0 ? { Host: host } : { Host: host, 'Content-Type': contentType },
+        headers,
         tags: { name: transaction || url },
     });
 }
 )";
+
+std::string ascii(const Json& value) {
+    return value.dump(-1, ' ', true);
+}
+
+void replace(std::string& text, std::string_view mark, std::string_view by) {
+    text.replace(text.find(mark), mark.size(), by);
+}
 
 // Places of body files, each once.
 class Bodies {
@@ -83,13 +100,7 @@ class Bodies {
         return static_cast<int>(found - paths_.begin());
     }
 
-    void write(FILE* out) const {
-        fmt::print(out, "const bodies = [\n");
-        for (const std::string& path : paths_) {
-            fmt::print(out, "open({}, 'b'),\n", Json(path).dump(-1, ' ', true));
-        }
-        fmt::print(out, "];\n");
-    }
+    const std::vector<std::string>& paths() const { return paths_; }
 
   private:
     std::vector<std::string> paths_;
@@ -115,19 +126,26 @@ bool fits_k6(LoadTarget& target, ExportNotes& notes) {
 void export_k6(const Targets& targets, FILE* out) {
     uint64_t total = 0;
     Bodies bodies;
-    fmt::print(out, "{}", head);
-    targets([out, &total, &bodies](const LoadTarget& target) {
+    const char* separator = "";
+    fmt::print(out, "{{\"targets\": [");
+    targets([&](const LoadTarget& target) {
         const Json row = {target.method,
                           target.url,
                           target.host,
                           valid_utf8(target.transaction),
                           bodies.number_of(target.body_file),
                           total};
-        fmt::print(out, "{},\n", row.dump(-1, ' ', true));
+        fmt::print(out, "{}\n{}", separator, ascii(row));
+        separator = ",";
         total += target.count;
     });
-    fmt::print(out, "]);\n");
-    bodies.write(out);
-    fmt::print(out, "const contentType = '{}';\nconst total = {};\n{}", body_content_type, total,
-               tail);
+    const Json whole = {{"total", total}, {"bodyFiles", bodies.paths()}};
+    fmt::print(out, "\n], \"whole\": {}}}\n", ascii(whole));
+}
+
+void write_k6_script(const std::string& data_name, FILE* out) {
+    std::string text = script;
+    replace(text, "@DATA@", ascii(valid_utf8("./" + data_name)));
+    replace(text, "@TYPE@", body_content_type);
+    fmt::print(out, "{}", text);
 }

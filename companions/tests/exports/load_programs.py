@@ -74,8 +74,7 @@ class K6(Exact):
 
     @staticmethod
     def run(targets, scratch, programs):
-        script = targets.rename(targets.with_suffix(".js"))
-        run([programs / "k6", "run", "--quiet", "--no-usage-report", script], scratch)
+        run([programs / "k6", "run", "--quiet", "--no-usage-report", targets], scratch)
 
 
 class JMeter(Exact):

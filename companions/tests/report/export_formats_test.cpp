@@ -112,19 +112,20 @@ TEST(ExportFormats, SiegeSaysWhatItSendsInAnotherForm) {
         "Changed: 4 requests (1 URL) with another host than the base URL's, which siege sends\n");
 }
 
-TEST(ExportFormats, K6RowsAreData) {
-    const std::string text = exported(export_k6, {plain, posted, posted});
-    const size_t begin = text.find("=> [\n") + 3;
-    std::string rows = text.substr(begin, text.find("\n]);") + 2 - begin);
-    rows.erase(rows.rfind(','), 1);
-    const nlohmann::json targets = nlohmann::json::parse(rows);
+TEST(ExportFormats, K6ReadsItsDataFromTheFileBeside) {
+    const nlohmann::json data = nlohmann::json::parse(exported(export_k6, {plain, posted, posted}));
+    const nlohmann::json& targets = data["targets"];
+    ASSERT_EQ(targets.size(), 3U);
     EXPECT_EQ(targets[0], (nlohmann::json{"GET", "http://h/a?b", "h", "", -1, 0}));
     EXPECT_EQ(targets[1],
               (nlohmann::json{"POST", "http://h/c", "www:81", posted.transaction, 0, 2}));
+    EXPECT_EQ(targets[2][4], 0) << "the same body file";
     EXPECT_EQ(targets[2][5], 3);
-    EXPECT_EQ(text.find("\xe2\x80\xa8"), std::string::npos) << "would end a line of the script";
-    EXPECT_NE(text.find("const bodies = [\nopen(\"/d/my body\", 'b'),\n];\n"), std::string::npos);
-    EXPECT_NE(text.find("const total = 4;\n"), std::string::npos);
+    EXPECT_EQ(data["whole"], (nlohmann::json{{"total", 4}, {"bodyFiles", {"/d/my body"}}}));
+    const std::string script =
+        written([](FILE* out) { write_k6_script("a'b\"c\xe2\x80\xa8.json", out); });
+    EXPECT_NE(script.find("open(\"./a'b\\\"c\\u2028.json\")"), std::string::npos);
+    EXPECT_EQ(script.find('@'), std::string::npos);
     EXPECT_FALSE(fits(fits_k6, "Get"));
     EXPECT_TRUE(fits(fits_k6, "M-SEARCH"));
 }
