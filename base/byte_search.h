@@ -125,7 +125,7 @@ inline uint64_t places_in_line(const char* position, char wanted) {
 }
 
 // The first `wanted` in [position, end), or null.
-inline char* find_in_line(char* position, char* end, char wanted) {
+inline char* find_in_line(char* position, const char* end, char wanted) {
 #if defined(__SSE2__)
     const __m128i all_wanted = _mm_set1_epi8(wanted);
     for (; position < end; position += sizeof all_wanted) {

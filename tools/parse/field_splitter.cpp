@@ -43,36 +43,7 @@ bool closes_quoted_field(const char* quote) {
     return (quote[1] == ' ' || quote[1] == '\0') && quote[-1] != '\\';
 }
 
-// Goes from quote to quote. Fields have to come in their order.
-class QuotedFields {
-  public:
-    QuotedFields(MarkCursor& quotes, const char* end)
-        : quotes_(quotes), next_(quotes.next), end_(end) {}
-    ~QuotedFields() { quotes_.next = next_; }
-    QuotedFields(const QuotedFields&) = delete;
-    QuotedFields& operator=(const QuotedFields&) = delete;
-
-    // The quote that closes the field that begins with the one at `start`, or null.
-    char* closing_quote(const char* start) {
-        while (*next_ != start) { // in fields before this one
-            ++next_;
-        }
-        while (*++next_ < end_) {
-            if (closes_quoted_field(*next_)) {
-                return *next_++;
-            }
-        }
-        return nullptr;
-    }
-
-  private:
-    MarkCursor& quotes_;
-    char* const* next_;
-    const char* end_;
-};
-
-// Likewise.
-char* closing_bracket(char* start, char* end) {
+char* closing_bracket(char* start, const char* end) {
     char* bracket = find_in_line(start, end, ']');
     while (bracket != nullptr && bracket[-1] == '\\') {
         bracket = find_in_line(bracket + 1, end, ']');
@@ -85,32 +56,90 @@ struct Split {
     bool is_unclosed = false;
 };
 
-Split split(QuotedFields quoted, LineText line, LineText fields[], int max_fields) {
-    char* const end = line.text + line.size;
-    char* start = skip_blanks(line.text);
-    LineText* field = fields;
-    LineText* const fields_end = fields + max_fields;
-    while (*start != '\0' && field != fields_end) {
-        char* field_end;
-        int closing_characters = 1;
-        if (*start == field_quote) {
-            field_end = quoted.closing_quote(start++);
-        } else if (*start == '[') {
-            field_end = closing_bracket(++start, end);
-        } else {
-            field_end = find_word_end(start);
-            closing_characters = 0;
-        }
-        if (field_end == nullptr) {
-            return {static_cast<int>(field - fields), true};
-        }
-        *field++ = {start, static_cast<size_t>(field_end - start)};
-        char* const behind = field_end + closing_characters;
-        const char separator = *behind;
-        *field_end = '\0';
-        start = next_start(behind, separator);
+// Takes the fields off a line in their order. There is a function for each form of a field: it
+// returns where the next one may start, or null when the field is not closed.
+class FieldSplitter {
+  public:
+    FieldSplitter(LineText line, char* const* quotes, LineText fields[], int max_fields)
+        : end_(line.text + line.size), quote_(quotes), field_(fields),
+          fields_end_(fields + max_fields) {}
+
+    bool is_full() const { return field_ == fields_end_; }
+    const LineText* fields_end() const { return field_; }
+    char* const* quote() const { return quote_; }
+
+    char* take_word(char* start) {
+        char* const end = find_word_end(start);
+        return take(start, end, end);
     }
-    return {static_cast<int>(field - fields), false};
+
+    char* take_bracketed(char* bracket) {
+        char* const end = closing_bracket(bracket + 1, end_);
+        return end == nullptr ? nullptr : take(bracket + 1, end, end + 1);
+    }
+
+    // Goes from quote to quote, and on to the quoted fields that follow by a blank each.
+    char* take_quoted(char* opening) {
+        while (*quote_ != opening) { // in fields before this one
+            ++quote_;
+        }
+        do {
+            char* const closing = quote_[1];
+            if (closing >= end_ || closing[1] != ' ' || closing[-1] == '\\') {
+                return take_odd_quoted(opening);
+            }
+            store(opening + 1, closing);
+            quote_ += 2;
+            opening = closing + 2;
+        } while (*opening == field_quote && !is_full());
+        return skip_blanks(opening);
+    }
+
+  private:
+    // Holds quotes, or nothing but the end of the line follows.
+    char* take_odd_quoted(char* opening) {
+        while (*++quote_ < end_) {
+            char* const closing = *quote_;
+            if (closes_quoted_field(closing)) {
+                ++quote_;
+                return take(opening + 1, closing, closing + 1);
+            }
+        }
+        return nullptr;
+    }
+
+    // The separator stands at `behind`.
+    char* take(char* start, char* end, char* behind) {
+        const char separator = *behind;
+        store(start, end);
+        return next_start(behind, separator);
+    }
+
+    void store(char* start, char* end) {
+        *field_++ = {start, static_cast<size_t>(end - start)};
+        *end = '\0';
+    }
+
+    const char* end_;
+    char* const* quote_; // the first that is not passed
+    LineText* field_;    // behind those that were stored
+    LineText* fields_end_;
+};
+
+Split split(LineText line, MarkCursor& quotes, LineText fields[], int max_fields) {
+    FieldSplitter splitter(line, quotes.next, fields, max_fields);
+    char* start = skip_blanks(line.text);
+    while (start != nullptr && *start != '\0' && !splitter.is_full()) {
+        if (*start == field_quote) {
+            start = splitter.take_quoted(start);
+        } else if (*start == '[') {
+            start = splitter.take_bracketed(start);
+        } else {
+            start = splitter.take_word(start);
+        }
+    }
+    quotes.next = splitter.quote();
+    return {static_cast<int>(splitter.fields_end() - fields), start == nullptr};
 }
 
 void log_split(const Split& split, const LineText fields[], int max_fields) {
@@ -127,7 +156,7 @@ void log_split(const Split& split, const LineText fields[], int max_fields) {
 } // namespace
 
 int get_al_fields(LineText line, MarkCursor& quotes, LineText fields[], int max_fields) {
-    const Split result = split({quotes, line.text + line.size}, line, fields, max_fields);
+    const Split result = split(line, quotes, fields, max_fields);
     if (debug_wanted(3)) {
         log_split(result, fields, max_fields);
     }
