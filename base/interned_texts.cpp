@@ -16,11 +16,8 @@ inline InternedTexts::Slot& InternedTexts::find_slot(uint64_t hash, std::string_
 }
 
 uint32_t InternedTexts::intern(std::string_view text, uint64_t hash) {
-    if (2 * (texts_.size() + 1) > slots_.size()) {
-        grow();
-    }
-    Slot& slot = find_slot(hash, text);
-    return slot.text != nullptr ? slot.text->id : add(slot, text, hash);
+    const uint32_t known = find(text, hash);
+    return known != unknown ? known : add(text, hash);
 }
 
 uint32_t InternedTexts::find(std::string_view text, uint64_t hash) {
@@ -41,13 +38,17 @@ void InternedTexts::grow() {
     }
 }
 
-uint32_t InternedTexts::add(Slot& slot, std::string_view text, uint64_t hash) {
+// Not inlined: what it needs would be saved and restored for every known text.
+[[gnu::noinline]] uint32_t InternedTexts::add(std::string_view text, uint64_t hash) {
+    if (2 * (texts_.size() + 1) > slots_.size()) {
+        grow();
+    }
     const size_t size = sizeof(Text) + text.size();
     const size_t padded_size = (size + alignof(Text) - 1) / alignof(Text) * alignof(Text);
     void* place = arena_.allocate("interned texts", padded_size);
     Text* added = new (place) Text{count(), static_cast<uint32_t>(text.size())};
     text.copy(added->characters(), text.size());
     texts_.push_back(added);
-    slot = {hash, added};
+    find_slot(hash, text) = {hash, added};
     return added->id;
 }

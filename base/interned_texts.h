@@ -62,7 +62,7 @@ class InternedTexts {
 
     Slot& find_slot(uint64_t hash, std::string_view text);
     void grow();
-    uint32_t add(Slot& slot, std::string_view text, uint64_t hash);
+    uint32_t add(std::string_view text, uint64_t hash);
 
     using Slots = std::vector<Slot, PageAllocator<Slot>>;
 

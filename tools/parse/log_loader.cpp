@@ -145,7 +145,9 @@ void add_request(ParsingThread& thread, const CookieNames& names, RequestBatch& 
     RequestRow row = {};
     row.time_stamp = record.time_stamp;
     row.is_redirect = is_redirect(record);
-    row.own_texts = store_own_texts(thread.own_texts, record);
+    if (has_own_texts(record)) {
+        row.own_texts = store_own_texts(thread.own_texts, record);
+    }
     batch.rows.push_back(row);
     thread.interner.add(session.text,
                         {record.method, thread.fields.host_or_none(), counted_url(record)},

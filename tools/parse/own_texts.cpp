@@ -10,10 +10,6 @@ namespace {
 // The first character of a piece tells what else it holds, in this order.
 enum Holds : char { LOCATION = 1, FULL_URL = 2, METHOD = 4, SECONDARY_COOKIE = 8 };
 
-bool has_only_secondary_cookie(const alInfo& request) {
-    return request.akaau_id[0] != '\0' && request.jsession_id[0] == '\0';
-}
-
 char held_by(const alInfo& request) {
     return static_cast<char>((is_redirect(request) ? LOCATION : 0) |
                              (has_ignored_query(request) ? FULL_URL : 0) |
@@ -65,9 +61,4 @@ OwnTexts read_own_texts(const char* stored) {
     texts.method = (held & METHOD) != 0 ? take_text(position) : nullptr;
     texts.has_secondary_cookie = (held & SECONDARY_COOKIE) != 0;
     return texts;
-}
-
-bool is_redirect(const alInfo& request) {
-    const int code = request.response_code;
-    return (code == 301 || code == 302 || code == 307) && request.redirect_url != nullptr;
 }

@@ -21,16 +21,14 @@ inline char* RequestInterner::PendingText::resize(size_t new_size) {
     return room.data();
 }
 
-// The texts are hashed where they stand: words of a fresh copy would have to wait for it.
 void RequestInterner::add(std::string_view session, const UrlParts& url, RequestRows& rows) {
     if (added_ - interned_ == max_pending) {
         intern_oldest(rows);
     }
     Pending& newest = pending(added_);
     newest.session.hash = hash_text(session);
-    newest.url.hash = hash_url_key(url);
     session.copy(newest.session.resize(session.size()), session.size());
-    write_url_key(url, newest.url.resize(url_key_size(url)));
+    newest.url.hash = write_url_key(url, newest.url.resize(url_key_size(url)));
     newest.row = rows.size() - 1;
     texts_.sessions.prefetch_slot(newest.session.hash);
     texts_.urls.prefetch_slot(newest.url.hash);

@@ -27,8 +27,6 @@ struct MethodWords {
 
     explicit MethodWords(const char* method) { std::memcpy(words, method, sizeof words); }
 
-    std::string_view view() const { return {reinterpret_cast<const char*>(words), sizeof words}; }
-
     bool has_small_letter() const {
         return (characters_between(words[0], 'a', 'z') | characters_between(words[1], 'a', 'z')) !=
                0;
@@ -46,37 +44,30 @@ struct MethodWords {
 };
 static_assert(sizeof(MethodWords) == max_method_length);
 
-uint64_t hash_parts(std::string_view method, std::string_view host, std::string_view url) {
-    return hash_text(url, hash_text(host, hash_text(method)));
+// Two hashes that do not wait for one another, which the method joins.
+uint64_t hash_parts(const MethodWords& method, std::string_view host, std::string_view url) {
+    return folded_product(hash_text(host) ^ method.words[0], hash_text(url) ^ method.words[1]);
 }
 
 } // namespace
 
-uint64_t hash_url_key(const UrlParts& parts) {
-    MethodWords method(parts.method);
-    method.make_small();
-    return hash_parts(method.view(), parts.host, parts.url);
-}
-
 uint64_t hash_url_key(std::string_view key) {
     const UrlKey parts(key);
-    return hash_parts(parts.method, parts.host, parts.url);
+    return hash_parts(MethodWords(parts.method.data()), parts.host, parts.url);
 }
 
-// The host ends with a terminator.
-size_t url_key_size(const UrlParts& parts) {
-    return max_method_length + parts.host.size() + 1 + parts.url.size();
-}
-
-void write_url_key(const UrlParts& parts, char* key) {
+// The texts are hashed where they stand: words of a fresh copy would have to wait for it.
+uint64_t write_url_key(const UrlParts& parts, char* key) {
     MethodWords method(parts.method);
     method.make_small();
+    const uint64_t hash = hash_parts(method, parts.host, parts.url);
     std::memcpy(key, method.words, sizeof method.words);
     char* const host = key + max_method_length;
     std::memcpy(host, parts.host.data(), parts.host.size());
     char* const host_end = host + parts.host.size();
     *host_end = '\0';
     std::memcpy(host_end + 1, parts.url.data(), parts.url.size());
+    return hash;
 }
 
 UrlKey::UrlKey(std::string_view key)
@@ -87,8 +78,8 @@ bool UrlKey::has_ignored_query() const {
     return ignore_query_flag != 0 && !url.empty() && is_query_separator(url.back());
 }
 
-bool has_standard_spelling(const alInfo& request) {
-    return !MethodWords(request.method).has_small_letter();
+bool has_no_small_letter(const char* method) {
+    return !MethodWords(method).has_small_letter();
 }
 
 void standard_method(std::string_view key, char (&method)[max_method_length + 1]) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 // What makes a URL unique, as one text: the method without regard to case, the host, and the part
@@ -16,14 +17,15 @@ struct UrlParts {
     std::string_view url; // the part that counts
 };
 
-// The same for the parts and for the key that they make.
-uint64_t hash_url_key(const UrlParts& parts);
+// The host ends with a terminator.
+inline size_t url_key_size(const UrlParts& parts) {
+    return max_method_length + parts.host.size() + 1 + parts.url.size();
+}
+
+// Writes the key, url_key_size characters of it. Returns its hash_url_key.
+uint64_t write_url_key(const UrlParts& parts, char* key);
+
 uint64_t hash_url_key(std::string_view key);
-
-size_t url_key_size(const UrlParts& parts);
-
-// Writes the key, url_key_size characters of it.
-void write_url_key(const UrlParts& parts, char* key);
 
 // The parts of a key; they live as long as its text.
 struct UrlKey {
@@ -37,8 +39,16 @@ struct UrlKey {
     bool has_ignored_query() const;
 };
 
-// Whether the method is spelt as standard_method spells it.
-bool has_standard_spelling(const alInfo& request);
+// Whether the method is spelt as standard_method spells it. Mostly no character has the bit that
+// tells small letters from capitals.
+bool has_no_small_letter(const char* method);
+inline bool has_standard_spelling(const alInfo& request) {
+    constexpr uint64_t bit_of_small_letters = 0x2020202020202020;
+    uint64_t words[max_method_length / sizeof(uint64_t)];
+    std::memcpy(words, request.method, sizeof words);
+    return ((words[0] | words[1]) & bit_of_small_letters) == 0 ||
+           has_no_small_letter(request.method);
+}
 
 // Writes the method of a key as most write it, in capitals, with its terminator.
 void standard_method(std::string_view key, char (&method)[max_method_length + 1]);
