@@ -3,7 +3,6 @@
 #include "base/logs.h"
 #include "base/short_text.h"
 #include "tools/config/field_layout.h"
-#include "tools/config/replay_period.h"
 #include "tools/config/replay_settings.h"
 #include "tools/parse/client_address.h"
 #include "tools/parse/counted_url.h"
@@ -41,17 +40,7 @@ void set_response_time(RequestFields& request, LineText field, int64_t seconds, 
 
 } // namespace
 
-std::span<const PresentField> fields_to_read() {
-    return debug_wanted(2) ? std::span(present_fields, static_cast<size_t>(present_field_count))
-                           : std::span(read_fields, static_cast<size_t>(read_field_count));
-}
-
-LineKind split_line(const LineOrigin& origin, LineText line, MarkCursor& quotes,
-                    LineText fields[]) {
-    const int count = get_al_fields(line, quotes, fields, max_al_fields);
-    if (count >= max_required_field_position) {
-        return LineKind::accepted;
-    }
+LineKind report_unusable_fields(const LineOrigin& origin, int count) {
     report_bad_line(origin, "Invalid line at line %ld in file '%s'");
     return count == -1 ? LineKind::unclosed_field : LineKind::too_few_fields;
 }
@@ -100,18 +89,10 @@ void report_bad_line(const LineOrigin& origin, const char* message) {
     }
 }
 
-LineKind test_replay_period(const LineOrigin& origin, RequestFields& request) {
-    if (consider_response_time != 0) {
-        request.time_stamp -= static_cast<uint64_t>(request.response_time);
-    }
-    const bool is_early = start_time_stamp != 0 && request.time_stamp < start_time_stamp;
-    const bool is_late = end_time_stamp != 0 && request.time_stamp > end_time_stamp;
-    if (!is_early && !is_late) {
-        return LineKind::accepted;
-    }
+LineKind report_out_of_period(const LineOrigin& origin, LineKind kind) {
     DEBUG_LOG(2, origin.fname,
               "Request doesn't come in replay period range , This request will be ignored");
-    return is_early ? LineKind::before_period : LineKind::after_period;
+    return kind;
 }
 
 int finish_line(ParsingThread& thread, const LineOrigin& origin, LineOutcome outcome) {

@@ -2,6 +2,8 @@
 
 #include "base/logs.h"
 #include "tools/config/field_layout.h"
+#include "tools/config/replay_period.h"
+#include "tools/config/replay_settings.h"
 #include "tools/parse/field_splitter.h"
 #include "tools/parse/line_outcome.h"
 #include "tools/parse/parsing_thread.h"
@@ -29,7 +31,10 @@ enum class FieldOutcome {
 
 // The fields of the layout that are to be read, in the order of their kinds: those that the
 // settings have a use for, or all where the debug log tells of them.
-std::span<const PresentField> fields_to_read();
+inline std::span<const PresentField> fields_to_read() {
+    return debug_wanted(2) ? std::span(present_fields, static_cast<size_t>(present_field_count))
+                           : std::span(read_fields, static_cast<size_t>(read_field_count));
+}
 
 // Whether a field holds the "-" that stands for no value.
 inline bool is_dash(LineText field) {
@@ -38,7 +43,13 @@ inline bool is_dash(LineText field) {
 
 // Splits `line` at `quotes` into `fields` (max_al_fields of them). Returns `accepted`; or why the
 // line is bad, which is then reported.
-LineKind split_line(const LineOrigin& origin, LineText line, MarkCursor& quotes, LineText fields[]);
+LineKind report_unusable_fields(const LineOrigin& origin, int count);
+inline LineKind split_line(const LineOrigin& origin, LineText line, MarkCursor& quotes,
+                           LineText fields[]) {
+    const int count = get_al_fields(line, quotes, fields, max_al_fields);
+    return count >= max_required_field_position ? LineKind::accepted
+                                                : report_unusable_fields(origin, count);
+}
 
 // Writes the field's value to the debug log (level 4), except for a status code, which has a line
 // of its own, and a client address that is not looked at.
@@ -110,9 +121,25 @@ inline FieldOutcome read_common_field(const LineOrigin& origin, int kind, LineTe
 // Reports a bad line. `message` takes the line number and the file name.
 void report_bad_line(const LineOrigin& origin, const char* message);
 
-// Subtracts the response time where the settings say so, and tests the replay period, both ends
-// included. A request outside of it is reported.
-LineKind test_replay_period(const LineOrigin& origin, RequestFields& request);
+// Tests the replay period, both ends included. A request outside of it is reported.
+LineKind report_out_of_period(const LineOrigin& origin, LineKind kind);
+inline LineKind test_time(const LineOrigin& origin, uint64_t time_stamp) {
+    if (start_time_stamp != 0 && time_stamp < start_time_stamp) {
+        return report_out_of_period(origin, LineKind::before_period);
+    }
+    if (end_time_stamp != 0 && time_stamp > end_time_stamp) {
+        return report_out_of_period(origin, LineKind::after_period);
+    }
+    return LineKind::accepted;
+}
+
+// The same, for the time from which the response time is subtracted where the settings say so.
+inline LineKind test_replay_period(const LineOrigin& origin, RequestFields& request) {
+    if (consider_response_time != 0) {
+        request.time_stamp -= static_cast<uint64_t>(request.response_time);
+    }
+    return test_time(origin, request.time_stamp);
+}
 
 // The parsers' result for a line: counts it in `thread`, keeps what became of it there, and returns
 // 0 when it is accepted, else -1.
