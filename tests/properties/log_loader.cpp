@@ -250,9 +250,11 @@ void expect_plain_status_code(Choices& choices) {
 
 void expect_plain_cookie_search(Choices& choices) {
     std::string header = choices.text("-a=;", choices.one_in(2) ? 3 : 90);
-    const std::string session = choices.text("-a", choices.one_in(2) ? 2 : 20);
+    const std::string session = choices.one_in(4) ? header.substr(header.size() / 3, 40)
+                                                  : choices.text("-a", choices.one_in(2) ? 2 : 20);
     const std::string secondary = choices.text("=a", choices.one_in(2) ? 4 : 9);
     const CookieNames names(session, secondary);
+    header.reserve(header.size() + room_behind_line);
     const LineText text = {header.data(), header.size()};
     const CookiePlaces found = names.find(text);
     const CookiePlaces plainly_found = names.find_plainly(text);

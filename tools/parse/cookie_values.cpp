@@ -1,6 +1,5 @@
 #include "tools/parse/cookie_values.h"
 
-#include "base/byte_search.h"
 #include "base/logs.h"
 
 #include <algorithm>
@@ -15,8 +14,9 @@ namespace {
 
 constexpr size_t block_size = sizeof(CookieName::Block);
 
-const char* find_name(LineText header, size_t from, std::string_view name) {
-    return find_text(header.text + from, header.text + header.size, name);
+const char* find_name(LineText header, std::string_view name) {
+    const size_t at = std::string_view(header.text, header.size).find(name);
+    return at == std::string_view::npos ? nullptr : header.text + at;
 }
 
 #if defined(__x86_64__)
@@ -43,21 +43,28 @@ ZVR_WITH_AVX2 inline uint32_t possible_places(const CookieName& name, const char
     return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_and_si256(first, last)));
 }
 
+// Whether the name stands at `place`. A call of the library's comparison would cost more.
+ZVR_WITH_AVX2 inline bool stands_at(const char* place, const CookieName& name) {
+    const uint32_t equal = equal_characters(block_at(place), block_at(name.all.data()));
+    return (~equal & name.all_places) == 0;
+}
+
 // The first of the places from which on the name stands, or null.
-ZVR_WITH_AVX2 const char* first_place(const CookieName& name, const char* block, uint32_t places) {
+ZVR_WITH_AVX2 inline const char* first_place(const CookieName& name, const char* block,
+                                             uint32_t places) {
     for (; places != 0; places = _blsr_u32(places)) {
         const char* const place = block + _tzcnt_u32(places);
-        if (std::memcmp(place, name.text.data(), name.text.size()) == 0) {
+        if (stands_at(place, name)) {
             return place;
         }
     }
     return nullptr;
 }
 
-// Returns behind which place nothing is searched yet: only the shorter name may stand there.
-ZVR_WITH_AVX2 size_t find_in_blocks(const CookieName& session, const CookieName& secondary,
-                                    LineText header, CookiePlaces& found) {
-    const size_t last = header.size - block_size - std::max(session.to_last, secondary.to_last);
+// No name stands at the end of the header and behind it: the terminator would be part of it.
+ZVR_WITH_AVX2 CookiePlaces find_in_blocks(const CookieName& session, const CookieName& secondary,
+                                          LineText header, size_t last) {
+    CookiePlaces found;
     for (size_t at = 0;; at = std::min(at + block_size, last)) { // the last overlaps another
         const char* const block = header.text + at;
         const uint32_t of_session = possible_places(session, block);
@@ -69,7 +76,7 @@ ZVR_WITH_AVX2 size_t find_in_blocks(const CookieName& session, const CookieName&
             found.secondary = first_place(secondary, block, of_secondary);
         }
         if (at == last) {
-            return at + block_size;
+            return found;
         }
     }
 }
@@ -95,32 +102,29 @@ CookieName::CookieName(std::string_view name) : text(name) {
         to_last = name.size() - 1;
         all_first.fill(name.front());
         all_last.fill(name.back());
+        const size_t size = name.copy(all.data(), all.size());
+        all_places = static_cast<uint32_t>((uint64_t{1} << size) - 1);
     }
 }
 
 CookieNames::CookieNames(std::string_view session, std::string_view secondary)
     : session_(session), secondary_(secondary),
-      min_size_(std::min(session.size(), secondary.size())),
-      min_block_size_(
-          min_size_ == 0 ? SIZE_MAX : std::max(session_.to_last, secondary_.to_last) + block_size) {
+      min_size_(std::min(session.size(), secondary.size())) {
+    // A block that begins in a header may be read a block behind it, which room_behind_line allows.
+    static_assert(2 * block_size <= room_behind_line);
+    if (min_size_ != 0 && std::max(session_.to_last, secondary_.to_last) < block_size) {
+        min_block_size_ = block_size + min_size_ - 1;
+    }
 }
 
 CookiePlaces CookieNames::find_plainly(LineText header) const {
-    return {find_name(header, 0, session_.text), find_name(header, 0, secondary_.text)};
+    return {find_name(header, session_.text), find_name(header, secondary_.text)};
 }
 
 CookiePlaces CookieNames::find_in(LineText header) const {
 #if defined(__x86_64__)
     if (has_avx2 && header.size >= min_block_size_) {
-        CookiePlaces found;
-        const size_t searched = find_in_blocks(session_, secondary_, header, found);
-        if (found.session == nullptr) {
-            found.session = find_name(header, searched, session_.text);
-        }
-        if (found.secondary == nullptr) {
-            found.secondary = find_name(header, searched, secondary_.text);
-        }
-        return found;
+        return find_in_blocks(session_, secondary_, header, header.size - min_block_size_);
     }
 #endif
     return find_plainly(header);

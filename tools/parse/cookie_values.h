@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 // Cuts the values of the two cookies that tell sessions out of a Cookie or Set-Cookie header. Their
@@ -16,8 +17,7 @@ struct CookiePlaces {
     const char* secondary = nullptr;
 };
 
-// A name, which stands where its first and its last character do, at their distance, and all
-// between them fits.
+// A name, which may stand where its first and its last character do, at their distance.
 struct CookieName {
     using Block = std::array<char, 32>;
 
@@ -27,9 +27,12 @@ struct CookieName {
     size_t to_last = 0;   // from the first character
     Block all_first = {}; // filled with the first character
     Block all_last = {};
+    Block all = {};          // its characters, as far as they fit
+    uint32_t all_places = 0; // a bit for each of them
 };
 
-// Looks for both names at once. Their texts must outlive this object.
+// Looks for both names at once, in headers behind which room_behind_line bytes may be read. The
+// texts of the names must outlive this object.
 class CookieNames {
   public:
     CookieNames(std::string_view session, std::string_view secondary);
@@ -49,8 +52,8 @@ class CookieNames {
 
     CookieName session_;
     CookieName secondary_;
-    size_t min_size_;       // of a header that may hold a name
-    size_t min_block_size_; // of one that is searched in blocks
+    size_t min_size_;                  // of a header that may hold a name
+    size_t min_block_size_ = SIZE_MAX; // of one that is searched in blocks
 };
 
 // The value of a cookie ends before the next ';' or with its header.
