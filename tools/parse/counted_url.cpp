@@ -1,7 +1,5 @@
 #include "tools/parse/counted_url.h"
 
-#include "tools/config/replay_settings.h"
-
 #include <cstring>
 
 namespace {
@@ -14,10 +12,7 @@ bool is_query_separator(char c) {
     return std::strchr(query_separators, c) != nullptr; // no URL holds a NUL
 }
 
-void find_counted_url(alInfo& request) {
-    if (ignore_query_flag == 0) {
-        return;
-    }
+void find_query(alInfo& request) {
     const int separator = static_cast<int>(std::strcspn(request.url, query_separators));
     if (separator != request.url_len) {
         request.ignore_query_flag = 1;

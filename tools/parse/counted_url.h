@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/config/replay_settings.h"
 #include "tools/parse/request_record.h"
 
 #include <cstddef>
@@ -9,7 +10,12 @@
 // with queries ignored, what stands before its query, the separator included.
 
 // Notes in a record that holds its URL and the whole URL's length which part counts.
-void find_counted_url(alInfo& request);
+void find_query(alInfo& request);
+inline void find_counted_url(alInfo& request) {
+    if (ignore_query_flag != 0) {
+        find_query(request);
+    }
+}
 
 // Whether a query begins with this character.
 bool is_query_separator(char c);

@@ -134,8 +134,9 @@ void note_session_event(ParsingThread& thread, const Session& session, RequestBa
 void add_request(ParsingThread& thread, const CookieNames& names, RequestBatch& batch) {
     alInfo& record = thread.request;
     Session session;
-    const AddressText address = address_text(record.client_ip);
+    AddressText address;
     if (session_mode == SESSION_MODE_CLIENT_IP) {
+        address = address_text(record.client_ip);
         session.text = {address.data(), address.size()};
     } else {
         session = identify_session(names, thread.fields, record);
