@@ -304,8 +304,11 @@ std::string figures_as_json(const ScenarioFigures& figures) {
         {"to_set", to_set_as_json(figures)}};
     std::string text = escape_less_than(as_ascii(json));
     text.back() = ','; // the members that follow are long, and not built as values first
+    constexpr size_t usual_row = 128;
+    text.reserve(text.size() + usual_row * figures.urls.size());
     append_urls(text, figures.urls);
     text += ',';
     append_queries(text, figures);
-    return text + "}";
+    text += '}';
+    return text;
 }
