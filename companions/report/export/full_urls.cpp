@@ -3,11 +3,11 @@
 #include "base/failure.h"
 #include "base/result_names.h"
 #include "companions/common/shown_text.h"
+#include "companions/common/text_map.h"
 #include "tools/results/url_list.h"
 
 #include <cstdlib>
-#include <unordered_map>
-#include <vector>
+#include <deque>
 
 namespace {
 
@@ -17,26 +17,27 @@ constexpr size_t most_kept_urls = 65'536;
 class UrlCounts {
   public:
     void add(std::string_view url) {
-        const auto [entry, is_new] = counts_.try_emplace(std::string(url), 0);
-        ++entry->second;
-        if (is_new) {
-            order_.push_back(&*entry);
+        const auto found = counts_.find(url);
+        if (found != counts_.end()) {
+            ++found->second;
+            return;
         }
+        counts_.emplace(urls_.emplace_back(url), 1);
     }
 
-    size_t size() const { return order_.size(); }
+    size_t size() const { return urls_.size(); }
 
     template <typename Use> void hand_over(const Use& use) {
-        for (const auto* entry : order_) {
-            use(entry->first, entry->second);
+        for (const std::string& url : urls_) {
+            use(url, counts_.at(url));
         }
-        order_.clear();
         counts_.clear();
+        urls_.clear();
     }
 
   private:
-    std::unordered_map<std::string, uint64_t> counts_;
-    std::vector<const std::pair<const std::string, uint64_t>*> order_;
+    std::deque<std::string> urls_; // stay where they are
+    TextMap<uint64_t> counts_;
 };
 
 // Whether this is the URL of a row, before its query was replaced by "*".

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <map>
 #include <nlohmann/json.hpp>
 
 namespace {
@@ -92,18 +93,18 @@ class Bodies {
         if (path.empty()) {
             return -1;
         }
-        const auto found = std::find(paths_.begin(), paths_.end(), path);
-        if (found == paths_.end()) {
+        const auto [entry, is_new] = numbers_.try_emplace(path, static_cast<int>(paths_.size()));
+        if (is_new) {
             paths_.push_back(path);
-            return static_cast<int>(paths_.size()) - 1;
         }
-        return static_cast<int>(found - paths_.begin());
+        return entry->second;
     }
 
     const std::vector<std::string>& paths() const { return paths_; }
 
   private:
     std::vector<std::string> paths_;
+    std::map<std::string, int> numbers_; // by path
 };
 
 } // namespace
