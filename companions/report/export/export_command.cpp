@@ -113,6 +113,7 @@ void export_load(ExportOptions options) {
 
 CLI::Validator one_of_formats() {
     std::vector<std::string> names;
+    names.reserve(export_formats.size());
     for (const ExportFormat& format : export_formats) {
         names.emplace_back(format.name);
     }
