@@ -96,7 +96,8 @@ TEST(PageCommand, LetsNoTextOfALogEndItsScript) {
     EXPECT_TRUE(
         std::all_of(figures.begin(), figures.end(), [](char c) { return c >= ' ' && c <= '~'; }));
     std::string urls;
-    for (const auto& row : nlohmann::json::parse(figures)["urls"]["rows"]) {
+    const nlohmann::json parsed = nlohmann::json::parse(figures);
+    for (const auto& row : parsed["urls"]["rows"]) {
         urls += row[2].get<std::string>();
     }
     EXPECT_NE(urls.find("</script><script>"), std::string::npos);
