@@ -41,7 +41,9 @@ function showTransactions(mix) {
 }
 
 function showLackingBodies(mix, urls) {
-    const { urls: rows, requests } = mix.post_without_body;
+    const { requests } = mix.post_without_body;
+    const requestsOf = (at) => urls.rows[at][urlColumns.requests];
+    const rows = [...mix.post_without_body.urls].sort((a, b) => requestsOf(b) - requestsOf(a));
     const parts = byId("mix-parts");
     parts.append(make("h3", {}, "POST and PUT without a body file"));
     if (rows.length === 0) {

@@ -80,7 +80,7 @@ const urlTable = (() => {
 
     function moreOf(at) {
         const row = figures.urls.rows[at];
-        const facts = [["URL", row[urlColumns.url]], ["Pattern that decided", row[urlColumns.pattern] ?? "none fits"],
+        const facts = [["Host", row[urlColumns.host]], ["URL", row[urlColumns.url]], ["Pattern that decided", row[urlColumns.pattern] ?? "none fits"],
             ["Body file", row[urlColumns.body] ?? "none"],
             ["Share of the listed requests", share(row[urlColumns.requests] / Math.max(listedRequests(), 1))]];
         const queries = queriesOf.get(at);
