@@ -88,6 +88,10 @@ std::string text_of(const Manifest& manifest) {
 
 } // namespace
 
+std::string log_line(const std::string& path, const std::string& state) {
+    return "log " + path + " " + state + "\n";
+}
+
 std::string result_line(const std::string& name, const std::string& state) {
     return name + " " + state + "\n";
 }

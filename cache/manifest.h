@@ -20,7 +20,11 @@ struct Manifest {
 // Name of the file in either directory.
 constexpr const char* manifest_name = "cache_manifest.txt";
 
-// The line for a result in this state (see state_text).
+// The line for a log in this state (see state_text), by its absolute path, among what decides
+// loading.
+std::string log_line(const std::string& path, const std::string& state);
+
+// The line for a result in this state.
 std::string result_line(const std::string& name, const std::string& state);
 
 // Whether the text has this line, which ends in a line feed.

@@ -95,7 +95,7 @@ class Collector {
         }
         for (const std::string& log : logs) {
             const fs::path path = run_.directory / log;
-            add_loading(joined(joined("log", path), state_of(path)));
+            inputs_.manifest.loading += log_line(path, state_of(path));
         }
     }
 

@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <string>
+#include <sys/inotify.h>
 #include <sys/wait.h>
 #include <tuple>
 #include <unistd.h>
@@ -176,6 +178,53 @@ TEST_F(Checker, ALogThatChangesDuringARunIsReadAgain) {
                                        "echo >>logs/access_0; exit $code\n");
     EXPECT_EQ(answer(), 1);
     EXPECT_EQ(answer(), 1);
+}
+
+// What the checker has looked at is another file than the one that the run reads.
+TEST_F(Checker, ALogThatIsExchangedDuringARunAndPutBackIsReadAgain) {
+    const auto link_log_to = [&](const std::string& name) {
+        remove("logs/access_0");
+        fs::create_symlink(name, installation_.path("logs/access_0"));
+    };
+    installation_.write("logs/true", installation_.read("logs/access_0"));
+    installation_.write("logs/other", combined_line());
+    link_log_to("true");
+    installation_.write_checker_script(
+        std::string(ZVR_CHECKER_PATH) +
+        " \"$@\"; code=$?; /bin/ln -sfn other logs/access_0; exit $code\n");
+    EXPECT_EQ(answer(), 1);
+    EXPECT_EQ(last_run_.counter("Total"), 2);
+    link_log_to("true");
+    installation_.write_checker_script("exec " + std::string(ZVR_CHECKER_PATH) + " \"$@\"\n");
+    EXPECT_EQ(answer(), 1);
+    EXPECT_EQ(last_run_.counter("Total"), 3);
+    EXPECT_EQ(answer(), 0);
+}
+
+// Whoever may make names in the directory of the results can let them look exchanged while they are
+// read.
+TEST_F(Checker, ANameMadeWhileTheListIsReadRefusesNoRun) {
+    std::string log;
+    for (int i = 0; i < 40'000; ++i) {
+        log += combined_line({.url = "/" + std::to_string(i)});
+    }
+    installation_.write_logs({log});
+    run_in_full();
+    for (int opening = 1; opening <= 3; ++opening) {
+        installation_.write_filters("active|na|1|na|/" + std::string(opening, 'a') + "\n");
+        let_files_settle();
+        const std::string list = installation_.path(config_directory + "/complete_url.list");
+        const FileDescriptor notifier(inotify_init1(IN_CLOEXEC));
+        inotify_add_watch(notifier.get(), list.c_str(), IN_OPEN);
+        const pid_t run = installation_.start({"-s", "web"});
+        pollfd opened = {.fd = notifier.get(), .events = POLLIN, .revents = 0};
+        for (int i = 0; i < opening && poll(&opened, 1, 300) == 1; ++i) {
+            inotify_event event;
+            EXPECT_EQ(read(notifier.get(), &event, sizeof event), ssize_t{sizeof event});
+        }
+        installation_.write_result("name" + std::to_string(opening), "");
+        EXPECT_EQ(installation_.finish(run).output, last_run_.output);
+    }
 }
 
 TEST_F(Checker, InputsThatChangeAtTheStartOfARunAreNotRemembered) {

@@ -8,6 +8,7 @@
 #include "cache/input_copies.h"
 #include "cache/manifest.h"
 #include "tools/driver/paths.h"
+#include "tools/load/read_logs.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -89,6 +90,14 @@ bool make_private_directory(const std::string& path) {
     return is_made;
 }
 
+// Whether the run has read the logs that the checker has looked at.
+bool has_logs_as_read(const Manifest& manifest) {
+    return std::ranges::all_of(read_logs(), [&](const auto& log) {
+        const auto& [path, state] = log;
+        return has_line(manifest.loading, log_line(fs::current_path() / path, state));
+    });
+}
+
 // Whoever tidies up may take a directory for a left one, and remove it, as long as it is not
 // locked; then another one is made.
 FileDescriptor make_locked_directory(const std::string& path) {
@@ -146,10 +155,10 @@ bool InputBackup::copy_inputs_to(const OwnDirectory& cache) const {
     });
 }
 
-// There may be none, as with another checker.
+// There may be no manifest, as with another checker.
 bool InputBackup::seal_manifest_in(const OwnDirectory& cache) const {
     std::optional<Manifest> manifest = read_manifest(directory_.get());
-    if (!manifest) {
+    if (!manifest || !has_logs_as_read(*manifest)) {
         return true;
     }
     for (const auto& [name, state] : left_results()) {

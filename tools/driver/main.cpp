@@ -104,14 +104,20 @@ bool dump_complete_url_list(const OwnDirectory& config_dir) {
     return can_be_read_back;
 }
 
-void read_cache(const OwnDirectory& config_dir, const ReuseGuard& guard) {
+// Returns false, with nothing read, when others may have exchanged the list.
+bool read_cache(const OwnDirectory& config_dir, const ReuseGuard& guard) {
+    if (!guard.holds(config_dir)) {
+        return false;
+    }
     const PhaseProgress progress("Start reading urls data form cache at %s\n",
                                  "End reading urls data from cache at %s\nTime taken = %ld\n");
     fill_url_pattern_from_cache(config_dir);
-    if (!guard.holds(config_dir)) {
-        fail("complete_url.list was exchanged while it was read");
-    }
     progress.finish();
+    if (!guard.holds(config_dir)) {
+        forget_cached_urls();
+        return false;
+    }
+    return true;
 }
 
 void classify_urls() {
@@ -152,9 +158,7 @@ void run(int argc, char* argv[]) {
     sort_pattern_tables();
 
     bool is_reusable = true;
-    if (reuse == Reuse::complete_list && guard.holds(config_dir)) {
-        read_cache(config_dir, guard);
-    } else {
+    if (reuse != Reuse::complete_list || !read_cache(config_dir, guard)) {
         load_logs(config_dir);
         make_unique_urls(order_requests(), config_dir);
         is_reusable = dump_complete_url_list(config_dir);

@@ -4,6 +4,7 @@
 #include "base/regular_file.h"
 #include "tools/config/log_files.h"
 #include "tools/load/noted_pieces.h"
+#include "tools/load/read_logs.h"
 #include "tools/load/tallied_lines.h"
 #include "tools/parse/field_splitter.h"
 #include "tools/parse/log_loader.h"
@@ -28,6 +29,9 @@ FileDescriptor open_log(const LogPiece& piece) {
                                           : open_regular_file(name);
     if (!file.is_open()) {
         fail("Unable to open url file %s", name);
+    }
+    if (!piece.is_stream) {
+        note_read_log(name, file.get());
     }
     return file;
 }

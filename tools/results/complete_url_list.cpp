@@ -13,6 +13,7 @@
 #include "tools/urls/request_selection.h"
 #include "tools/urls/unique_urls.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -130,4 +131,12 @@ void fill_url_pattern_from_cache(const OwnDirectory& config_dir) {
         }
     }
     DEBUG_LOG(2, fname, "Total uniq urls added = %d", url_pattern_count);
+}
+
+void forget_cached_urls() {
+    for (uint64_t* counter : counters) {
+        *counter = 0;
+    }
+    std::fill_n(url_pattern, url_pattern_count, UrlInfo{});
+    url_pattern_count = 0;
 }

@@ -13,3 +13,6 @@ bool write_complete_url_list(const OwnDirectory& config_dir);
 // Reads the counters (request_table.h, request_selection.h) and the table url_pattern back from the
 // file. Fails when the file cannot be read or a row is malformed.
 void fill_url_pattern_from_cache(const OwnDirectory& config_dir);
+
+// Sets counters and table back to what they were before.
+void forget_cached_urls();
