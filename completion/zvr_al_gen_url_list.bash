@@ -43,14 +43,19 @@ _zvr_al_gen_url_list_words() {
     esac
 }
 
-_zvr_al_gen_url_list() {
+# Completes by the words that the given function prints for an option, or for none.
+_zvr_al_gen_url_list_complete() {
     local word=${COMP_WORDS[COMP_CWORD]} option=${COMP_WORDS[COMP_CWORD - 1]}
     if [[ $word == = ]]; then # --option= with nothing after it yet
         word=
     elif [[ $option == = ]]; then
         option=${COMP_WORDS[COMP_CWORD - 2]}
     fi
-    mapfile -t COMPREPLY < <(compgen -W "$(_zvr_al_gen_url_list_words "$option")" -- "$word")
+    mapfile -t COMPREPLY < <(compgen -W "$("$1" "$option")" -- "$word")
+}
+
+_zvr_al_gen_url_list() {
+    _zvr_al_gen_url_list_complete _zvr_al_gen_url_list_words
 }
 
 complete -F _zvr_al_gen_url_list zvr_al_gen_url_list
