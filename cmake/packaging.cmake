@@ -89,7 +89,13 @@ if(ZVR_BUILD_COMPANIONS)
         install_manual_page(${program}.1 companions)
         install_completion(${program} companions)
     endforeach()
-    install(FILES ${CMAKE_BINARY_DIR}/packaging/changelog.gz ${CMAKE_SOURCE_DIR}/packaging/copyright
+    # Libraries of which something gets into the programs or onto the page have their notices here.
+    file(READ ${CMAKE_SOURCE_DIR}/packaging/copyright copyright)
+    file(READ ${CMAKE_SOURCE_DIR}/packaging/copyright_of_libraries copyright_of_libraries)
+    file(WRITE ${CMAKE_BINARY_DIR}/packaging/companions/copyright
+        "${copyright}\n${copyright_of_libraries}")
+    install(FILES ${CMAKE_BINARY_DIR}/packaging/changelog.gz
+        ${CMAKE_BINARY_DIR}/packaging/companions/copyright ${CMAKE_SOURCE_DIR}/docs/report.md
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${companions_package_name}
         COMPONENT companions)
 endif()
