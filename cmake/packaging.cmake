@@ -103,9 +103,10 @@ endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${package_name})
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "make URL lists for load tests from web-server access logs")
-set(CPACK_PACKAGE_DESCRIPTION
-"Reads the access logs that a test scenario names (Apache and custom
+# The first line of each description is the summary.
+set(CPACK_COMPONENT_TOOL_DESCRIPTION
+"make URL lists for load tests from web-server access logs
+Reads the access logs that a test scenario names (Apache and custom
 formats, IIS, WebLogic), ties the requests to user sessions, collapses
 them into a table of unique URLs, classifies these by the patterns of a
 replay profile, and writes the lists that the replay reads. What a run
