@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <exception>
 #include <fmt/core.h>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -15,8 +17,13 @@ int report_failure(const CLI::App& program, std::string_view message, std::strin
 }
 
 int report_wrong_usage(const CLI::App& program, const CLI::ParseError& error) {
+    // Without a command that it knows, the parser misses one and does not name the other word.
+    const std::vector<std::string> unknown = program.remaining();
+    const bool no_command = program.get_subcommands().empty() && !unknown.empty();
     return report_failure(
-        program, error.what(),
+        program,
+        no_command ? fmt::format("There is no command or option '{}'", unknown.front())
+                   : error.what(),
         fmt::format("Run {} --help, or --help after a command.\n", program.get_name()));
 }
 

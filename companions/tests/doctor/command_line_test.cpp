@@ -29,3 +29,8 @@ TEST(CommandLine, WrongUsageEndsWithAStatusOfItsOwn) {
         EXPECT_EQ(run.errors.find('\x1b'), std::string::npos) << run.errors;
     }
 }
+
+TEST(CommandLine, AWordThatIsNoCommandIsNamed) {
+    const RunResult run = run_doctor_words(TestInstallation(), {"chekc", "-s", "web"});
+    EXPECT_NE(run.errors.find("'chekc'"), std::string::npos) << run.errors;
+}
