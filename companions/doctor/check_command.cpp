@@ -43,7 +43,7 @@ int check(const CheckOptions& options) {
 void add_failure(Findings& findings, const char* id, const std::string& value,
                  const Failure& failure, const char* cure) {
     findings.push_back(
-        {id, Severity::error, "", 0, value, failure.message + ": a run fails.", cure});
+        {id, Severity::error, "", 0, value, "A run fails: " + failure.message, cure});
 }
 
 bool find_work_directory(Findings& findings, const RunOptions& options) {

@@ -46,9 +46,9 @@ std::string place_of(const Finding& finding) {
 }
 
 void print_finding(FILE* stream, const Finding& finding, const Style& style) {
-    fmt::print(stream, "{}{}: {} [{}]\n", style.heading(place_of(finding)),
-               styled_name(finding.severity, style), shown_text(finding.value, value_width),
-               finding.id);
+    const std::string value = shown_text(finding.value, value_width);
+    fmt::print(stream, "{}{}: {}{}[{}]\n", style.heading(place_of(finding)),
+               styled_name(finding.severity, style), value, value.empty() ? "" : " ", finding.id);
     fmt::print(stream, "    {}\n", shown_text(finding.meaning));
     if (!finding.cure.empty()) {
         fmt::print(stream, "    Cure: {}\n", shown_text(finding.cure));
