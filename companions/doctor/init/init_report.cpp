@@ -138,11 +138,12 @@ void print_report(FILE* stream, const InitReport& report) {
     if (report.layout.layout) {
         print_choice(stream, report);
         print_written(stream, report);
+        fmt::print(stream, "\n");
     } else if (!report.layout.scores.empty()) {
         fmt::print(stream, "No scenario is written, since no layout is clear.\n");
         print_scores(stream, report.layout.scores);
+        fmt::print(stream, "\n");
     }
-    fmt::print(stream, "\n");
     print_findings(stream, report.findings);
     if (!report.command.empty()) {
         fmt::print(stream, "\nRun it:\n\n    {}\n", shown_text(report.command));
