@@ -63,12 +63,12 @@ void write_targets(const ExportOptions& options, const ExportFormat& format, FIL
     format.write(fitting_targets(options, format, notes), out);
     require_current_results(); // they may have been replaced in the meantime
     notes.print(stderr);
+    if (notes.is_nothing_exported()) {
+        fail("There is nothing to export");
+    }
     if (format.needs_hosts && options.choice.base_url.empty()) {
         fmt::print(stderr, "Requests go to the hosts that the logs name, whoever wrote them there; "
                            "--base-url sends them to one place\n");
-    }
-    if (notes.is_nothing_exported()) {
-        fail("There is nothing to export");
     }
 }
 
