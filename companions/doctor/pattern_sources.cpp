@@ -6,7 +6,7 @@ void PatternSources::note(const ObservedLine& line) {
     if (line.kind != ObservedKind::taken) {
         return;
     }
-    for (int kind = 0; kind < pattern_kind_count; ++kind) {
+    for (size_t kind = 0; kind < taken_.size(); ++kind) {
         const auto total = static_cast<size_t>(pattern_tables[kind].total);
         if (taken_[kind].size() < total) { // the line's table has just grown
             const PatternSource source = {line.place.file, line.place.line_num};
