@@ -145,6 +145,7 @@ void add_sample(ParsingThread& thread, int file, uint64_t size, uint64_t part_si
     } catch (const Failure&) {
         // The log cannot be read, which check_log_files says.
     }
+    sample_at_work = nullptr;
 }
 
 // Bytes of a log that can be sampled; 0 when there are none.

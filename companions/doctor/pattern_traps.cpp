@@ -137,7 +137,8 @@ class TrapSearch {
     void cut_likely_pattern() {
         if (queries_are_cut_ && !traps_.empty()) {
             std::string& likely = traps_.front().likely;
-            likely = likely.substr(0, likely.find("\\?")) + "\\?*";
+            likely.resize(std::min(likely.find("\\?"), likely.size()));
+            likely += "\\?*";
         }
     }
 

@@ -8,7 +8,8 @@
 
 namespace {
 
-void apply_setting(std::string line) {
+void apply_setting(const std::string& text) {
+    std::string line = text; // the reader cuts it in place
     apply_setting_line({"", 1}, {line.data(), line.size()});
 }
 

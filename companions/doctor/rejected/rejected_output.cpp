@@ -125,7 +125,8 @@ void write_line_table(FILE* stream, const ExplainedLogs& logs, const RejectedOut
     constexpr const char* gap = "  ";
     const ColumnWidths widths = find_widths(logs);
     const size_t text_width = table_text_width(stream, widths, output.text_width);
-    const Names names = names_of_logs([&](std::string name) { return padded(name, widths.log); });
+    const Names names =
+        names_of_logs([&](const std::string& name) { return padded(name, widths.log); });
     const std::vector<std::string> reasons = padded_reasons(widths.reason);
     const std::string headings = padded("File", widths.log) + gap +
                                  std::string(widths.line - std::strlen("Line"), ' ') + "Line" +
@@ -176,7 +177,7 @@ void write_for_people(FILE* stream, const ExplainedLogs& logs, const RejectedOut
 
 void write_tsv(FILE* stream, const ExplainedLogs& logs, const RejectedOutput& output) {
     write_output(stream, "file\tline\treason\ttext\n");
-    const Names names = names_of_logs([](std::string name) { return name + '\t'; });
+    const Names names = names_of_logs([](const std::string& name) { return name + '\t'; });
     const auto add_line = [&](std::string& text, const RejectedLine& line) {
         const fmt::format_int number(line.line_num);
         text.append(names[static_cast<size_t>(line.file)]).append(number.data(), number.size());
