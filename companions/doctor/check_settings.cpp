@@ -221,7 +221,7 @@ std::map<std::string, int> check_settings(Findings& findings) {
         return {};
     }
     LayoutLines layout;
-    const std::map<std::string, int> lines = read_settings(own, layout);
+    std::map<std::string, int> lines = read_settings(own, layout);
     check_layout(own, layout);
     return lines;
 }

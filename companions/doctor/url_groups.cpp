@@ -81,6 +81,7 @@ std::vector<UrlGroup> group_urls(std::span<const UrlInfo* const> urls) {
         by_pattern[is_common ? folder : path_pattern(parts.path)].add(*url, parts.has_more);
     }
     std::vector<UrlGroup> groups;
+    groups.reserve(by_pattern.size());
     for (const auto& [pattern, group] : by_pattern) {
         groups.push_back(finished_group(pattern, group));
     }

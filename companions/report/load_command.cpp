@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 
 namespace {
@@ -22,7 +21,8 @@ struct LoadOptions {
 void write_out(const std::string& text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
         std::fflush(stdout) != 0) {
-        fail("Unable to write to standard output: %s", std::strerror(errno));
+        fail("Unable to write to standard output: %s",
+             std::generic_category().message(errno).c_str());
     }
 }
 
