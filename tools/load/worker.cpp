@@ -1,86 +1,19 @@
 #include "tools/load/worker.h"
 
 #include "base/file_descriptor.h"
-#include "base/regular_file.h"
 #include "tools/config/log_files.h"
-#include "tools/load/noted_pieces.h"
-#include "tools/load/read_logs.h"
-#include "tools/load/tallied_lines.h"
-#include "tools/parse/field_splitter.h"
-#include "tools/parse/log_loader.h"
+#include "tools/load/log_piece_reader.h"
 
-#include <algorithm>
-#include <cerrno>
 #include <cstdint>
-#include <cstring>
-#include <deque>
-#include <fcntl.h>
-#include <system_error>
-#include <utility>
 
 void (*tell_worker_failed)(const Failure& failure) = nullptr;
 void (*tell_piece_loaded)(const LogPiece& piece) = nullptr;
 
 namespace {
 
-FileDescriptor open_log(const LogPiece& piece) {
-    const char* const name = seq_file_path[piece.file].input_file;
-    FileDescriptor file = piece.is_stream ? FileDescriptor(open(name, O_RDONLY | O_CLOEXEC))
-                                          : open_regular_file(name);
-    if (!file.is_open()) {
-        fail("Unable to open url file %s", name);
-    }
-    if (!piece.is_stream) {
-        note_read_log(name, file.get());
-    }
-    return file;
-}
-
-// Reads a piece into an empty batch, up to `max_lines` lines of it.
-void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescriptor& file,
-                int64_t lines_before, int64_t max_lines, RequestBatch& batch,
-                const AfterLine& after_line) {
-    LineReader lines = piece.is_stream
-                           ? LineReader(file.get(), log_line_size, field_quote)
-                           : LineReader(file.get(), log_line_size, piece.range, field_quote);
-    constexpr uint64_t usual_line = 200; // bytes, rather too few than too many
-    batch.rows.reserve(std::min(piece.range.end - piece.range.begin, log_piece_size) / usual_line);
-    const InputFileInfo& input = seq_file_path[piece.file];
-    const LogPart part = {.file_name = input.input_file,
-                          .lines_before = lines_before,
-                          .max_lines = max_lines,
-                          .ends_with_rest = input.num_req != 0,
-                          .takes_notes = noted_pieces != nullptr,
-                          .takes_tally = line_tally != nullptr,
-                          .begin = piece.range.begin};
-    load_url_info(parsing, lines, part, batch, after_line);
-}
-
-bool are_same(const SessionEvent& a, const SessionEvent& b) {
-    return a.row == b.row && a.line_num == b.line_num && a.waits == b.waits &&
-           std::strcmp(a.akaau_id, b.akaau_id) == 0 &&
-           std::strcmp(a.jsession_id, b.jsession_id) == 0;
-}
-
-// What was settled by events of the first reading has to be there in the second.
-void require_unchanged(const LogPiece& piece, const std::deque<SessionEvent>& first,
-                       const std::deque<SessionEvent>& second) {
-    if (!std::equal(first.begin(), first.end(), second.begin(), second.end(), are_same)) {
-        fail("Failed to read file %s. Error = '%s'", seq_file_path[piece.file].input_file,
-             std::generic_category().message(ESTALE).c_str());
-    }
-}
-
-// Reads once more what the thread wants of a piece of which it was too much. The events, of which
-// some may be settled, stay where they are.
+// Reads once more what the thread wants of a piece of which it was too much.
 void reload(Worker& worker, const LogPiece& piece, int64_t max_lines, LoadedPiece& loaded) {
-    std::deque<SessionEvent>& events = loaded.batch.events;
-    std::erase_if(events, [&](const SessionEvent& event) { return event.line_num > max_lines; });
-    RequestBatch batch;
-    load_piece(worker.parsing, piece, open_log(piece), 0, max_lines, batch, {});
-    require_unchanged(piece, events, batch.events);
-    batch.events.swap(events);
-    loaded.batch = std::move(batch);
+    reload_piece(worker.parsing, piece, max_lines, loaded.batch);
     loaded.worker = worker.number;
 }
 
