@@ -78,7 +78,7 @@ bool LoadingThread::settle_events(const RequestBatch& batch, uint32_t number,
                                   const LogPiece& piece) {
     const BatchPlace place = {number, seq_file_path[piece.file].input_file, lines_before_};
     for (; settled_events_ < batch.events.size(); ++settled_events_) {
-        if (!settlement_->settle(batch.events[settled_events_], place)) {
+        if (!settlement_->settle(batch.events[settled_events_], place, grants_)) {
             DEBUG_LOG(1, fname,
                       "Max unaccounted urls reached, No more new files will be processed");
             is_full_ = true;
@@ -98,6 +98,7 @@ void LoadingThread::end(const LogPiece& piece, RequestBatch& batch) {
         tally_.merge(*batch.tally);
         batch.tally.reset();
     }
+    batch.events = {};
     lines_before_ += batch.line_count;
     is_file_done_ = is_file_done_ || lines_before_ >= max_lines_;
     counters_.total_req += batch.counters.total_req;

@@ -9,6 +9,7 @@
 #include <ctime>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 // Lines that a file may give; INT64_MAX: all that it has.
 int64_t line_budget(const InputFileInfo& file);
@@ -48,12 +49,14 @@ class LoadingThread {
     }
 
     // Counts the batch, which has to hold no more than the thread wants, takes the request that was
-    // refused away from it, and writes the lines that tell of thread and file.
+    // refused and the events away from it, and writes the lines that tell of thread and file.
     void end(const LogPiece& piece, RequestBatch& batch);
 
     const threadCounter& counters() const { return counters_; }
     const LineTally& tally() const { return tally_; } // empty where none is asked for
-    const std::vector<SessionGrant>& grants() const { return settlement_->grants(); }
+
+    // In the order in which sessions were given.
+    const std::vector<SessionGrant>& grants() const { return grants_; }
 
   private:
     void end_file(const InputFileInfo& file) const;
@@ -61,6 +64,7 @@ class LoadingThread {
     parsingThreadArgs& arguments_;
     std::once_flag is_started_;
     std::optional<SessionSettlement> settlement_; // from the start on
+    std::vector<SessionGrant> grants_;
     threadCounter counters_ = {};
     LineTally tally_;
     time_t start_ = 0;

@@ -73,6 +73,5 @@ void reload_piece(ParsingThread& parsing, const LogPiece& piece, int64_t max_lin
     RequestBatch again;
     load_piece(parsing, piece, open_log(piece), 0, max_lines, again, {});
     require_unchanged(piece, batch.events, again.events);
-    again.events.swap(batch.events); // some may be settled, and stay where they are
     batch = std::move(again);
 }

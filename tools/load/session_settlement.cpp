@@ -8,16 +8,14 @@ namespace {
 constexpr const char* fname = "load_url_info";                   // as the debug log names the
 constexpr const char* update_fname = "update_unaccounted_array"; // two steps
 
-TracePlace trace_place(int thread_idx, const SessionEvent& event, const BatchPlace& place) {
-    return {thread_idx, place.file_name, place.lines_before + event.line_num};
-}
-
 } // namespace
 
-bool SessionSettlement::settle(const SessionEvent& event, const BatchPlace& place) {
+bool SessionSettlement::settle(const SessionEvent& event, const BatchPlace& place,
+                               std::vector<SessionGrant>& grants) {
+    const int64_t line_num = place.lines_before + event.line_num;
     if (!event.waits) {
-        trace_matched(event.akaau_id, event.jsession_id, trace_place(thread_idx_, event, place));
-        give_session(event, place);
+        trace_matched(event.akaau_id, event.jsession_id, {thread_idx_, place.file_name, line_num});
+        give_session(event, place, grants);
         return true;
     }
     DEBUG_LOG(3, fname, "Jsession id not found adding request in unaccounted url list.");
@@ -26,18 +24,18 @@ bool SessionSettlement::settle(const SessionEvent& event, const BatchPlace& plac
         trace_limit_reached(max_unaccounted_requests);
         return false;
     }
-    unaccounted_.add(static_cast<int64_t>(waiting_.size()), event.akaau_id);
-    waiting_.push_back({&event, place});
-    trace_added(event.akaau_id, trace_place(thread_idx_, event, place));
+    unaccounted_.add({{place.batch, event.row}, place.file_name, line_num, event.url},
+                     event.akaau_id);
+    trace_added(event.akaau_id, {thread_idx_, place.file_name, line_num});
     return true;
 }
 
-void SessionSettlement::give_session(const SessionEvent& donor, const BatchPlace& place) {
+void SessionSettlement::give_session(const SessionEvent& donor, const BatchPlace& place,
+                                     std::vector<SessionGrant>& grants) {
     DEBUG_LOG(2, update_fname, "Method called");
-    for (const int64_t number : unaccounted_.take(donor.akaau_id)) {
-        const auto& [event, receiver_place] = waiting_[static_cast<size_t>(number)];
-        grants_.push_back({{receiver_place.batch, event->row}, {place.batch, donor.row}});
-        DEBUG_LOG(3, update_fname, "Settign jsessionid for url %s", event->url);
-        trace_updated(event->akaau_id, trace_place(thread_idx_, *event, receiver_place));
+    for (const WaitingRequest& receiver : unaccounted_.take(donor.akaau_id)) {
+        grants.push_back({receiver.place, {place.batch, donor.row}});
+        DEBUG_LOG(3, update_fname, "Settign jsessionid for url %s", receiver.url);
+        trace_updated(donor.akaau_id, {thread_idx_, receiver.file_name, receiver.line_num});
     }
 }

@@ -6,12 +6,6 @@
 #include <cstdint>
 #include <vector>
 
-// A request by the place of its row.
-struct RowPlace {
-    uint32_t batch; // number of the batch
-    uint32_t row;   // in that batch
-};
-
 // The session of `donor` is that of `receiver`, too.
 struct SessionGrant {
     RowPlace receiver;
@@ -27,30 +21,27 @@ struct BatchPlace {
 
 // Finds the sessions of one loading thread's requests that had none when they were read: each waits
 // until a response sets a session together with its secondary cookie. Goes through what happened in
-// the order of the lines, and tells of it in the trace and the debug log.
+// the order of the lines, and tells of it in the trace and the debug log. What it keeps is bounded
+// by the requests that may wait.
 class SessionSettlement {
   public:
-    // Ends the run when memory is out. `thread_idx`: number of the loading thread.
+    // `thread_idx`: number of the loading thread.
     explicit SessionSettlement(int thread_idx) : thread_idx_(thread_idx) {}
 
-    // Takes the next event, which must live as long as this object. Returns false when its request
-    // should wait and no more can: the thread must load nothing more, and the request does not
-    // count.
-    bool settle(const SessionEvent& event, const BatchPlace& place);
+    // Takes the next event, of which only the URL, where it has one, and the file's name must live
+    // as long as this object. Puts the sessions that it gives to others behind `grants`, in the
+    // order in which they are given. Returns false when its request should wait and no more can:
+    // the thread must load nothing more, and the request does not count.
+    bool settle(const SessionEvent& event, const BatchPlace& place,
+                std::vector<SessionGrant>& grants);
 
-    // In the order in which sessions were given.
-    const std::vector<SessionGrant>& grants() const { return grants_; }
+    // The requests that no session was given to so far; at the end of the thread, none will be.
+    std::vector<WaitingRequest> waiting() const { return unaccounted_.all(); }
 
   private:
-    struct WaitingRequest {
-        const SessionEvent* event;
-        BatchPlace place;
-    };
-
-    void give_session(const SessionEvent& donor, const BatchPlace& place);
+    void give_session(const SessionEvent& donor, const BatchPlace& place,
+                      std::vector<SessionGrant>& grants);
 
     int thread_idx_;
     UnaccountedRequests unaccounted_;
-    std::vector<WaitingRequest> waiting_; // by number in unaccounted_; never taken out
-    std::vector<SessionGrant> grants_;
 };

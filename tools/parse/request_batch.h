@@ -25,7 +25,7 @@ struct SessionEvent {
 // What a part of a log has given, in the order of its lines.
 struct RequestBatch {
     RequestRows rows;
-    std::deque<SessionEvent> events;  // do not move
+    std::deque<SessionEvent> events;
     std::vector<LineNote> notes;      // one for each line read, where they are asked for
     std::unique_ptr<LineTally> tally; // of the lines read; null where none is asked for
     threadCounter counters = {};
