@@ -154,6 +154,67 @@ void expect_dropped_are_told(const RequestTable& table) {
     EXPECT_EQ(kept + follow_ups + without_session, table.rows.size());
 }
 
+std::string counted_so_far() {
+    return counters(g_redirected_req, g_total_non_session_req,
+                    g_total_non_session_with_secondary_cookie);
+}
+
+// A copy of a text that is spoilt when it goes.
+class PassingText {
+  public:
+    explicit PassingText(const char* text)
+        : text_(text == nullptr ? "" : text), is_(text != nullptr) {}
+    explicit PassingText(std::string_view text) : text_(text), is_(true) {}
+    ~PassingText() { std::fill(text_.begin(), text_.end(), '~'); }
+    PassingText(const PassingText&) = delete;
+    PassingText& operator=(const PassingText&) = delete;
+
+    const char* get() const { return is_ ? text_.c_str() : nullptr; }
+    std::string_view view() const { return text_; }
+
+  private:
+    std::string text_;
+    bool is_;
+};
+
+bool take_passing(RequestSelection& selection, const RequestTable& table,
+                  const OrderedRequest& request) {
+    OwnTexts own = read_own_texts(table.rows[request.row].own_texts);
+    const PassingText key(table.texts.urls.text(request.url));
+    const PassingText location(own.location);
+    const PassingText full_url(own.full_url);
+    own.location = location.get();
+    own.full_url = full_url.get();
+    return selection.take(own, request.is_redirect != 0, [&] { return key.view(); });
+}
+
+// Rows of the requests that do not count when they come in a stream, each by its texts, which are
+// gone when the next one comes.
+std::set<uint32_t> dropped_of_stream(const RequestTable& table, const SessionOrder& order) {
+    std::set<uint32_t> dropped;
+    RequestSelection selection;
+    size_t place = 0;
+    for (const OrderedSession& session : order.sessions) {
+        selection.begin_session(session.has_session);
+        for (; place < session.end; ++place) {
+            if (!take_passing(selection, table, order.requests[place])) {
+                dropped.insert(order.requests[place].row);
+            }
+        }
+    }
+    return dropped;
+}
+
+// Expects that a stream of requests is decided on as the table was.
+void expect_stream_is_decided_alike(const RequestTable& table) {
+    std::set<uint32_t> expected = dropped_rows[DroppedRequest::without_session];
+    expected.merge(std::set(dropped_rows[DroppedRequest::redirect_follow_up]));
+    const std::string expected_counters = counted_so_far();
+    g_redirected_req = g_total_non_session_req = g_total_non_session_with_secondary_cookie = 0;
+    EXPECT_EQ(dropped_of_stream(table, order_by_session(table)), expected);
+    EXPECT_EQ(counted_so_far(), expected_counters);
+}
+
 Outcome make_unique_urls(std::vector<alInfo>& records, Choices& choices) {
     const TemporaryDirectory directory;
     directory.write("query_url.list", "of an earlier run");
@@ -162,6 +223,7 @@ Outcome make_unique_urls(std::vector<alInfo>& records, Choices& choices) {
     dropped_request_observer = note_dropped;
     make_url_pattern_list(requests, order_by_session(requests), query_list);
     expect_dropped_are_told(requests);
+    expect_stream_is_decided_alike(requests);
     EXPECT_EQ(std::filesystem::exists(directory.path("query_url.list")),
               dump_query_flag != 0 && ignore_query_flag != 0);
 
@@ -170,9 +232,7 @@ Outcome make_unique_urls(std::vector<alInfo>& records, Choices& choices) {
         const UrlInfo& entry = url_pattern[i];
         table += row(entry.method, entry.host_hdr, entry.count, entry.url, entry.query_url_offset);
     }
-    return {table, directory.read("query_url.list"),
-            counters(g_redirected_req, g_total_non_session_req,
-                     g_total_non_session_with_secondary_cookie)};
+    return {table, directory.read("query_url.list"), counted_so_far()};
 }
 
 // Texts and numbers that sort otherwise when they are taken for signed or are cut off.

@@ -27,19 +27,14 @@ bool names_url(std::string_view location, std::string_view host, std::string_vie
 
 } // namespace
 
-void RedirectLocations::clear() {
-    std::fill_n(redirectUrl_.begin(), total_redirectUrl_, std::string_view());
-    total_redirectUrl_ = 0;
-}
-
 bool RedirectLocations::take_follow_up(std::string_view host, std::string_view url) {
-    for (int slot = 0; slot < total_redirectUrl_; ++slot) {
-        std::string_view& location = redirectUrl_[static_cast<size_t>(slot)];
-        if (location.data() == nullptr || !names_url(location, host, url)) {
+    for (int number = 0; number < total_redirectUrl_; ++number) {
+        Slot& slot = slot_at(number);
+        if (!slot.is_used || !names_url(slot.location, host, url)) {
             continue;
         }
-        location = {};
-        if (slot == total_redirectUrl_ - 1) {
+        slot.is_used = false;
+        if (number == total_redirectUrl_ - 1) {
             --total_redirectUrl_;
         }
         return true;
@@ -48,15 +43,17 @@ bool RedirectLocations::take_follow_up(std::string_view host, std::string_view u
 }
 
 void RedirectLocations::remember(std::string_view location) {
-    const int slot = free_slot();
-    redirectUrl_[static_cast<size_t>(slot)] = location;
-    total_redirectUrl_ = std::max(total_redirectUrl_, slot + 1);
+    const int number = free_slot();
+    Slot& slot = slot_at(number);
+    slot.is_used = true;
+    slot.location = location;
+    total_redirectUrl_ = std::max(total_redirectUrl_, number + 1);
 }
 
-int RedirectLocations::free_slot() const {
-    for (int slot = 0; slot < total_redirectUrl_; ++slot) {
-        if (redirectUrl_[static_cast<size_t>(slot)].data() == nullptr) {
-            return slot;
+int RedirectLocations::free_slot() {
+    for (int number = 0; number < total_redirectUrl_; ++number) {
+        if (!slot_at(number).is_used) {
+            return number;
         }
     }
     return total_redirectUrl_ < slot_count ? total_redirectUrl_ : 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <string>
 #include <string_view>
 
 // The redirect locations that the responses of one session have named and that no request has
@@ -9,7 +10,7 @@ class RedirectLocations {
   public:
     static constexpr int slot_count = 16;
 
-    void clear();
+    void clear() { total_redirectUrl_ = 0; }
     bool is_empty() const { return total_redirectUrl_ == 0; }
 
     // Whether a request for the full URL `url` at `host` is what a browser sends by itself for one
@@ -17,13 +18,19 @@ class RedirectLocations {
     // alone) equals the location ignoring case. The first such location, by slot, is forgotten.
     bool take_follow_up(std::string_view host, std::string_view url);
 
-    // Remembers a location, which must outlive this object, in the first free slot; when none is
-    // free, in place of the one in slot 0.
+    // Remembers a copy of a location in the first free slot; when none is free, in place of the one
+    // in slot 0.
     void remember(std::string_view location);
 
   private:
-    int free_slot() const;
+    struct Slot {
+        bool is_used = false;
+        std::string location = {}; // its room is used again
+    };
 
-    std::array<std::string_view, slot_count> redirectUrl_ = {}; // null: free
+    Slot& slot_at(int slot) { return redirectUrl_[static_cast<size_t>(slot)]; }
+    int free_slot();
+
+    std::array<Slot, slot_count> redirectUrl_ = {};
     int total_redirectUrl_ = 0; // slots in use, free ones between them included
 };
