@@ -28,6 +28,12 @@ uint32_t InternedTexts::find(std::string_view text, uint64_t hash) {
     return known == nullptr ? unknown : known->id;
 }
 
+void InternedTexts::release() {
+    slots_ = Slots();
+    texts_ = std::vector<Text*>();
+    arena_.release();
+}
+
 void InternedTexts::grow() {
     constexpr size_t first_size = 1024;
     const Slots old = std::exchange(slots_, Slots(std::max(first_size, slots_.size() * 2)));

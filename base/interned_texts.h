@@ -40,8 +40,18 @@ class InternedTexts {
 
     uint32_t count() const { return static_cast<uint32_t>(texts_.size()); }
 
-    // The text with this id, which must be below count(). Lives to the end of the run.
+    // The text with this id, which must be below count(). Lives to the end of the run, or until
+    // release.
     std::string_view text(uint32_t id) const { return texts_[id]->view(); }
+
+    // Forgets all texts and gives all memory back. The next text gets the id 0 again.
+    void release();
+
+    // Bytes that are taken, those of the table included.
+    size_t held_size() const {
+        return slots_.capacity() * sizeof(Slot) + texts_.capacity() * sizeof(Text*) +
+               arena_.held_size();
+    }
 
   private:
     static constexpr size_t cache_line = 64;

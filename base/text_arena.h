@@ -6,18 +6,27 @@
 #include <utility>
 
 // Hands out pieces of large blocks, of exactly the size asked for, for texts that one thread makes
-// and that live to the end of the run: none is ever freed by itself, and no bookkeeping is kept for
-// it.
+// and that live to the end of the run, or until all are given back at once: none is ever freed by
+// itself, and no bookkeeping is kept for it.
 class TextArena {
   public:
     TextArena() = default;
     TextArena(TextArena&& other) noexcept { *this = std::move(other); }
-    TextArena& operator=(TextArena&& other) noexcept {
+    TextArena& operator=(TextArena&& other) noexcept { // what it had handed out stays
         next_ = std::exchange(other.next_, nullptr);
         end_ = std::exchange(other.end_, nullptr);
+        last_block_ = std::exchange(other.last_block_, nullptr);
+        held_size_ = std::exchange(other.held_size_, 0);
         next_block_size_ = other.next_block_size_;
         return *this;
     }
+
+    // Gives all blocks back to the system: nothing that was handed out may be used any more. The
+    // arena is as new.
+    void release();
+
+    // Bytes of all blocks, used or not.
+    size_t held_size() const { return held_size_; }
 
     // Room for `size` characters, aligned as what was allocated before leaves it, of an item called
     // `name`, owned by the arena's blocks, which outlive the arena itself. Ends the run when memory
@@ -40,9 +49,19 @@ class TextArena {
     }
 
   private:
+    static constexpr size_t first_block_size = size_t{64} << 10;
+
+    // What a block begins with.
+    struct BlockHead {
+        BlockHead* before;
+        size_t size; // of the block
+    };
+
     void start_block(const char* name, size_t size);
 
     char* next_ = nullptr;
     char* end_ = nullptr;
-    size_t next_block_size_ = size_t{64} << 10; // then huge pages
+    BlockHead* last_block_ = nullptr;
+    size_t held_size_ = 0;
+    size_t next_block_size_ = first_block_size; // then huge pages
 };

@@ -19,6 +19,15 @@ using RequestRows = std::vector<RequestRow, RawPageAllocator<RequestRow>>;
 struct RequestTexts {
     InternedTexts sessions;
     InternedTexts urls;
+
+    // Forgets all texts and gives their memory back.
+    void release() {
+        sessions.release();
+        urls.release();
+    }
+
+    // Bytes that are taken.
+    size_t held_size() const { return sessions.held_size() + urls.held_size(); }
 };
 
 // An address as the text of a session.
@@ -39,6 +48,9 @@ class RequestInterner {
     void finish(RequestRows& rows);
 
     const RequestTexts& texts() const { return texts_; }
+
+    // Forgets the texts of all rows that are finished, and gives their memory back.
+    void release_texts() { texts_.release(); }
     RequestTexts take_texts() { return std::move(texts_); }
 
   private:
