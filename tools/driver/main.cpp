@@ -10,7 +10,9 @@
 #include "tools/driver/command_line.h"
 #include "tools/driver/input_backup.h"
 #include "tools/driver/paths.h"
+#include "tools/driver/process_signals.h"
 #include "tools/driver/result_cache.h"
+#include "tools/driver/result_phases.h"
 #include "tools/driver/reuse_guard.h"
 #include "tools/driver/run_inputs.h"
 #include "tools/load/input_files.h"
@@ -18,7 +20,6 @@
 #include "tools/load/request_table.h"
 #include "tools/load/worker.h"
 #include "tools/parse/secondary_cookie_trace.h"
-#include "tools/patterns/classification.h"
 #include "tools/patterns/pattern_tables.h"
 #include "tools/results/complete_url_list.h"
 #include "tools/results/hosts_list.h"
@@ -27,7 +28,6 @@
 #include "tools/urls/session_order.h"
 #include "tools/urls/unique_urls.h"
 
-#include <csignal>
 #include <new>
 #include <string>
 #include <utility>
@@ -38,24 +38,6 @@ constexpr const char* fname = "main";
 
 [[noreturn]] void report_no_memory() {
     out_of_memory("working memory", 0);
-}
-
-// No write ends the process by a signal: the results are written whatever becomes of the lines that
-// accompany them, and a file that may not grow has its error line. The end of a child is not to be
-// ignored, as the process that started this one may do: it is the checker's answer.
-void take_over_signals() {
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-    std::signal(SIGCHLD, SIG_DFL);
-}
-
-OwnDirectory create_config_directory() {
-    const std::string path = config_directory();
-    OwnDirectory config_dir = make_shared_directory(path);
-    if (!config_dir.is_open()) {
-        fail("Unable to create directory - %s", path.c_str());
-    }
-    return config_dir;
 }
 
 // A worker thread's failure ends the run at once, whatever the others are at.
@@ -94,16 +76,6 @@ void make_unique_urls(SessionOrder session_order, const OwnDirectory& config_dir
     DEBUG_LOG(4, fname, "Total url pattern - %d", url_pattern_count);
 }
 
-// Returns whether a later run can read the list back.
-bool dump_complete_url_list(const OwnDirectory& config_dir) {
-    const PhaseProgress progress(
-        "Start dumping complete url list to complete_url.list at %s\n",
-        "End dumping complete url list to complete_url.list at %s\nTime taken = %ld(sec)\n");
-    const bool can_be_read_back = write_complete_url_list(config_dir);
-    progress.finish();
-    return can_be_read_back;
-}
-
 // Returns false, with nothing read, when others may have exchanged the list.
 bool read_cache(const OwnDirectory& config_dir, const ReuseGuard& guard) {
     if (!guard.holds(config_dir)) {
@@ -118,15 +90,6 @@ bool read_cache(const OwnDirectory& config_dir, const ReuseGuard& guard) {
         return false;
     }
     return true;
-}
-
-void classify_urls() {
-    const PhaseProgress progress(
-        "Start filling pattern type index at %s\n",
-        "End filling pattern type index at %s\n Total time taken = %ld(sec) \n");
-    fill_pattern_index();
-    progress.finish();
-    sort_by_request_type();
 }
 
 void run(int argc, char* argv[]) {

@@ -203,3 +203,12 @@ OwnDirectory make_shared_directory(const std::string& path) {
     umask(mask);
     return is_created ? OwnDirectory(path) : OwnDirectory();
 }
+
+OwnDirectory create_config_directory() {
+    const std::string path = config_directory();
+    OwnDirectory config_dir = make_shared_directory(path);
+    if (!config_dir.is_open()) {
+        fail("Unable to create directory - %s", path.c_str());
+    }
+    return config_dir;
+}

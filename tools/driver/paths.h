@@ -49,3 +49,6 @@ int mkdir_ex1(const char* path);
 // Creates the directory as mkdir_ex1 does, but with permission 0777 whatever the process's mask:
 // users who share directories of root's replace each other's results. Not open when that fails.
 OwnDirectory make_shared_directory(const std::string& path);
+
+// The same for the configuration directory. Fails when that fails.
+OwnDirectory create_config_directory();

@@ -2,7 +2,6 @@
 
 #include "base/allocation.h"
 #include "base/logs.h"
-#include "base/text_arena.h"
 #include "tools/parse/own_texts.h"
 #include "tools/parse/url_key.h"
 #include "tools/urls/request_selection.h"
@@ -19,14 +18,11 @@ namespace {
 
 constexpr const char* fname = "make_url_pattern_list";
 
-// Writes the full URLs of a unique URL's requests; returns the offset of the first.
-int64_t write_queries(const RequestTable& table, const CollapsedRequests& collapsed,
-                      const CollapsedUrl& url, QueryList& query_list) {
-    const int64_t offset = query_list.offset();
+void write_queries(const RequestTable& table, const CollapsedRequests& collapsed,
+                   const CollapsedUrl& url, QueryList& query_list) {
     for (uint32_t i = url.queries_end - url.count; i < url.queries_end; ++i) {
         query_list.add(read_own_texts(table.rows[collapsed.queried[i]].own_texts).full_url);
     }
-    return offset;
 }
 
 // A copy that ends with a star in place of an ignored query. Those of all URLs stand together in
@@ -37,23 +33,6 @@ char* copy_url(TextArena& texts, const UrlKey& key) {
         std::memcpy(url + key.url.size(), "*", 2);
     }
     return url;
-}
-
-UrlInfo& add_entry(TextArena& texts, const RequestRow& first, std::string_view key_text,
-                   uint32_t count) {
-    DEBUG_LOG(3, fname, "New url found , adding in url pattern list");
-    const int index = create_url_pattern(); // may move the table
-    UrlInfo& entry = url_pattern[index];
-    const UrlKey key(key_text);
-    standard_method(key_text, entry.method);
-    if (const char* own_method = read_own_texts(first.own_texts).method; own_method != nullptr) {
-        std::memcpy(entry.method, own_method, std::strlen(own_method) + 1);
-    }
-    entry.count = count;
-    entry.host_hdr = key.host;
-    entry.url = copy_url(texts, key);
-    entry.query_url_offset = -1;
-    return entry;
 }
 
 void log_further_requests(const UrlInfo& entry) {
@@ -78,15 +57,41 @@ int create_url_pattern() {
     return url_pattern_count++;
 }
 
+UrlInfo& add_unique_url(TextArena& texts, std::string_view url_key, const char* own_method,
+                        uint64_t count) {
+    DEBUG_LOG(3, fname, "New url found , adding in url pattern list");
+    const int index = create_url_pattern(); // may move the table
+    UrlInfo& entry = url_pattern[index];
+    const UrlKey key(url_key);
+    standard_method(url_key, entry.method);
+    if (own_method != nullptr) {
+        std::memcpy(entry.method, own_method, std::strlen(own_method) + 1);
+    }
+    entry.count = count;
+    entry.host_hdr = key.host;
+    entry.url = copy_url(texts, key);
+    entry.query_url_offset = -1;
+    return entry;
+}
+
+bool begin_queries(UrlInfo& entry, std::string_view url_key, const QueryList& query_list) {
+    const bool are_listed = query_list.is_open() && UrlKey(url_key).has_ignored_query();
+    if (are_listed) {
+        entry.query_url_offset = query_list.offset();
+    }
+    return are_listed;
+}
+
 void fill_url_patterns(const RequestTable& table, const CollapsedRequests& collapsed,
                        QueryList& query_list) {
     TextArena texts;
     for (const CollapsedUrl& url : collapsed.urls) {
         const RequestRow& first = table.rows[url.first_row];
         const std::string_view key = table.texts.urls.text(first.url);
-        UrlInfo& entry = add_entry(texts, first, key, url.count);
-        if (query_list.is_open() && UrlKey(key).has_ignored_query()) {
-            entry.query_url_offset = write_queries(table, collapsed, url, query_list);
+        UrlInfo& entry =
+            add_unique_url(texts, key, read_own_texts(first.own_texts).method, url.count);
+        if (begin_queries(entry, key, query_list)) {
+            write_queries(table, collapsed, url, query_list);
         }
         log_further_requests(entry);
     }

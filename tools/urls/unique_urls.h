@@ -1,11 +1,13 @@
 #pragma once
 
+#include "base/text_arena.h"
 #include "tools/parse/request_record.h"
 #include "tools/urls/query_list.h"
 #include "tools/urls/request_collapse.h"
 #include "tools/urls/session_order.h"
 
 #include <cstdint>
+#include <string_view>
 
 // The unique URLs of the run: one entry for each combination of URL, method (ignoring case) and
 // host.
@@ -34,6 +36,17 @@ extern int max_url_pattern;   // entries allocated
 // Index of a new entry at the end of url_pattern, which grows by 10240 entries at a time. The
 // caller fills it.
 int create_url_pattern();
+
+// Adds the entry of a unique URL. `url_key` (tools/parse/url_key.h) is of its requests,
+// `own_method` the spelling of the first one's method, null when it is standard_method's, `count`
+// how many they are. The entry takes its host from the text of the key, which must outlive the
+// table; `texts` gets the copy of its URL. Valid until the next entry is added.
+UrlInfo& add_unique_url(TextArena& texts, std::string_view url_key, const char* own_method,
+                        uint64_t count);
+
+// Whether the full URLs of the requests with this key go into query_url.list. If they do, the entry
+// keeps where they begin: the caller adds them, all at once, before those of another entry.
+bool begin_queries(UrlInfo& entry, std::string_view url_key, const QueryList& query_list);
 
 // Makes the table of collapsed requests, an entry for each of their URLs in that order, and writes
 // the full URLs of those with an ignored query to `query_list` when it is open. Fails when that
