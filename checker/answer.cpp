@@ -8,28 +8,20 @@
 #include "checker/file_contents.h"
 #include "checker/inputs.h"
 #include "checker/results.h"
+#include "checker/run_directories.h"
 #include "checker/run_place.h"
 #include "checker/run_process.h"
-#include "tools/driver/paths.h"
 #include "tools/driver/result_cache.h"
 
 #include <algorithm>
 #include <exception>
 #include <iterator>
 #include <sstream>
-#include <sys/stat.h>
 #include <utility>
 
 namespace {
 
 constexpr const char* answer_name = "cache_answer.txt"; // the last answer with its reason
-
-// The directories of a run.
-struct Directories {
-    OwnDirectory config;      // not open when it is not there or another user's
-    OwnDirectory input_cache; // likewise
-    FileDescriptor backup;
-};
 
 std::vector<std::string> sorted_lines(const std::string& text) {
     std::vector<std::string> lines;
@@ -51,20 +43,20 @@ std::string first_difference(const std::string& before, const std::string& now) 
     return differing.empty() ? "" : differing[0].substr(0, differing[0].find(" size "));
 }
 
-bool has_same_input(const Directories& directories, const std::string& name) {
+bool has_same_input(const RunDirectories& directories, const std::string& name) {
     return have_same_bytes(open_own_file(directories.backup.get(), name.c_str()),
                            open_own_file(directories.input_cache.descriptor(), name.c_str()));
 }
 
-bool has_same_inputs(const Directories& directories, const std::string& scenario) {
+bool has_same_inputs(const RunDirectories& directories, const std::string& scenario) {
     const auto names = input_names(scenario);
     return std::all_of(names.begin(), names.end(),
                        [&](const std::string& name) { return has_same_input(directories, name); });
 }
 
 // Why the logs must be read; empty when complete_url.list still holds.
-std::string loading_fault(const RunPlace& place, const Directories& directories, const Inputs& now,
-                          const Manifest& cached) {
+std::string loading_fault(const RunPlace& place, const RunDirectories& directories,
+                          const Inputs& now, const Manifest& cached) {
     if (cached.config_directory != now.manifest.config_directory) {
         return "the last run on record worked in " + cached.config_directory;
     }
@@ -80,7 +72,7 @@ std::string loading_fault(const RunPlace& place, const Directories& directories,
                : "the scenario is not that of the last run";
 }
 
-Answer compare(const RunPlace& place, const Directories& directories, const Inputs& now,
+Answer compare(const RunPlace& place, const RunDirectories& directories, const Inputs& now,
                const Manifest& cached) {
     const std::string fault = loading_fault(place, directories, now, cached);
     if (!fault.empty()) {
@@ -98,7 +90,7 @@ Answer compare(const RunPlace& place, const Directories& directories, const Inpu
 }
 
 // Adds to the manifest which of the results the run takes over.
-Answer decide(const RunPlace& place, const Directories& directories, Inputs& now) {
+Answer decide(const RunPlace& place, const RunDirectories& directories, Inputs& now) {
     if (!now.doubt.empty()) {
         return {Reuse::nothing, now.doubt};
     }
@@ -118,22 +110,6 @@ Answer decide(const RunPlace& place, const Directories& directories, Inputs& now
     return answer;
 }
 
-// Users who share directories of root's replace each other's copies there, as they do the results.
-void make_directories(const RunPlace& place, Directories& directories) {
-    directories.config = make_shared_directory(place.config_path);
-    const mode_t mask = umask(0);
-    directories.input_cache = directories.config.make_beside(input_cache_name, 0777);
-    umask(mask);
-}
-
-// A run that fails halfway must leave nothing that calls its leavings results.
-void forget_last_run(const RunPlace& place, const OwnDirectory& input_cache) {
-    input_cache.remove(manifest_name);
-    for (const std::string& name : input_names(place.scenario)) {
-        input_cache.remove(name.c_str());
-    }
-}
-
 // For those who wonder why a run has, or has not, read the logs.
 void write_answer(const Answer& answer, const OwnDirectory& input_cache) {
     const FileDescriptor file = input_cache.create(answer_name, 0600);
@@ -144,7 +120,7 @@ void write_answer(const Answer& answer, const OwnDirectory& input_cache) {
 // A run whose result is printed again needs its backup no more, and leaves it behind: in the way of
 // a later run with its process id.
 void record(const Answer& answer, const RunProcess& run, const RunPlace& place,
-            const Directories& directories, const Inputs& inputs) {
+            const RunDirectories& directories, const Inputs& inputs) {
     if (answer.reuse == Reuse::everything) {
         remove_backup(run.pid, directories.backup);
     } else {
@@ -183,8 +159,8 @@ std::string question_fault(const std::string& profile_argument, pid_t pid, const
 }
 
 // What goes wrong must not look like an answer that lets anything be used again.
-Answer decide_safely(const RunProcess& run, const RunPlace& place, const Directories& directories,
-                     Inputs& inputs) {
+Answer decide_safely(const RunProcess& run, const RunPlace& place,
+                     const RunDirectories& directories, Inputs& inputs) {
     try {
         inputs = read_inputs(run, place, directories.backup);
         return decide(place, directories, inputs);
@@ -197,7 +173,7 @@ Answer decide_safely(const RunProcess& run, const RunPlace& place, const Directo
 Answer answer_and_record(const RunProcess& run, const RunPlace& place, FileDescriptor backup,
                          const std::string& fault) {
     const bool asks_itself = is_ancestor(run.pid);
-    Directories directories = {OwnDirectory(place.config_path), {}, std::move(backup)};
+    RunDirectories directories = {OwnDirectory(place.config_path), {}, std::move(backup)};
     const std::optional<Answer> refusal = refuse(place, directories.config, run.pid, asks_itself);
     if (refusal) {
         return *refusal;

@@ -12,7 +12,10 @@ std::set<std::pair<std::string, std::string>> logs;
 } // namespace
 
 void note_read_log(const char* path, int descriptor) {
-    const std::string state = file_state(descriptor).value_or("unknown");
+    note_read_log(path, file_state(descriptor).value_or("unknown"));
+}
+
+void note_read_log(const char* path, const std::string& state) {
     const std::lock_guard lock(mutex);
     logs.emplace(path, state);
 }
