@@ -7,7 +7,8 @@ int64_t nanoseconds(const timespec& time) {
 std::string state_text(const struct stat& status) {
     return "size " + std::to_string(status.st_size) + " modified " +
            std::to_string(nanoseconds(status.st_mtim)) + " changed " +
-           std::to_string(nanoseconds(status.st_ctim)) + " inode " + std::to_string(status.st_ino);
+           std::to_string(nanoseconds(status.st_ctim)) + " inode " + std::to_string(status.st_ino) +
+           " of device " + std::to_string(status.st_dev);
 }
 
 std::optional<std::string> file_state(int descriptor) {

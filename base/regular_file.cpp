@@ -1,5 +1,6 @@
 #include "base/regular_file.h"
 
+#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,16 +20,16 @@ FileDescriptor open_at_once(const char* path) {
 } // namespace
 
 FileDescriptor open_regular_file(const char* path) {
+    static std::atomic<long> waited = 0; // microseconds, for all files
     struct stat status;
     if (stat(path, &status) != 0 || !is_harmless(status)) {
         return {};
     }
     constexpr useconds_t step = 10'000; // microseconds
     FileDescriptor file = open_at_once(path);
-    for (long waited = 0;
-         !file.is_open() && errno == EWOULDBLOCK && waited < most_lease_wait * 1'000'000L;
-         waited += step) {
+    while (!file.is_open() && errno == EWOULDBLOCK && waited < most_lease_wait * 1'000'000L) {
         usleep(step);
+        waited += step;
         file = open_at_once(path);
     }
     const bool is_found = file.is_open() && fstat(file.get(), &status) == 0 && is_harmless(status);
