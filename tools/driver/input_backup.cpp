@@ -92,9 +92,11 @@ bool make_private_directory(const std::string& path) {
 
 // Whether the run has read the logs that the checker has looked at.
 bool has_logs_as_read(const Manifest& manifest) {
-    return std::ranges::all_of(read_logs(), [&](const auto& log) {
+    std::error_code error;
+    const fs::path directory = fs::current_path(error);
+    return !error && std::ranges::all_of(read_logs(), [&](const auto& log) {
         const auto& [path, state] = log;
-        return has_line(manifest.loading, log_line(fs::current_path() / path, state));
+        return has_line(manifest.loading, log_line(directory / path, state));
     });
 }
 
