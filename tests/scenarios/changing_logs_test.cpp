@@ -1,3 +1,4 @@
+#include "tests/support/held_stream.h"
 #include "tests/support/test_installation.h"
 
 #include <atomic>
@@ -136,6 +137,24 @@ TEST_F(ChangingLogs, OneThatIsLeasedIsRefusedSoon) {
     EXPECT_LT(std::time(nullptr) - start, 10);
     close(log);
     EXPECT_EQ(installation_.run().status, 0);
+}
+
+// Its size was that of another file, and with it where reading ends.
+TEST_F(ChangingLogs, OneThatIsExchangedAfterItWasMeasuredIsRefused) {
+    installation_.write_logs({combined_line()});
+    installation_.write("other", combined_line() + combined_line());
+    HeldStream progress;
+    installation_.prepare_process([&] { progress.replace(STDERR_FILENO); });
+    const pid_t run = installation_.start({"-s", "web", "-t", "1", "-c"});
+    std::string lines;
+    while (lines.find("Start Counting") == std::string::npos) {
+        lines = progress.take();
+    }
+    wait_until_idle(run);
+    fs::rename(installation_.path("other"), log_);
+    progress.stop_reading();
+    expect_failure(installation_.finish(run),
+                   "Failed to read file logs/access_0. Error = 'Stale file handle'");
 }
 
 TEST_F(ChangingLogs, AnExchangeForWhatNeverEndsIsRefused) {

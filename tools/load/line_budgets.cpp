@@ -1,10 +1,12 @@
 #include "tools/load/line_budgets.h"
 
 #include "base/failure.h"
+#include "base/file_state.h"
 #include "base/logs.h"
 #include "base/progress.h"
 #include "tools/load/input_files.h"
 #include "tools/load/line_count.h"
+#include "tools/load/read_logs.h"
 #include "tools/parse/line_outcome.h"
 
 #include <cstdint>
@@ -55,12 +57,16 @@ void count_files() {
 }
 
 LogExtent measure(const InputFileInfo& file) {
-    struct stat status;
+    struct stat status = {};
     const bool is_there = stat(file.input_file, &status) == 0;
+    note_read_log(file.input_file, is_there ? state_text(status) : "missing");
     const bool is_regular = is_there && S_ISREG(status.st_mode);
     const uint64_t size = is_regular ? static_cast<uint64_t>(status.st_size) : 0;
     const bool is_measured = file.num_req == 0 && size != 0; // some systems show no size
-    return {is_regular || file.num_req == 0, size, is_measured ? size : uint64_t{INT64_MAX}};
+    return {{status.st_dev, status.st_ino},
+            is_regular || file.num_req == 0,
+            size,
+            is_measured ? size : uint64_t{INT64_MAX}};
 }
 
 } // namespace

@@ -1,10 +1,20 @@
 #pragma once
 
 #include <cstdint>
+#include <sys/types.h>
 #include <vector>
+
+// Tells a file from others that may come to stand under its name.
+struct FileIdentity {
+    dev_t device = 0;
+    ino_t inode = 0;
+
+    bool operator==(const FileIdentity&) const = default;
+};
 
 // How much of a file of the input file list is to be read.
 struct LogExtent {
+    FileIdentity identity; // of what was measured
     bool is_regular;
     uint64_t size; // bytes now; 0 for a file that is not regular or not there
     uint64_t end; // nothing from here on is read: the size, but INT64_MAX with a line budget, which

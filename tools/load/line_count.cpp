@@ -78,19 +78,19 @@ uint64_t count_and_log(const char* file_name, int descriptor, uint64_t end) {
 
 } // namespace
 
-uint64_t zvr_get_total_lines_in_file(const char* file_name, uint64_t end) {
+uint64_t zvr_get_total_lines_in_file(const char* file_name) {
     DEBUG_LOG(3, fname, "Method called. File = %s", file_name);
     if (!file_exists(file_name)) {
         DEBUG_LOG(2, fname, "File %s is not present. Returning 0", file_name);
         return 0;
     }
     const FileDescriptor file = open_regular_file(file_name);
-    return count_and_log(file_name, file.get(), end);
+    return count_and_log(file_name, file.get(), UINT64_MAX);
 }
 
-uint64_t total_lines_in_open_file(const char* file_name, int descriptor) {
+uint64_t total_lines_in_open_file(const char* file_name, int descriptor, uint64_t end) {
     DEBUG_LOG(3, fname, "Method called. File = %s", file_name);
-    const uint64_t total = count_and_log(file_name, descriptor, UINT64_MAX);
+    const uint64_t total = count_and_log(file_name, descriptor, end);
     return lseek(descriptor, 0, SEEK_SET) == 0 ? total : 0;
 }
 

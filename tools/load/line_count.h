@@ -3,14 +3,14 @@
 #include <cstdint>
 
 // Number of line feeds in a regular file, the count that `wc -l` gives: a last line without one
-// does not count, nor does what stands at offset `end` or behind it, or what the file gains
-// meanwhile. 0 when the file does not exist, is of another kind, or cannot be read.
-uint64_t zvr_get_total_lines_in_file(const char* file_name, uint64_t end = UINT64_MAX);
+// does not count, nor does what the file gains meanwhile. 0 when the file does not exist, is of
+// another kind, or cannot be read.
+uint64_t zvr_get_total_lines_in_file(const char* file_name);
 
 // Whether that number is more than 0. Reads no further than it must; writes no debug lines.
 bool has_lines(const char* file_name);
 
 // As zvr_get_total_lines_in_file for a file that the caller has open and whose name serves the
-// debug lines. The file must stand at its start, and does so afterwards; 0 when it cannot be set
-// back there.
-uint64_t total_lines_in_open_file(const char* file_name, int descriptor);
+// debug lines. What stands at offset `end` or behind it does not count. The file must stand at its
+// start, and does so afterwards; 0 when it cannot be set back there.
+uint64_t total_lines_in_open_file(const char* file_name, int descriptor, uint64_t end = UINT64_MAX);

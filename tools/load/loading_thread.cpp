@@ -4,6 +4,7 @@
 #include "base/progress.h"
 #include "tools/config/log_files.h"
 #include "tools/load/line_count.h"
+#include "tools/load/log_piece_reader.h"
 
 #include <cstdint>
 #include <vector>
@@ -69,8 +70,9 @@ void LoadingThread::begin_file(const LogPiece& piece) const {
 void LoadingThread::count_lines(const LogPiece& piece) {
     if (max_lines_ == INT64_MAX) {
         const char* name = seq_file_path[piece.file].input_file;
-        const uint64_t count = zvr_get_total_lines_in_file(name, piece.range.file_size);
-        max_lines_ = static_cast<int64_t>(count);
+        const FileDescriptor file = open_log(piece);
+        max_lines_ =
+            static_cast<int64_t>(total_lines_in_open_file(name, file.get(), piece.range.file_size));
     }
 }
 

@@ -10,8 +10,8 @@
 
 // A piece of a log through the parser, whatever order the pieces are read in.
 
-// Opens the log that a piece is of, and notes the state of a regular file (read_logs.h). Fails when
-// it cannot be opened, or has become another kind of file than when the logs were cut.
+// Opens the log that a piece is of, and notes its state (read_logs.h). Fails when it cannot be
+// opened, or is another file than the one that was measured.
 FileDescriptor open_log(const LogPiece& piece);
 
 // Reads a piece of an open log into an empty batch, up to `max_lines` lines of it. `lines_before`:

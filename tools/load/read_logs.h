@@ -11,7 +11,8 @@
 // thread may call.
 void note_read_log(const char* path, int descriptor);
 
-// Notes a log that was read elsewhere, with its state as file_state gives it.
+// Notes a log that was measured by its name, or read elsewhere, with its state as file_state gives
+// it.
 void note_read_log(const char* path, const std::string& state);
 
 // Paths with states as file_state gives them, one pair for each state in which a log was found. For
