@@ -51,7 +51,7 @@ void add_work_dir_option(CLI::App& command, RunOptions& options) {
         ->type_name("DIR");
 }
 
-void add_run_options(CLI::App& command, RunOptions& options) {
+void add_run_options_without_threads(CLI::App& command, RunOptions& options) {
     command
         .add_option("-s,--scenario", options.scenario,
                     "A name in the default workspace, or "
@@ -63,15 +63,19 @@ void add_run_options(CLI::App& command, RunOptions& options) {
                     "Replay profile below replay_profiles (default: that of the scenario)")
         ->type_name("NAME");
     command
-        .add_option("-t,--num_thread", options.num_thread,
-                    "Threads that read logs; 0: by the processors")
-        ->type_name("N")
-        ->check(CLI::NonNegativeNumber);
-    command
         .add_option("-q,--dump_query_url", options.dump_query_url,
                     "0: the run writes no query_url.list")
         ->type_name("N");
     add_work_dir_option(command, options);
+}
+
+void add_run_options(CLI::App& command, RunOptions& options) {
+    add_run_options_without_threads(command, options);
+    command
+        .add_option("-t,--num_thread", options.num_thread,
+                    "Threads that read logs; 0: by the processors")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
 }
 
 void add_json_option(CLI::App& command, bool& is_json) {

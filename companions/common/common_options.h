@@ -23,9 +23,11 @@ CLI::App& add_command(CLI::App& program, const std::string& name, const std::str
 // Adds option --version.
 void add_version(CLI::App& command);
 
-// Adds the options that fill these; `options` must stay while the command line is read.
+// Add options that fill these: all; all but the number of threads; the work directory alone.
+// `options` must stay while the command line is read.
 void add_run_options(CLI::App& command, RunOptions& options);
-void add_work_dir_option(CLI::App& command, RunOptions& options); // one of them, alone
+void add_run_options_without_threads(CLI::App& command, RunOptions& options);
+void add_work_dir_option(CLI::App& command, RunOptions& options);
 
 // Adds option --json.
 void add_json_option(CLI::App& command, bool& is_json);
