@@ -1,0 +1,147 @@
+#include "companions/shard/exchange/frame.h"
+
+#include "base/failure.h"
+#include "base/file_descriptor.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <endian.h>
+#include <system_error>
+#include <unistd.h>
+#include <xxhash.h>
+
+namespace {
+
+constexpr std::array<const char*, 6> kind_names = {"rows", "events",    "settled",
+                                                   "urls", "collapsed", "end"};
+constexpr std::string_view magic = "ZVRF";
+constexpr size_t head_size = 28;
+
+// More than any stage writes: a damaged size must not take all memory.
+constexpr uint32_t max_label_size = uint32_t{1} << 20;
+constexpr uint64_t max_payload_size = uint64_t{1} << 30;
+
+void append_number(std::string& to, uint64_t number, size_t size) {
+    const uint64_t lowest_first = htole64(number);
+    to.append(reinterpret_cast<const char*>(&lowest_first), size);
+}
+
+uint64_t read_number(const char* from, size_t size) {
+    uint64_t number = 0;
+    std::memcpy(&number, from, size);
+    return le64toh(number);
+}
+
+FrameKind kind_of(const std::string& name) {
+    for (size_t i = 0; i < kind_names.size(); ++i) {
+        if (name == kind_names[i]) {
+            return static_cast<FrameKind>(i);
+        }
+    }
+    fail_as_damaged();
+}
+
+} // namespace
+
+void fail_as_damaged() {
+    fail("The frames of the job are damaged");
+}
+
+const char* name_of(FrameKind kind) {
+    return kind_names[static_cast<size_t>(kind)];
+}
+
+void FrameWriter::write(FrameKind kind, nlohmann::json label, std::string_view payload) {
+    label["kind"] = name_of(kind);
+    label["plan"] = plan_id_;
+    std::string bytes = label.dump();
+    const size_t label_size = bytes.size();
+    bytes += payload;
+    std::string head(magic);
+    append_number(head, exchange_format, sizeof(uint32_t));
+    append_number(head, label_size, sizeof(uint32_t));
+    append_number(head, payload.size(), sizeof(uint64_t));
+    append_number(head, XXH3_64bits(bytes.data(), bytes.size()), sizeof(uint64_t));
+    if (!write_whole(descriptor_, head) || !write_whole(descriptor_, bytes)) {
+        fail("Failed to write frames. Error = '%s'",
+             std::generic_category().message(errno).c_str());
+    }
+    ++count_;
+}
+
+void FrameWriter::end() {
+    write(FrameKind::end, {{"frames", count_}}, {});
+}
+
+std::optional<Frame> FrameReader::next() {
+    char head[head_size];
+    if (has_ended_ || !read_exactly(head, head_size, end_ == StreamEnd::bare)) {
+        return std::nullopt;
+    }
+    const char* place = head;
+    const auto take = [&](size_t size) {
+        return read_number(std::exchange(place, place + size), size);
+    };
+    if (std::memcmp(std::exchange(place, place + magic.size()), magic.data(), magic.size()) != 0) {
+        fail_as_damaged();
+    }
+    if (const uint64_t format = take(sizeof(uint32_t)); format != exchange_format) {
+        fail("The frames of the job are of format %lu, this program reads format %u", format,
+             exchange_format);
+    }
+    const uint64_t label_size = take(sizeof(uint32_t));
+    const uint64_t payload_size = take(sizeof(uint64_t));
+    const uint64_t hash = take(sizeof(uint64_t));
+    if (label_size > max_label_size || payload_size > max_payload_size) {
+        fail_as_damaged();
+    }
+    std::string bytes(label_size + payload_size, '\0');
+    read_exactly(bytes.data(), bytes.size(), false);
+    Frame frame = check(std::move(bytes), label_size, hash);
+    if (frame.kind != FrameKind::end) {
+        ++count_;
+        return frame;
+    }
+    require_count(frame);
+    has_ended_ = true;
+    return std::nullopt;
+}
+
+// Returns false when the stream ends before the first byte, if it may.
+bool FrameReader::read_exactly(char* to, size_t size, bool may_end) {
+    size_t done = 0;
+    while (done != size) {
+        const ssize_t count = read(descriptor_, to + done, size - done);
+        if (count > 0) {
+            done += static_cast<size_t>(count);
+        } else if (count == 0 && done == 0 && may_end) {
+            return false;
+        } else if (count == 0) {
+            fail("The frames of the job end too early");
+        } else if (errno != EINTR) {
+            fail("Failed to read frames. Error = '%s'",
+                 std::generic_category().message(errno).c_str());
+        }
+    }
+    return true;
+}
+
+Frame FrameReader::check(std::string bytes, size_t label_size, uint64_t hash) const {
+    if (XXH3_64bits(bytes.data(), bytes.size()) != hash) {
+        fail_as_damaged();
+    }
+    nlohmann::json label = nlohmann::json::parse(bytes.substr(0, label_size));
+    if (label.at("plan") != plan_id_) {
+        fail("The frames are those of another plan");
+    }
+    const FrameKind kind = kind_of(label.at("kind"));
+    bytes.erase(0, label_size);
+    return {kind, std::move(label), std::move(bytes)};
+}
+
+void FrameReader::require_count(const Frame& last) const {
+    if (last.label.at("frames") != count_) {
+        fail("Frames of the job are missing");
+    }
+}

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// What the stages of a job hand to each other: a stream of frames. A frame is
+//
+//     4 bytes   "ZVRF"
+//     4 bytes   format version, exchange_format
+//     4 bytes   size of the label
+//     8 bytes   size of the payload
+//     8 bytes   XXH3 of label and payload, 64 bits
+//     label     a JSON object in one line, with at least "kind" and "plan", the plan's id
+//     payload
+//
+// Numbers have their lowest byte first. Whoever moves frames need not look into payloads: labels
+// tell what they have to know. A stage ends what it writes with a frame of kind "end" that holds
+// the number of frames before it, so that a stream that was cut off is found out.
+
+constexpr uint32_t exchange_format = 1;
+
+enum class FrameKind { rows, events, settled, urls, collapsed, end };
+
+const char* name_of(FrameKind kind);
+
+struct Frame {
+    FrameKind kind;
+    nlohmann::json label;
+    std::string payload;
+};
+
+// Writes frames of one plan to a descriptor, which stays the caller's.
+class FrameWriter {
+  public:
+    FrameWriter(int descriptor, std::string plan_id)
+        : descriptor_(descriptor), plan_id_(std::move(plan_id)) {}
+
+    // `label`: what there is to tell besides kind and plan. Fails when it cannot be written.
+    void write(FrameKind kind, nlohmann::json label, std::string_view payload);
+
+    // The last frame.
+    void end();
+
+  private:
+    int descriptor_;
+    std::string plan_id_;
+    uint64_t count_ = 0;
+};
+
+// Whether a stream has an end frame. Who regroups frames leaves the end frames out; counts then
+// prove that none is missing.
+enum class StreamEnd { marked, bare };
+
+// Reads frames of one plan from a descriptor, which stays the caller's.
+class FrameReader {
+  public:
+    FrameReader(int descriptor, std::string plan_id, StreamEnd end)
+        : descriptor_(descriptor), plan_id_(std::move(plan_id)), end_(end) {}
+
+    // The next frame; nothing once all have been read. Fails when the stream was cut off or
+    // damaged, has another format, or is of another plan.
+    std::optional<Frame> next();
+
+  private:
+    bool read_exactly(char* to, size_t size, bool may_end);
+    Frame check(std::string bytes, size_t label_size, uint64_t hash) const;
+    void require_count(const Frame& last) const;
+
+    int descriptor_;
+    std::string plan_id_;
+    StreamEnd end_;
+    uint64_t count_ = 0;
+    bool has_ended_ = false;
+};
+
+// Fails as a reader does that finds what nobody has written.
+[[noreturn]] void fail_as_damaged();

@@ -1,0 +1,129 @@
+#include "companions/shard/load/load_pieces.h"
+
+#include "base/failure.h"
+#include "companions/shard/exchange/event_records.h"
+#include "companions/shard/exchange/row_block.h"
+#include "companions/shard/exchange/sorted_rows.h"
+#include "companions/shard/plan/apply_plan.h"
+#include "companions/shard/plan/planned_logs.h"
+#include "tools/config/log_files.h"
+#include "tools/load/loading_thread.h"
+#include "tools/load/log_piece_reader.h"
+
+#include <set>
+#include <string_view>
+
+size_t loaded_run_size = size_t{160} << 20;
+
+namespace {
+
+// Rows of log pieces that are sorted together, with their texts.
+class Run {
+  public:
+    explicit Run(FrameWriter& frames) : frames_(frames) {}
+
+    // Reads the log piece into the run, all but requests that wait, and tells of these.
+    void load(const LogPiece& piece, uint32_t number, EventFrameWriter& events);
+
+    bool is_full() const { return size_ >= loaded_run_size; }
+
+    // Writes out what is held, in order.
+    void write();
+
+  private:
+    ExchangedEvent exchanged_event(const SessionEvent& event, const PlacedRow& row) const;
+    void add_rows(const RequestBatch& batch, uint32_t number);
+
+    FrameWriter& frames_;
+    ParsingThread parsing_ = {};
+    std::vector<PlacedRow> rows_;
+    size_t size_ = 0; // bytes, about
+};
+
+void Run::load(const LogPiece& piece, uint32_t number, EventFrameWriter& events) {
+    RequestBatch batch;
+    const InputFileInfo& file = seq_file_path[piece.file];
+    if (file.body_flag == 0) {
+        load_piece(parsing_, piece, open_log(piece), 0, line_budget(file), batch, {});
+    }
+    events.add_piece({.log_piece = number,
+                      .line_count = batch.line_count,
+                      .counters = batch.counters,
+                      .row_count = static_cast<uint32_t>(batch.rows.size()),
+                      .has_line_pieces = batch.has_line_pieces},
+                     file.instance_idx, batch.events.size());
+    for (const SessionEvent& event : batch.events) {
+        events.add_event(exchanged_event(event, {batch.rows[event.row], {number, event.row}}));
+    }
+    add_rows(batch, number);
+    size_ += piece.range.end - piece.range.begin;
+}
+
+ExchangedEvent Run::exchanged_event(const SessionEvent& event, const PlacedRow& row) const {
+    return {.waits = event.waits,
+            .line_num = event.line_num,
+            .akaau_id = event.akaau_id,
+            .request = exchanged_row(parsing_.interner.texts(), row)};
+}
+
+void Run::add_rows(const RequestBatch& batch, uint32_t number) {
+    auto event = batch.events.begin();
+    for (uint32_t i = 0; i < batch.rows.size(); ++i) {
+        const bool has_event = event != batch.events.end() && event->row == i;
+        if (!has_event || !event->waits) {
+            rows_.push_back({batch.rows[i], {number, i}});
+        }
+        event += has_event ? 1 : 0;
+    }
+}
+
+void Run::write() {
+    const RequestTexts& texts = parsing_.interner.texts();
+    sort_rows(texts, rows_);
+    RowBlockWriter writer(frames_, nlohmann::json::object());
+    for (const PlacedRow& row : rows_) {
+        writer.add(exchanged_row(texts, row));
+    }
+    writer.finish();
+}
+
+std::vector<size_t> logs_of(const std::vector<LogPiece>& log_pieces, const Plan& plan,
+                            const std::vector<uint32_t>& pieces) {
+    std::set<size_t> logs;
+    for (const uint32_t piece : pieces) {
+        for (uint32_t i = plan.pieces[piece].first; i != plan.pieces[piece].end; ++i) {
+            logs.insert(static_cast<size_t>(log_pieces[i].file));
+        }
+    }
+    return {logs.begin(), logs.end()};
+}
+
+void load_piece_of_work(const std::vector<LogPiece>& log_pieces, const PieceOfWork& piece,
+                        FrameWriter& frames) {
+    EventFrameWriter events(frames);
+    for (uint32_t i = piece.first; i != piece.end;) {
+        Run run(frames);
+        for (; i != piece.end && !run.is_full(); ++i) {
+            run.load(log_pieces[i], i, events);
+        }
+        run.write();
+    }
+    events.finish();
+}
+
+} // namespace
+
+void load_pieces(const Plan& plan, const std::vector<uint32_t>& pieces, FrameWriter& frames) {
+    for (const uint32_t piece : pieces) {
+        if (piece >= plan.pieces.size()) {
+            fail("The plan has no piece %u", piece);
+        }
+    }
+    const std::vector<LogPiece> log_pieces = cut_planned_logs(plan.logs);
+    const std::vector<size_t> logs = logs_of(log_pieces, plan, pieces);
+    check_logs(plan, logs);
+    for (const uint32_t piece : pieces) {
+        load_piece_of_work(log_pieces, plan.pieces[piece], frames);
+    }
+    check_logs(plan, logs);
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "companions/shard/plan/plan.h"
+#include "tools/load/log_pieces.h"
+
+#include <cstdint>
+#include <vector>
+
+// The logs of a plan, cut into log pieces: those of a run with a loading thread for each instance,
+// whose number is the thread's. Needs the list of logs in seq_file_path (apply_plan).
+std::vector<LogPiece> cut_planned_logs(const std::vector<PlannedLog>& logs);
+
+// Runs of log pieces with about as many bytes each. `count`: how many are wanted; 0: of some 256 MB
+// each.
+std::vector<PieceOfWork> plan_pieces(const std::vector<PlannedLog>& logs, uint64_t count);
