@@ -75,8 +75,23 @@ void FrameWriter::end() {
 }
 
 std::optional<Frame> FrameReader::next() {
+    std::optional<Frame> frame;
+    while ((frame = read_frame()) && frame->kind == FrameKind::end) {
+        if (frame->label.value("frames", uint64_t{0}) != std::exchange(count_, 0)) {
+            fail("Frames of the job are missing");
+        }
+        may_end_ = true;
+    }
+    if (frame) {
+        ++count_;
+        may_end_ = end_ == StreamEnd::bare;
+    }
+    return frame;
+}
+
+std::optional<Frame> FrameReader::read_frame() {
     char head[head_size];
-    if (has_ended_ || !read_exactly(head, head_size, end_ == StreamEnd::bare)) {
+    if (!read_exactly(head, head_size, may_end_)) {
         return std::nullopt;
     }
     const char* place = head;
@@ -98,18 +113,11 @@ std::optional<Frame> FrameReader::next() {
     }
     std::string bytes(label_size + payload_size, '\0');
     read_exactly(bytes.data(), bytes.size(), false);
-    Frame frame = check(std::move(bytes), label_size, hash);
-    if (frame.kind != FrameKind::end) {
-        ++count_;
-        return frame;
-    }
-    require_count(frame);
-    has_ended_ = true;
-    return std::nullopt;
+    return check(std::move(bytes), label_size, hash);
 }
 
 // Returns false when the stream ends before the first byte, if it may.
-bool FrameReader::read_exactly(char* to, size_t size, bool may_end) {
+bool FrameReader::read_exactly(char* to, size_t size, bool may_end) const {
     size_t done = 0;
     while (done != size) {
         const ssize_t count = read(descriptor_, to + done, size - done);
@@ -131,17 +139,14 @@ Frame FrameReader::check(std::string bytes, size_t label_size, uint64_t hash) co
     if (XXH3_64bits(bytes.data(), bytes.size()) != hash) {
         fail_as_damaged();
     }
-    nlohmann::json label = nlohmann::json::parse(bytes.substr(0, label_size));
-    if (label.at("plan") != plan_id_) {
+    nlohmann::json label = nlohmann::json::parse(bytes.substr(0, label_size), nullptr, false);
+    if (!label.is_object()) {
+        fail_as_damaged();
+    }
+    if (label.value("plan", "") != plan_id_) {
         fail("The frames are those of another plan");
     }
-    const FrameKind kind = kind_of(label.at("kind"));
+    const FrameKind kind = kind_of(label.value("kind", ""));
     bytes.erase(0, label_size);
     return {kind, std::move(label), std::move(bytes)};
-}
-
-void FrameReader::require_count(const Frame& last) const {
-    if (last.label.at("frames") != count_) {
-        fail("Frames of the job are missing");
-    }
 }

@@ -51,30 +51,31 @@ class FrameWriter {
     uint64_t count_ = 0;
 };
 
-// Whether a stream has an end frame. Who regroups frames leaves the end frames out; counts then
-// prove that none is missing.
+// What a stream ends with. The streams of several stages may follow each other, each with its end
+// frame. Who regroups frames may leave these out; counts then prove that no frame is missing.
 enum class StreamEnd { marked, bare };
 
 // Reads frames of one plan from a descriptor, which stays the caller's.
 class FrameReader {
   public:
     FrameReader(int descriptor, std::string plan_id, StreamEnd end)
-        : descriptor_(descriptor), plan_id_(std::move(plan_id)), end_(end) {}
+        : descriptor_(descriptor), plan_id_(std::move(plan_id)), end_(end),
+          may_end_(end == StreamEnd::bare) {}
 
-    // The next frame; nothing once all have been read. Fails when the stream was cut off or
-    // damaged, has another format, or is of another plan.
+    // The next frame but end frames; nothing once all have been read. Fails when the stream was cut
+    // off or damaged, has another format, or is of another plan.
     std::optional<Frame> next();
 
   private:
-    bool read_exactly(char* to, size_t size, bool may_end);
+    bool read_exactly(char* to, size_t size, bool may_end) const;
+    std::optional<Frame> read_frame();
     Frame check(std::string bytes, size_t label_size, uint64_t hash) const;
-    void require_count(const Frame& last) const;
 
     int descriptor_;
     std::string plan_id_;
     StreamEnd end_;
-    uint64_t count_ = 0;
-    bool has_ended_ = false;
+    uint64_t count_ = 0; // of frames since the last end frame
+    bool may_end_;       // before the next frame
 };
 
 // Fails as a reader does that finds what nobody has written.
