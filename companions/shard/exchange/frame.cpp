@@ -20,7 +20,7 @@ constexpr size_t head_size = 28;
 
 // More than any stage writes: a damaged size must not take all memory.
 constexpr uint32_t max_label_size = uint32_t{1} << 20;
-constexpr uint64_t max_payload_size = uint64_t{1} << 30;
+constexpr uint64_t max_payload_size = uint64_t{1} << 26;
 
 void append_number(std::string& to, uint64_t number, size_t size) {
     const uint64_t lowest_first = htole64(number);

@@ -10,6 +10,7 @@
 #include "tools/config/replay_settings.h"
 #include "tools/config/settings_file.h"
 #include "tools/load/input_files.h"
+#include "tools/load/log_pieces.h"
 #include "tools/parse/replay_zone.h"
 
 #include <cstdlib>
@@ -87,6 +88,7 @@ void apply_plan(const Plan& plan) {
     start_time_stamp = plan.start_time_stamp;
     end_time_stamp = plan.end_time_stamp;
     time_filter_flag = plan.is_time_filtered;
+    log_piece_size = plan.log_piece_size;
     apply_logs(plan.logs);
 }
 

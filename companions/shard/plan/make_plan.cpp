@@ -120,6 +120,8 @@ Plan make_plan(const RunOptions& options, uint64_t piece_count) {
     plan.end_time_stamp = end_time_stamp;
     plan.is_time_filtered = time_filter_flag != 0;
     plan.logs = plan_logs();
+    plan.log_piece_size = choose_log_piece_size(plan.logs, piece_count);
+    log_piece_size = plan.log_piece_size;
     plan.pieces = plan_pieces(plan.logs, piece_count);
     return plan;
 }

@@ -48,5 +48,6 @@ struct Plan {
     bool is_time_filtered;
 
     std::vector<PlannedLog> logs; // in load order
+    uint64_t log_piece_size;      // see tools/load/log_pieces.h
     std::vector<PieceOfWork> pieces;
 };

@@ -75,7 +75,8 @@ Json json_of_plan(const Plan& plan) {
                  {"zone_rules", plan.zone_rules},
                  {"start_time_stamp", plan.start_time_stamp},
                  {"end_time_stamp", plan.end_time_stamp},
-                 {"is_time_filtered", plan.is_time_filtered}};
+                 {"is_time_filtered", plan.is_time_filtered},
+                 {"log_piece_size", plan.log_piece_size}};
     for (const PlannedLog& log : plan.logs) {
         json["logs"].push_back(json_of_log(log));
     }
@@ -103,6 +104,7 @@ Plan plan_of_json(const Json& json) {
                  .end_time_stamp = json.at("end_time_stamp"),
                  .is_time_filtered = json.at("is_time_filtered"),
                  .logs = {},
+                 .log_piece_size = json.at("log_piece_size"),
                  .pieces = {}};
     for (const Json& log : json.value("logs", Json::array())) {
         plan.logs.push_back(log_of_json(log));

@@ -14,6 +14,14 @@ uint64_t bytes_of(const LogPiece& piece) {
     return std::min(piece.range.end, piece.range.file_size) - piece.range.begin;
 }
 
+uint64_t total_size(const std::vector<PlannedLog>& logs) {
+    uint64_t total = 0;
+    for (const PlannedLog& log : logs) {
+        total += log.size;
+    }
+    return total;
+}
+
 } // namespace
 
 std::vector<LogPiece> cut_planned_logs(const std::vector<PlannedLog>& logs) {
@@ -30,13 +38,14 @@ std::vector<LogPiece> cut_planned_logs(const std::vector<PlannedLog>& logs) {
     return cut_logs(extents, threads.data(), thread_count);
 }
 
+uint64_t choose_log_piece_size(const std::vector<PlannedLog>& logs, uint64_t piece_count) {
+    return piece_count == 0 ? log_piece_size
+                            : std::min(log_piece_size, total_size(logs) / piece_count + 1);
+}
+
 std::vector<PieceOfWork> plan_pieces(const std::vector<PlannedLog>& logs, uint64_t count) {
     const std::vector<LogPiece> log_pieces = cut_planned_logs(logs);
-    uint64_t total = 0;
-    for (const LogPiece& piece : log_pieces) {
-        total += bytes_of(piece);
-    }
-    const uint64_t wanted = count == 0 ? usual_piece_size : total / count + 1;
+    const uint64_t wanted = count == 0 ? usual_piece_size : total_size(logs) / count + 1;
     std::vector<PieceOfWork> pieces;
     for (uint32_t i = 0; i < log_pieces.size(); ++i) {
         if (pieces.empty() || pieces.back().bytes >= wanted) {
