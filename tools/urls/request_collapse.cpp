@@ -1,10 +1,8 @@
 #include "tools/urls/request_collapse.h"
 
 #include "tools/parse/url_key.h"
-#include "tools/urls/text_sort.h"
+#include "tools/urls/url_order.h"
 
-#include <algorithm>
-#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -46,13 +44,6 @@ std::vector<uint32_t> group_queried(const RequestTable& table, const OrderedRequ
     return queried;
 }
 
-bool is_before(const UrlKey& a, const UrlKey& b) {
-    const int methods = a.method.compare(b.method);
-    return methods != 0 ? methods < 0 : std::strcmp(a.host, b.host) < 0;
-}
-
-// Brings the URLs into the order of URL, method and host. Their texts are sorted first; only those
-// of one text are compared by the rest.
 void sort_urls(const RequestTable& table, std::vector<CollapsedUrl>& urls) {
     std::vector<SortableText> texts;
     texts.reserve(urls.size());
@@ -61,18 +52,11 @@ void sort_urls(const RequestTable& table, std::vector<CollapsedUrl>& urls) {
         texts.push_back(
             {text.data(), static_cast<uint32_t>(text.size()), static_cast<uint32_t>(texts.size())});
     }
-    sort_texts(texts);
+    sort_unique_urls(texts, [&](uint32_t number) { return key_of(table, urls[number]); });
     std::vector<CollapsedUrl> sorted;
     sorted.reserve(urls.size());
-    for (size_t i = 0; i < texts.size();) {
-        const size_t same_begin = i;
-        do {
-            sorted.push_back(urls[texts[i].number]);
-        } while (++i < texts.size() && texts[i].text() == texts[same_begin].text());
-        std::sort(sorted.begin() + static_cast<ptrdiff_t>(same_begin), sorted.end(),
-                  [&](const CollapsedUrl& a, const CollapsedUrl& b) {
-                      return is_before(key_of(table, a), key_of(table, b));
-                  });
+    for (const SortableText& text : texts) {
+        sorted.push_back(urls[text.number]);
     }
     urls = std::move(sorted);
 }
