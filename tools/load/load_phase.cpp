@@ -130,8 +130,8 @@ void make_request_table(Loading& loading, std::deque<Worker>& workers) {
         batches.push_back({&loaded.batch, loaded.worker});
     }
     std::vector<SessionGrant> grants;
-    for (const PieceQueue& queue : loading.queues) {
-        const std::vector<SessionGrant>& more = queue.thread.grants();
+    for (PieceQueue& queue : loading.queues) {
+        const std::vector<SessionGrant> more = queue.thread.take_grants();
         grants.insert(grants.end(), more.begin(), more.end());
     }
     std::vector<RequestTexts> texts;

@@ -67,6 +67,20 @@ void LoadingThread::begin_file(const LogPiece& piece) const {
     }
 }
 
+void LoadingThread::settle_batch(RequestBatch& batch, uint32_t number, const LogPiece& piece,
+                                 const std::function<void(int64_t max_lines)>& reload) {
+    if (batch.has_line_pieces) {
+        count_lines(piece);
+    }
+    if (batch.line_count > lines_left()) {
+        reload(lines_left());
+    }
+    if (!settle_events(batch, number, piece)) {
+        reload(batch.events[settled_events_].line_num); // the last line that counts
+    }
+}
+
+// Fixes the line budget of the file, which holds lines longer than the limit, unless it has one.
 void LoadingThread::count_lines(const LogPiece& piece) {
     if (max_lines_ == INT64_MAX) {
         const char* name = seq_file_path[piece.file].input_file;

@@ -7,8 +7,10 @@
 
 #include <cstdint>
 #include <ctime>
+#include <functional>
 #include <mutex>
 #include <optional>
+#include <utility>
 #include <vector>
 
 // Lines that a file may give; INT64_MAX: all that it has.
@@ -36,17 +38,14 @@ class LoadingThread {
     int64_t lines_before() const { return lines_before_; } // in the file
     int64_t lines_left() const { return max_lines_ - lines_before_; }
 
-    // Fixes the line budget of the file, which has none and holds lines longer than the limit.
-    void count_lines(const LogPiece& piece);
+    // Settles a batch that holds all of a piece, and keeps of it what the thread wants. `reload`
+    // reads so many lines of the piece once more, into the batch (reload_piece).
+    void settle_batch(RequestBatch& batch, uint32_t number, const LogPiece& piece,
+                      const std::function<void(int64_t max_lines)>& reload);
 
     // Settles the events of a batch that are new since the last call. Returns false when no more
     // requests can wait: the line of that event is the last one that counts.
     bool settle_events(const RequestBatch& batch, uint32_t number, const LogPiece& piece);
-
-    // Line, in the batch, of the event that settle_events has refused.
-    int64_t refused_line(const RequestBatch& batch) const {
-        return batch.events[settled_events_].line_num;
-    }
 
     // Counts the batch, which has to hold no more than the thread wants, takes the request that was
     // refused and the events away from it, and writes the lines that tell of thread and file.
@@ -55,10 +54,14 @@ class LoadingThread {
     const threadCounter& counters() const { return counters_; }
     const LineTally& tally() const { return tally_; } // empty where none is asked for
 
-    // In the order in which sessions were given.
-    const std::vector<SessionGrant>& grants() const { return grants_; }
+    // What was given since the last call, in the order in which sessions were given.
+    std::vector<SessionGrant> take_grants() { return std::exchange(grants_, {}); }
+
+    // The requests that no session was given to so far, once the thread has started.
+    std::vector<WaitingRequest> waiting() const { return settlement_->waiting(); }
 
   private:
+    void count_lines(const LogPiece& piece);
     void end_file(const InputFileInfo& file) const;
 
     parsingThreadArgs& arguments_;

@@ -11,24 +11,13 @@ void (*tell_piece_loaded)(const LogPiece& piece) = nullptr;
 
 namespace {
 
-// Reads once more what the thread wants of a piece of which it was too much.
-void reload(Worker& worker, const LogPiece& piece, int64_t max_lines, LoadedPiece& loaded) {
-    reload_piece(worker.parsing, piece, max_lines, loaded.batch);
-    loaded.worker = worker.number;
-}
-
 // Keeps of a loaded piece what its thread wants.
-void settle_events(Worker& worker, PieceQueue& queue, LoadedPiece& loaded, const LogPiece& piece) {
-    LoadingThread& thread = queue.thread;
-    if (loaded.batch.has_line_pieces) {
-        thread.count_lines(piece);
-    }
-    if (loaded.batch.line_count > thread.lines_left()) {
-        reload(worker, piece, thread.lines_left(), loaded);
-    }
-    if (!thread.settle_events(loaded.batch, static_cast<uint32_t>(queue.next), piece)) {
-        reload(worker, piece, thread.refused_line(loaded.batch), loaded);
-    }
+void settle_batch(Worker& worker, PieceQueue& queue, LoadedPiece& loaded, const LogPiece& piece) {
+    queue.thread.settle_batch(loaded.batch, static_cast<uint32_t>(queue.next), piece,
+                              [&](int64_t max_lines) {
+                                  reload_piece(worker.parsing, piece, max_lines, loaded.batch);
+                                  loaded.worker = worker.number;
+                              });
 }
 
 // Reads and settles the next piece of a loading thread line by line.
@@ -74,7 +63,7 @@ void settle_next(Worker& worker, PieceQueue& queue) {
     if (loaded.failure) {
         fail("%s", loaded.failure->message.c_str());
     }
-    settle_events(worker, queue, loaded, piece);
+    settle_batch(worker, queue, loaded, piece);
     thread.end(piece, loaded.batch);
 }
 
