@@ -1,13 +1,17 @@
 #include "base/standard_streams.h"
+#include "companions/shard/collapse/collapse_command.h"
+#include "companions/shard/cut/cut_command.h"
 #include "companions/shard/load/load_command.h"
+#include "companions/shard/merge/merge_command.h"
 #include "companions/shard/plan/plan_command.h"
+#include "companions/shard/settle/settle_command.h"
+#include "tools/driver/process_signals.h"
 
 #include <csignal>
 
 int main(int argc, char* argv[]) {
     occupy_standard_streams();
-    std::signal(SIGPIPE, SIG_IGN); // a reader that is gone has its error line
-    std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow likewise
+    take_over_signals();
     int exit_status = 0;
     CLI::App program("Does the stages of a job that shares out a scenario's logs among machines.",
                      "zvr_al_shard");
@@ -17,5 +21,9 @@ int main(int argc, char* argv[]) {
     add_plan_command(program, exit_status);
     add_check_command(program, exit_status);
     add_load_command(program, exit_status);
+    add_settle_command(program, exit_status);
+    add_cut_command(program, exit_status);
+    add_collapse_command(program, exit_status);
+    add_merge_command(program, exit_status);
     return run_command_line(program, argc, argv, exit_status);
 }

@@ -1,7 +1,5 @@
 #include "companions/shard/exchange/event_records.h"
 
-#include "tools/parse/url_key.h"
-
 #include <utility>
 
 namespace {
@@ -33,9 +31,7 @@ void read_event(PackedReader& from, uint32_t log_piece, EventTaker& taker,
         fail_as_damaged();
     }
     if (event.waits) {
-        event.request.time = from.number();
-        event.request.url_key = read_url_key(from);
-        own_texts.read(from, UrlKey(event.request.url_key).url, event.request);
+        read_request(from, own_texts, event.request);
     } else {
         event.request.session = from.text();
     }
@@ -68,9 +64,7 @@ void EventFrameWriter::add_event(const ExchangedEvent& event) {
     append_packed(payload_, uint64_t{event.request.place.row});
     append_packed(payload_, event.akaau_id);
     if (event.waits) {
-        append_packed(payload_, event.request.time);
-        append_packed(payload_, event.request.url_key);
-        append_own_texts(payload_, event.request, UrlKey(event.request.url_key).url);
+        append_request(payload_, event.request);
     } else {
         append_packed(payload_, event.request.session);
     }

@@ -1,7 +1,9 @@
 #include "companions/shard/exchange/exchanged_row.h"
 
 #include "companions/shard/exchange/frame.h"
+#include "tools/parse/url_key.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -28,8 +30,9 @@ const char* copy_terminated(std::string_view text, std::string& copy) {
 
 std::string_view read_url_key(PackedReader& from) {
     const std::string_view key = from.text();
-    if (key.size() <= max_method_length ||
-        key.find('\0', max_method_length) == std::string_view::npos) {
+    const size_t host_end = key.find('\0', std::min<size_t>(key.size(), max_method_length));
+    if (host_end == std::string_view::npos ||
+        key.find('\0', host_end + 1) != std::string_view::npos) {
         fail_as_damaged();
     }
     return key;
@@ -74,4 +77,16 @@ void OwnTextsReader::read(PackedReader& from, std::string_view url, ExchangedRow
         std::strlen(own.method == nullptr ? "" : own.method) > max_method_length) {
         fail_as_damaged();
     }
+}
+
+void append_request(std::string& to, const ExchangedRow& row) {
+    append_packed(to, row.time);
+    append_packed(to, row.url_key);
+    append_own_texts(to, row, UrlKey(row.url_key).url);
+}
+
+void read_request(PackedReader& from, OwnTextsReader& own_texts, ExchangedRow& row) {
+    row.time = from.number();
+    row.url_key = read_url_key(from);
+    own_texts.read(from, UrlKey(row.url_key).url, row);
 }

@@ -44,3 +44,7 @@ class OwnTextsReader {
     std::string full_url_;
     std::string method_;
 };
+
+// Time, URL key and own texts of a request, one behind the other.
+void append_request(std::string& to, const ExchangedRow& row);
+void read_request(PackedReader& from, OwnTextsReader& own_texts, ExchangedRow& row);

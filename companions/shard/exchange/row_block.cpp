@@ -7,12 +7,10 @@
 
 namespace {
 
-std::vector<std::string_view> read_url_keys(PackedReader& from) {
-    std::vector<std::string_view> keys;
-    for (uint64_t left = from.number(); left != 0; --left) {
-        keys.push_back(read_url_key(from));
+void require_row_count(const Frame& block, uint64_t count) {
+    if (block.label.value("rows", uint64_t{0}) != count) {
+        fail_as_damaged();
     }
-    return keys;
 }
 
 } // namespace
@@ -77,24 +75,57 @@ uint64_t RowBlockWriter::number_of_url(std::string_view key) {
     return place->second;
 }
 
-void read_row_block(const Frame& frame, const std::function<void(const ExchangedRow&)>& take) {
-    PackedReader from(frame.payload);
-    const std::vector<std::string_view> keys = read_url_keys(from);
-    OwnTextsReader own_texts;
-    ExchangedRow row = {};
-    while (!from.at_end()) {
-        row.session = from.text();
-        row.time = 0;
-        for (uint64_t left = from.number(); left != 0; --left) {
-            row.time += from.number();
-            row.place = {from.word(), from.word()};
-            const uint64_t url = from.number();
-            if (url >= keys.size()) {
-                fail_as_damaged();
-            }
-            row.url_key = keys[url];
-            own_texts.read(from, UrlKey(row.url_key).url, row);
-            take(row);
-        }
+RowBlockReader::RowBlockReader(Frame block) : block_(std::move(block)), from_(block_.payload) {
+    if (block_.kind != FrameKind::rows) {
+        fail_as_damaged();
     }
+    uint64_t left = from_.number();
+    if (left > block_.payload.size()) {
+        fail_as_damaged();
+    }
+    for (keys_.reserve(left); left != 0; --left) {
+        keys_.push_back(read_url_key(from_));
+    }
+}
+
+bool RowBlockReader::next() {
+    if (rows_left_ == 0) {
+        if (from_.at_end()) {
+            require_row_count(block_, row_count_);
+            return false;
+        }
+        begin_session();
+    }
+    read_time_and_place();
+    const uint64_t url = from_.number();
+    if (url >= keys_.size()) {
+        fail_as_damaged();
+    }
+    row_.url_key = keys_[url];
+    own_texts_.read(from_, UrlKey(row_.url_key).url, row_);
+    --rows_left_;
+    ++row_count_;
+    return true;
+}
+
+void RowBlockReader::begin_session() {
+    const std::string_view session = from_.text();
+    rows_left_ = from_.number();
+    if (rows_left_ == 0 || (row_count_ != 0 && session <= row_.session)) {
+        fail_as_damaged();
+    }
+    row_ = {};
+    row_.session = session;
+    is_first_of_session_ = true;
+}
+
+void RowBlockReader::read_time_and_place() {
+    const uint64_t later = from_.number();
+    const RequestPlace place = {from_.word(), from_.word()};
+    const bool is_first = std::exchange(is_first_of_session_, false);
+    if (later > UINT64_MAX - row_.time || (!is_first && later == 0 && place <= row_.place)) {
+        fail_as_damaged();
+    }
+    row_.time += later;
+    row_.place = place;
 }

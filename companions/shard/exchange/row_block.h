@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -51,5 +50,30 @@ class RowBlockWriter {
     std::string first_key_;
 };
 
-// Calls `take` with each row of a block; a row's texts stay as they are until the next one.
-void read_row_block(const Frame& frame, const std::function<void(const ExchangedRow&)>& take);
+// Reads the rows of a block in their order. Fails when the block is damaged or not in order.
+class RowBlockReader {
+  public:
+    explicit RowBlockReader(Frame block);
+    RowBlockReader(const RowBlockReader&) = delete; // parts of it are pointed to
+    RowBlockReader& operator=(const RowBlockReader&) = delete;
+
+    // Goes on to the next row; returns false at the end.
+    bool next();
+
+    // The row; its texts stay as they are until the next call of next, its session's and its URL
+    // key as long as the object does.
+    const ExchangedRow& row() const { return row_; }
+
+  private:
+    void begin_session();
+    void read_time_and_place();
+
+    Frame block_;
+    PackedReader from_;
+    std::vector<std::string_view> keys_;
+    OwnTextsReader own_texts_;
+    ExchangedRow row_ = {};
+    uint64_t rows_left_ = 0; // of the session
+    bool is_first_of_session_ = false;
+    uint64_t row_count_ = 0;
+};

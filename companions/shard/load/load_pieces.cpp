@@ -13,7 +13,7 @@
 #include <set>
 #include <string_view>
 
-size_t loaded_run_size = size_t{160} << 20;
+size_t loaded_run_size = size_t{128} << 20;
 
 namespace {
 
@@ -21,11 +21,14 @@ namespace {
 class Run {
   public:
     explicit Run(FrameWriter& frames) : frames_(frames) {}
+    ~Run();
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
 
     // Reads the log piece into the run, all but requests that wait, and tells of these.
     void load(const LogPiece& piece, uint32_t number, EventFrameWriter& events);
 
-    bool is_full() const { return size_ >= loaded_run_size; }
+    bool is_full() const;
 
     // Writes out what is held, in order.
     void write();
@@ -37,8 +40,18 @@ class Run {
     FrameWriter& frames_;
     ParsingThread parsing_ = {};
     std::vector<PlacedRow> rows_;
-    size_t size_ = 0; // bytes, about
 };
+
+Run::~Run() {
+    parsing_.interner.release_texts();
+    parsing_.own_texts.release();
+}
+
+bool Run::is_full() const {
+    const RequestTexts& texts = parsing_.interner.texts();
+    return rows_.size() * sizeof(PlacedRow) + texts.held_size() + parsing_.own_texts.held_size() >=
+           loaded_run_size;
+}
 
 void Run::load(const LogPiece& piece, uint32_t number, EventFrameWriter& events) {
     RequestBatch batch;
@@ -56,7 +69,6 @@ void Run::load(const LogPiece& piece, uint32_t number, EventFrameWriter& events)
         events.add_event(exchanged_event(event, {batch.rows[event.row], {number, event.row}}));
     }
     add_rows(batch, number);
-    size_ += piece.range.end - piece.range.begin;
 }
 
 ExchangedEvent Run::exchanged_event(const SessionEvent& event, const PlacedRow& row) const {

@@ -40,20 +40,12 @@ void apply_settings(const std::string& settings) {
     validate_al_format();
 }
 
-// NOLINTBEGIN(concurrency-mt-unsafe): no thread has been started
-void apply_zone(const Plan& plan) {
-    if (plan.has_zone) {
-        setenv("TZ", plan.zone.c_str(), 1);
-    } else {
-        unsetenv("TZ");
-    }
+void require_same_zone(const Plan& plan) {
     if (hash_zone_rules() != plan.zone_rules) {
         fail("%s: time zone '%s' has other rules than on the host of the plan", host_name().c_str(),
              plan.has_zone ? plan.zone.c_str() : "of the host");
     }
-    replay_timezone = plan.replay_timezone;
 }
-// NOLINTEND(concurrency-mt-unsafe)
 
 void apply_logs(const std::vector<PlannedLog>& logs) {
     for (const PlannedLog& log : logs) {
@@ -81,10 +73,22 @@ void check_log(const PlannedLog& log) {
 
 } // namespace
 
+// NOLINTBEGIN(concurrency-mt-unsafe): no thread has been started
+void apply_zone(const Plan& plan) {
+    if (plan.has_zone) {
+        setenv("TZ", plan.zone.c_str(), 1);
+    } else {
+        unsetenv("TZ");
+    }
+}
+// NOLINTEND(concurrency-mt-unsafe)
+
 void apply_plan(const Plan& plan) {
     dump_query_flag = plan.dump_query_url;
     apply_settings(plan.settings);
     apply_zone(plan);
+    require_same_zone(plan);
+    replay_timezone = plan.replay_timezone;
     start_time_stamp = plan.start_time_stamp;
     end_time_stamp = plan.end_time_stamp;
     time_filter_flag = plan.is_time_filtered;

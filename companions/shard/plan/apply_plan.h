@@ -7,5 +7,8 @@
 // Fails when this host has other rules for the time zone.
 void apply_plan(const Plan& plan);
 
+// Sets the environment's time zone to that of the plan.
+void apply_zone(const Plan& plan);
+
 // Fails, naming the host, when logs of these numbers are missing here or not those of the plan.
 void check_logs(const Plan& plan, const std::vector<size_t>& logs);

@@ -105,6 +105,7 @@ Plan make_plan(const RunOptions& options, uint64_t piece_count) {
     Plan plan = {};
     plan.id = random_id();
     plan.version = ZVR_VERSION;
+    plan.directory = fs::current_path();
     plan.scenario = options.scenario;
     plan.replay_profile = options.replay_profile;
     plan.dump_query_url = options.dump_query_url;

@@ -30,7 +30,8 @@ struct Plan {
     std::string id;      // its own
     std::string version; // of the program
 
-    std::string work_dir;
+    std::string directory;      // working directory in which the plan was made
+    std::string work_dir;       // of the installation
     std::string scenario;       // as option `scenario` gave it
     std::string replay_profile; // as option `replay_profile` gave it; empty: that of the scenario
     int dump_query_url;         // option

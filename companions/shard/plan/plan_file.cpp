@@ -63,6 +63,7 @@ Json json_of_plan(const Plan& plan) {
     Json json = {{"zvr_al_shard_plan", plan_format},
                  {"id", plan.id},
                  {"version", plan.version},
+                 {"directory", json_of_bytes(plan.directory)},
                  {"work_dir", json_of_bytes(plan.work_dir)},
                  {"scenario", json_of_bytes(plan.scenario)},
                  {"replay_profile", json_of_bytes(plan.replay_profile)},
@@ -90,6 +91,7 @@ Json json_of_plan(const Plan& plan) {
 Plan plan_of_json(const Json& json) {
     Plan plan = {.id = json.at("id"),
                  .version = json.at("version"),
+                 .directory = bytes_of_json(json.at("directory")),
                  .work_dir = bytes_of_json(json.at("work_dir")),
                  .scenario = bytes_of_json(json.at("scenario")),
                  .replay_profile = bytes_of_json(json.at("replay_profile")),

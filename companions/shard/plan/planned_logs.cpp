@@ -5,10 +5,18 @@
 #include "tools/load/line_budgets.h"
 
 #include <algorithm>
+#include <string>
+#include <sys/stat.h>
 
 namespace {
 
 constexpr uint64_t usual_piece_size = uint64_t{256} << 20; // bytes
+
+FileIdentity identity_of(const std::string& path) {
+    struct stat status = {};
+    stat(path.c_str(), &status); // who opens what is not there fails
+    return {status.st_dev, status.st_ino};
+}
 
 uint64_t bytes_of(const LogPiece& piece) {
     return std::min(piece.range.end, piece.range.file_size) - piece.range.begin;
@@ -30,7 +38,10 @@ std::vector<LogPiece> cut_planned_logs(const std::vector<PlannedLog>& logs) {
     }
     std::vector<LogExtent> extents;
     for (const PlannedLog& log : logs) {
-        extents.push_back({.is_regular = true, .size = log.size, .end = log.size});
+        extents.push_back({.identity = identity_of(log.path),
+                           .is_regular = true,
+                           .size = log.size,
+                           .end = log.size});
     }
     const int thread_count = logs.back().instance + 1;
     std::vector<parsingThreadArgs> threads(static_cast<size_t>(thread_count));

@@ -6,8 +6,9 @@
 #include <cstdint>
 #include <vector>
 
-// The logs of a plan, cut into log pieces: those of a run with a loading thread for each instance,
-// whose number is the thread's. Needs the list of logs in seq_file_path (apply_plan).
+// The logs of a plan, as they stand on this host, cut into log pieces: those of a run with a
+// loading thread for each instance, whose number is the thread's. Needs the list of logs in
+// seq_file_path (apply_plan).
 std::vector<LogPiece> cut_planned_logs(const std::vector<PlannedLog>& logs);
 
 // Bytes of a log piece: as in a run, or fewer where so many pieces of work are wanted that there

@@ -1,0 +1,50 @@
+#include "companions/shard/merge/merge_command.h"
+
+#include "companions/shard/merge/job_input.h"
+#include "companions/shard/merge/merge_tables.h"
+#include "companions/shard/merge/scenario_at_work.h"
+#include "companions/shard/plan/plan_file.h"
+#include "companions/shard/stage_options.h"
+#include "tools/driver/result_phases.h"
+#include "tools/results/hosts_list.h"
+#include "tools/results/url_list.h"
+
+#include <fmt/core.h>
+#include <memory>
+
+namespace {
+
+// Who starts the command before the job may begin with it now.
+void tell_ready() {
+    fmt::print(stderr, "ready\n");
+}
+
+void make_results(const StageOptions& options) {
+    const Plan plan = read_plan(options.plan_path);
+    ScenarioAtWork work(plan);
+    tell_ready();
+    FrameReader frames = standard_input(options, plan);
+    const TableSpool tables = read_job(frames, plan);
+    QueryList query_list(work.config_dir());
+    merge_tables(tables, query_list);
+    const bool is_reusable = dump_complete_url_list(work.config_dir());
+    write_hosts_list(work.config_dir());
+    classify_urls();
+    write_url_list(work.config_dir());
+    work.finish(is_reusable);
+}
+
+} // namespace
+
+void add_merge_command(CLI::App& program, int& status) {
+    CLI::App& command = add_command(
+        program, "merge",
+        "Mark the scenario, wait for what the other stages made, and write the results");
+    const auto options = std::make_shared<StageOptions>();
+    add_plan_option(command, *options);
+    add_bare_option(command, *options);
+    command.callback([options, &status] {
+        make_results(*options);
+        status = 0;
+    });
+}
