@@ -35,12 +35,13 @@ std::string key_of(const char* method, const std::string& host, const std::strin
 
 Table random_table(Choices& choices) {
     Table table;
-    for (size_t left = choices.below(300); left != 0; --left) {
+    for (size_t left = choices.below(100); left != 0; --left) {
         const char* const method = choices.of(std::array{"get", "post", "propfind12345678"});
         const std::string key = key_of(method, choices.text("ab.", 3), choices.text("/abc?", 6));
         OwnUrl url = {1 + choices.below(5), choices.one_in(3) ? "gEt" : "", {}};
         for (uint64_t i = 0; choices.one_in(2) && i != url.count; ++i) {
-            url.queries.push_back(choices.text("q=&", choices.of(std::array{5U, 5U, 5U, 100'000U})));
+            url.queries.push_back(
+                choices.text("q=&", choices.of(std::array{5U, 5U, 5U, 100'000U})));
         }
         if (url.queries.size() != url.count) {
             url.queries.clear();
