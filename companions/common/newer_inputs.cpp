@@ -4,9 +4,13 @@
 
 namespace {
 
-bool is_newer(const struct stat& a, const struct stat& b) {
-    return a.st_mtim.tv_sec != b.st_mtim.tv_sec ? a.st_mtim.tv_sec > b.st_mtim.tv_sec
-                                                : a.st_mtim.tv_nsec > b.st_mtim.tv_nsec;
+bool is_later(const timespec& a, const timespec& b) {
+    return a.tv_sec != b.tv_sec ? a.tv_sec > b.tv_sec : a.tv_nsec > b.tv_nsec;
+}
+
+// An old file that was moved to its place, or copied there with its time, has a new time of status.
+bool is_newer(const struct stat& input, const struct stat& result) {
+    return is_later(input.st_mtim, result.st_mtim) || is_later(input.st_ctim, result.st_mtim);
 }
 
 } // namespace

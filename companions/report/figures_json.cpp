@@ -39,14 +39,20 @@ Json scenario_as_json(const ScenarioFigures& figures) {
             {"logs", std::move(logs)}};
 }
 
-Json freshness_as_json(const Freshness& freshness) {
-    constexpr const char* names[] = {"current", "none", "older", "being_written"};
-    Json newer = Json::array();
-    for (const std::string& path : freshness.newer_inputs) {
-        newer.push_back(valid_utf8(path));
+Json paths_as_json(const std::vector<std::string>& paths) {
+    Json texts = Json::array();
+    for (const std::string& path : paths) {
+        texts.push_back(valid_utf8(path));
     }
+    return texts;
+}
+
+Json freshness_as_json(const Freshness& freshness) {
+    constexpr const char* names[] = {"current", "none", "older", "of_other_inputs",
+                                     "being_written"};
     return {{"results", names[static_cast<size_t>(freshness.state)]},
-            {"newer_inputs", std::move(newer)},
+            {"newer_inputs", paths_as_json(freshness.newer_inputs)},
+            {"other_inputs", paths_as_json(freshness.other_inputs)},
             {"lacks_query_list", freshness.lacks_query_list},
             {"directory", valid_utf8(freshness.directory)}};
 }

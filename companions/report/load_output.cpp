@@ -48,20 +48,28 @@ std::string heading(const Style& style, const std::string& text) {
 
 // ---- What it is about ----
 
+std::string first_of(const std::vector<std::string>& paths) {
+    const size_t more = paths.size() - 1;
+    return shown_text(paths.front()) +
+           (more == 0 ? "" : fmt::format(" and {}", counted(more, "more file")));
+}
+
 std::string freshness_text(const Freshness& freshness, const Style& style) {
     switch (freshness.state) {
     case ResultState::none:
         return style.note("No run has made results of this scenario yet.") + "\n";
     case ResultState::being_written:
         return style.warning("A run is just making the results of this scenario.") + "\n";
-    case ResultState::older: {
-        const size_t more = freshness.newer_inputs.size() - 1;
+    case ResultState::older:
         return style.warning(fmt::format(
-                   "The results of the last run are older than {}{}; these figures are of now.",
-                   shown_text(freshness.newer_inputs.front()),
-                   more == 0 ? "" : fmt::format(" and {}", counted(more, "more file")))) +
+                   "The results of the last run are older than {}; these figures are of now.",
+                   first_of(freshness.newer_inputs))) +
                "\n";
-    }
+    case ResultState::of_other_inputs:
+        return style.warning(fmt::format("The last run has not read {} as it is: of another replay "
+                                         "profile, or replaced; these figures are of now.",
+                                         first_of(freshness.other_inputs))) +
+               "\n";
     case ResultState::current:
         break;
     }

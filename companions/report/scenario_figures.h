@@ -194,12 +194,14 @@ struct LoadTestSettings {
     PeakStep most_main_requests_a_minute;
 };
 
-enum class ResultState : uint8_t { current, none, older, being_written };
+enum class ResultState : uint8_t { current, none, older, of_other_inputs, being_written };
 
 // How the results of the last run stand to their inputs.
 struct Freshness {
     ResultState state = ResultState::current;
-    std::vector<std::string> newer_inputs; // paths: logs, settings, patterns, scenario
+    std::vector<std::string> newer_inputs; // paths: logs, settings, patterns, scenario, zone
+    std::vector<std::string> other_inputs; // paths: scenario, settings, patterns of which the last
+                                           // run has read another text, as of another profile
     bool lacks_query_list = false;         // though the settings ask for one
     std::string directory;                 // of the results
 };

@@ -41,6 +41,12 @@ void require_current_results() {
              freshness.directory.c_str(), freshness.newer_inputs.front().c_str(),
              freshness.newer_inputs.size() > 1 ? " and others" : "");
     }
+    if (freshness.state == ResultState::of_other_inputs) {
+        fail("The results in %s are not of %s%s as it is: of another replay profile, or replaced; "
+             "run zvr_al_gen_url_list again",
+             freshness.directory.c_str(), freshness.other_inputs.front().c_str(),
+             freshness.other_inputs.size() > 1 ? " and others" : "");
+    }
 }
 
 Targets fitting_targets(const ExportOptions& options, const ExportFormat& format,

@@ -22,6 +22,11 @@ function showFreshness({ freshness, scenario, queries }) {
         notice("warning", "Results are out of date.", "These were changed after the last run wrote url.list; the figures "
             + "here are of the files as they are now, so that they may differ from it:");
         listInto(byId("notices"), freshness.newer_inputs);
+    } else if (freshness.results === "of_other_inputs") {
+        notice("warning", "Results are of other files.", "The last run has not read these as they are: they are of "
+            + "another replay profile, or were replaced. The figures here are of them, so that they may differ from "
+            + "url.list:");
+        listInto(byId("notices"), freshness.other_inputs);
     }
     if (freshness.lacks_query_list) {
         notice("warning", "query_url.list is missing.", "The settings ask for it, but the last run left none. "

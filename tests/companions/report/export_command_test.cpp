@@ -144,6 +144,20 @@ TEST_F(ExportCommand, ResultsThatDoNotFitAreRefused) {
     expect_refusal(installation, "are older than");
 }
 
+TEST_F(ExportCommand, ResultsOfAnotherProfileAreRefused) {
+    const std::string other = "replay_profiles/default/default/other";
+    std::filesystem::create_directories(installation.path("replay_profiles/default/default"));
+    std::filesystem::copy(installation.path(profile_directory), installation.path(other));
+    installation.write(other + "/replay_url_filter_patterns.dat", "active|na|1|na|/plain\n");
+    let_files_settle();
+    run_tool();
+    expect_refusal(installation, "another replay profile", {"-r", "other"});
+    EXPECT_EQ(export_json(installation).run.status, 0);
+    ASSERT_EQ(installation.run({"-r", "other"}).status, 0);
+    expect_refusal(installation, "replay_url_filter_patterns.dat as it is");
+    EXPECT_EQ(export_json(installation, {"-r", "other"}).counts().count("GET /plain"), 0U);
+}
+
 TEST_F(ExportCommand, QueriesThatAreNotThereAreRefused) {
     run_tool();
     const std::string list = config_directory + "/query_url.list";

@@ -213,10 +213,12 @@ TEST(LoadCommand, SaysHowTheResultsStandToTheirInputs) {
         EXPECT_EQ(state()["results"], "being_written");
         EXPECT_TRUE(has(result_of_load(installation), "A run is just making the results"));
     }
-    const std::string inputs[] = {"logs/access_0", profile_directory + "/replay_settings.dat",
+    const std::string inputs[] = {"logs/access_0",
+                                  profile_directory + "/replay_settings.dat",
                                   profile_directory + "/replay_url_patterns.dat",
                                   profile_directory + "/replay_url_filter_patterns.dat",
-                                  scenario_directory + "/web.conf"};
+                                  scenario_directory + "/web.conf",
+                                  "sys/replay_settings.default"};
     for (const std::string& input : inputs) {
         ASSERT_EQ(installation.run().status, 0);
         let_files_settle();
@@ -227,6 +229,46 @@ TEST(LoadCommand, SaysHowTheResultsStandToTheirInputs) {
         EXPECT_TRUE(has(older["newer_inputs"][0], fs::path(input).filename())) << older;
     }
     EXPECT_TRUE(has(result_of_load(installation), "are older than"));
+}
+
+TEST(LoadCommand, KnowsResultsOfAnotherProfile) {
+    const TestInstallation installation;
+    installation.write_logs({some_requests()});
+    for (const char* name :
+         {"replay_settings.dat", "replay_url_patterns.dat", "replay_url_filter_patterns.dat"}) {
+        installation.write(std::string("replay_profiles/default/default/other/") + name,
+                           installation.read(profile_directory + "/" + name));
+    }
+    const auto state = [&](const Lines& words = {}) {
+        return figures_of(installation, words)["freshness"];
+    };
+    const Lines other = {"-r", "other"};
+    ASSERT_EQ(installation.run().status, 0);
+    EXPECT_EQ(state(other)["results"], "current"); // they would be the same
+    installation.write("replay_profiles/default/default/other/replay_url_patterns.dat",
+                       "status|type\nactive|main|na|-|Buy|na|-|na|/a\n");
+    let_files_settle();
+    ASSERT_EQ(installation.run().status, 0);
+    EXPECT_EQ(state()["results"], "current");
+    const json freshness = state(other);
+    EXPECT_EQ(freshness["results"], "of_other_inputs");
+    ASSERT_EQ(freshness["other_inputs"].size(), 1U);
+    EXPECT_TRUE(has(freshness["other_inputs"][0], "default/other/replay_url_patterns.dat"));
+    EXPECT_TRUE(has(result_of_load(installation, other), "of another replay profile"));
+    ASSERT_EQ(installation.run(other).status, 0);
+    EXPECT_EQ(state(other)["results"], "current");
+    EXPECT_EQ(state()["results"], "of_other_inputs");
+}
+
+TEST(LoadCommand, KnowsAnOldLogThatWasPutInPlace) {
+    const TestInstallation installation;
+    installation.write_logs({some_requests()});
+    installation.write("logs/older", combined_line());
+    let_files_settle();
+    ASSERT_EQ(installation.run().status, 0);
+    let_files_settle();
+    fs::rename(installation.root() / "logs/older", installation.root() / "logs/access_0");
+    EXPECT_EQ(figures_of(installation)["freshness"]["results"], "older");
 }
 
 TEST(LoadCommand, MissesAQueryListThatShouldBeThere) {
