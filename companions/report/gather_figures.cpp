@@ -1,6 +1,7 @@
 #include "companions/report/gather_figures.h"
 
 #include "companions/common/installation.h"
+#include "companions/common/load_progress.h"
 #include "companions/common/shown_text.h"
 #include "companions/report/freshness.h"
 #include "companions/report/listed_urls.h"
@@ -33,6 +34,7 @@
 namespace {
 
 [[noreturn]] void end_process(const Failure& failure) {
+    LoadProgress::hide();
     fmt::print(stderr, "zvr_al_report: {}\n", shown_lines(failure.message));
     std::_Exit(failure_status);
 }
@@ -41,6 +43,7 @@ namespace {
 bool load_logs(LineTally& tally) {
     const bool has_response_times = read_response_times();
     process_input_file_list2();
+    const LoadProgress progress;
     line_tally = &tally;
     tell_worker_failed = end_process;
     process_url_files();

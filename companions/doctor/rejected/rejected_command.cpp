@@ -1,9 +1,9 @@
 #include "companions/doctor/rejected/rejected_command.h"
 
 #include "companions/common/installation.h"
+#include "companions/common/load_progress.h"
 #include "companions/common/shown_text.h"
 #include "companions/doctor/rejected/explained_logs.h"
-#include "companions/doctor/rejected/load_progress.h"
 #include "companions/doctor/rejected/rejected_output.h"
 #include "tools/load/worker.h"
 
@@ -41,6 +41,7 @@ RejectedOutput output_of(const RejectedOptions& options) {
 
 // Another worker thread may wait for input that never comes, so that its end is not waited for.
 [[noreturn]] void end_at_once(const Failure& failure) {
+    LoadProgress::hide();
     fmt::print(stderr, "zvr_al_doctor: {}\n", shown_lines(failure.message));
     std::_Exit(failure_status);
 }

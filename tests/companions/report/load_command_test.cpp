@@ -1,10 +1,18 @@
+#include "base/file_descriptor.h"
 #include "cache/work_mark.h"
 #include "tests/companions/report/plain_load.h"
 #include "tests/companions/report/report_runs.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -43,6 +51,18 @@ std::string some_requests() {
     log += combined_line({.url = "/b", .client = "10.0.0.3", .time = "13:01:01"});
     log += combined_line({.url = "/b", .client = "10.0.0.2", .time = "13:01:01", .status = 500});
     return log;
+}
+
+// What a load that succeeds says on standard error when that is a terminal.
+std::string errors_on_terminal(TestInstallation& installation) {
+    const FileDescriptor terminal(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    EXPECT_EQ(grantpt(terminal.get()) | unlockpt(terminal.get()), 0);
+    const FileDescriptor screen(open(ptsname(terminal.get()), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    installation.prepare_process([&screen] { dup2(screen.get(), STDERR_FILENO); });
+    result_of_load(installation);
+    char shown[4096];
+    const ssize_t size = read(terminal.get(), shown, sizeof shown);
+    return {shown, static_cast<size_t>(std::max<ssize_t>(size, 0))};
 }
 
 std::string queries_of(const json& figures) {
@@ -310,6 +330,26 @@ TEST(LoadCommand, WritesNothing) {
     const auto before = all_files(installation);
     figures_of(installation);
     EXPECT_EQ(all_files(installation), before);
+}
+
+TEST(LoadCommand, ShowsItsProgressOnATerminalOnceItTakesLong) {
+    TestInstallation quick;
+    quick.write_logs({some_requests()});
+    EXPECT_EQ(errors_on_terminal(quick), "");
+
+    TestInstallation slow;
+    slow.write_logs({some_requests()});
+    ASSERT_EQ(mkfifo(slow.path("logs/access_1").c_str(), 0666), 0);
+    slow.name_logs({"logs/access_0", "logs/access_1"}, "1000");
+    std::thread writer([&slow] {
+        std::ofstream log(slow.path("logs/access_1"));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1'100));
+        log << combined_line();
+    });
+    const std::string errors = errors_on_terminal(slow);
+    writer.join();
+    EXPECT_TRUE(errors.starts_with("\rReading logs [####")) << errors;
+    EXPECT_TRUE(errors.ends_with("\r\x1b[K")) << errors; // and it is gone
 }
 
 TEST(LoadCommand, RefusesWhatItCannotRead) {

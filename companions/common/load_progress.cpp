@@ -1,4 +1,4 @@
-#include "companions/doctor/rejected/load_progress.h"
+#include "companions/common/load_progress.h"
 
 #include "tools/config/log_files.h"
 #include "tools/load/worker.h"
@@ -29,7 +29,9 @@ void add_piece(const LogPiece& piece) {
     const std::lock_guard lock(mutex);
     loaded_bytes +=
         piece.is_stream ? 0 : std::min(log_piece_size, piece.range.end - piece.range.begin);
-    bar->update(loaded_bytes);
+    if (bar) {
+        bar->update(loaded_bytes);
+    }
 }
 
 } // namespace
@@ -42,5 +44,10 @@ LoadProgress::LoadProgress() {
 
 LoadProgress::~LoadProgress() {
     tell_piece_loaded = nullptr;
+    hide();
+}
+
+void LoadProgress::hide() {
+    const std::lock_guard lock(mutex);
     bar.reset();
 }

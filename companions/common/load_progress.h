@@ -9,4 +9,7 @@ class LoadProgress {
     ~LoadProgress();
     LoadProgress(const LoadProgress&) = delete;
     LoadProgress& operator=(const LoadProgress&) = delete;
+
+    // For the rest of its life, so that something else can be said. Any thread may call.
+    static void hide();
 };
