@@ -62,7 +62,10 @@ function growingTable(caption, columns, count, rowAt, first = 12) {
             const all = Math.min(count, limit);
             const label = all < count ? `Show the first ${number(all)} of ${number(count)}`
                                       : `Show all ${number(count)}`;
-            holder.append(make("button", { type: "button", class: "more", onclick: () => show(all) }, label));
+            holder.append(make("button", { type: "button", class: "more", onclick: () => {
+                show(all);
+                holder.querySelector(".scroller").focus({ preventScroll: true }); // the button is gone
+            } }, label));
         } else if (shown < count) {
             holder.append(make("p", { class: "note" }, `${number(count - limit)} more are left out here.`));
         }

@@ -44,13 +44,16 @@ const urlTable = (() => {
             + countOf(requests, "request");
         parts.page.textContent = shown.length === 0 ? "–"
             : `${number(first + 1)}–${number(first + shown.length)} of ${number(found.length)}`;
-        parts.back.forEach((button) => { button.disabled = state.page === 0; });
-        parts.on.forEach((button) => { button.disabled = state.page + 1 >= pages(); });
-        parts.reset.disabled = state.words.length === 0 && Object.keys(state.filters).length === 0;
+        parts.back.forEach((button) => setUseless(button, state.page === 0));
+        parts.on.forEach((button) => setUseless(button, state.page + 1 >= pages()));
+        setUseless(parts.reset, state.words.length === 0 && Object.keys(state.filters).length === 0);
         for (const [name, head] of Object.entries(parts.heads)) {
             head.setAttribute("aria-sort", name === state.column ? state.direction : "none");
         }
     }
+
+    // Not disabled, so that whoever has just pressed it by a key stays there.
+    const setUseless = (button, isUseless) => button.setAttribute("aria-disabled", String(isUseless));
 
     function badge(row) {
         const kind = urlKind(row);

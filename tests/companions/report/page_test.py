@@ -78,7 +78,7 @@ class PageTest(unittest.TestCase):
         while True:
             rows += [row[:6] for row in self.browser.table(".urls")]
             if self.browser.run("const next = document.querySelector('[aria-label=\"Next page\"]');"
-                                "const isLast = next.disabled; next.click(); return isLast"):
+                                "const isLast = next.ariaDisabled === 'true'; next.click(); return isLast"):
                 return rows
 
 
@@ -222,6 +222,17 @@ class SamplePageTest(PageTest):
         self.assertEqual(self.browser.run("return [...document.querySelectorAll('button, input, select, canvas')]"
                                           ".filter((element) => !(element.ariaLabel || element.textContent"
                                           " || element.labels?.length)).length"), 0)
+
+    def test_keeps_the_place_of_the_keyboard(self):
+        self.browser.run("document.querySelector('[aria-label=\"Next page\"]').focus()")
+        for _ in range(3):
+            self.browser.press(Keys.ENTER)
+        self.assertTrue(self.browser.text("#page").endswith("110 of 110"))
+        self.assertEqual(self.browser.focused().get_attribute("aria-label"), "Next page")
+        self.browser.run("document.querySelector('#settings-shares button.more').focus()")
+        self.browser.press(Keys.ENTER)
+        self.assertEqual(self.browser.focused().get_attribute("aria-label"), "Share of each transaction")
+        self.assertEqual(len(self.browser.table("#settings-shares")), 14)
 
     def test_fits_a_telephone(self):
         self.browser.set_width(390)
