@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -90,7 +91,12 @@ void OutputFile::write(const std::function<void(FILE*)>& write_text) const {
     if (stream == nullptr) {
         fail_to_write();
     }
-    write_text(stream);
+    try {
+        write_text(stream);
+    } catch (const std::system_error& error) { // as fmt says it
+        errno = error.code().value();
+        fail_to_write();
+    }
     if (!part.put_in_place(name_)) {
         fail_to_write();
     }

@@ -21,7 +21,7 @@ class OutputFile {
     void write(std::initializer_list<std::string_view> parts) const;
 
     // The same with what `write_text` writes into a stream. Whatever it throws leaves everything as
-    // it was, too.
+    // it was, too; a std::system_error is one of the file.
     void write(const std::function<void(FILE*)>& write_text) const;
 
   private:

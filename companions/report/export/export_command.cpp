@@ -15,13 +15,15 @@
 #include <filesystem>
 #include <fmt/core.h>
 #include <memory>
+#include <optional>
+#include <system_error>
 
 namespace {
 
 struct ExportOptions {
     RunOptions run;
     std::string format;
-    std::string output; // file; empty: standard output
+    std::optional<std::string> output; // file; none: standard output
     TargetChoice choice;
 };
 
@@ -82,8 +84,13 @@ void write_to_standard_output(const ExportOptions& options, const ExportFormat& 
     if (format.write_plan != nullptr) {
         fail("Format %s needs -o FILE: its data go into FILE%s", format.name, format.data_suffix);
     }
-    write_targets(options, format, stdout);
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    bool is_written = true;
+    try {
+        write_targets(options, format, stdout);
+    } catch (const std::system_error&) { // as fmt says it
+        is_written = false;
+    }
+    if (!is_written || std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         fail("Standard output cannot be written to");
     }
 }
@@ -91,11 +98,11 @@ void write_to_standard_output(const ExportOptions& options, const ExportFormat& 
 void write_to_files(const ExportOptions& options, const ExportFormat& format) {
     const auto write = [&](FILE* out) { write_targets(options, format, out); };
     if (format.write_plan == nullptr) {
-        OutputFile(options.output).write(write);
+        OutputFile(*options.output).write(write);
         return;
     }
-    const OutputFile plan(options.output);
-    const std::string data_path = options.output + format.data_suffix;
+    const OutputFile plan(*options.output);
+    const std::string data_path = *options.output + format.data_suffix;
     OutputFile(data_path).write(write);
     const std::string data_name = std::filesystem::path(data_path).filename();
     plan.write([&](FILE* out) { format.write_plan(data_name, out); });
@@ -110,7 +117,7 @@ void export_load(ExportOptions options) {
     }
     read_installation(options.run);
     require_current_results();
-    if (options.output.empty()) {
+    if (!options.output) {
         write_to_standard_output(options, *format);
     } else {
         write_to_files(options, *format);

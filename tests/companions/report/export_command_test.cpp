@@ -2,9 +2,11 @@
 
 #include "cache/work_mark.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 namespace {
 
@@ -215,6 +217,39 @@ TEST_F(ExportCommand, AFileIsWrittenWholeOrNotAtAll) {
     EXPECT_NE(installation.read("plan.jmx.csv").find("POST,http://t/order,t,Order,1,"),
               std::string::npos);
     EXPECT_EQ(run_report(installation, "export", {"--format", "jmeter"}).status, 3);
+}
+
+TEST_F(ExportCommand, OutputThatDoesNotFitIsNamed) {
+    Lines urls;
+    for (int i = 0; i < 1'000; ++i) {
+        urls.push_back("/page" + std::to_string(i));
+    }
+    log(urls, {});
+    run_tool();
+    installation.write("out", "before");
+    for (const char* format : {"csv", "json", "siege", "k6"}) {
+        installation.prepare_process([] { limit_file_size(8'192); });
+        const RunResult file = run_report(
+            installation, "export", {"--format", format, "-o", "out", "--base-url", "http://t"});
+        EXPECT_EQ(file.status, 3);
+        EXPECT_TRUE(
+            file.errors.find("out cannot be written: File too large") != std::string::npos ||
+            file.errors.find("out.json cannot be written: File too large") != std::string::npos)
+            << file.errors;
+        EXPECT_EQ(installation.read("out"), "before");
+    }
+    installation.prepare_process([] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); });
+    const RunResult output = run_report(installation, "export", {"--format", "csv"});
+    EXPECT_EQ(output.status, 3);
+    EXPECT_NE(output.errors.find("Standard output cannot be written to"), std::string::npos)
+        << output.errors;
+}
+
+TEST_F(ExportCommand, AnEmptyNameIsNoFile) {
+    run_tool();
+    const RunResult run = run_report(installation, "export", {"--format", "csv", "-o", ""});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.output, "");
 }
 
 TEST_F(ExportCommand, MoreQueriesThanAreKeptStillCount) {
