@@ -133,6 +133,12 @@ CLI::Validator one_of_formats() {
     return CLI::IsMember(names);
 }
 
+// As of an unset variable in a script: without --base-url the load would go to the logged hosts.
+CLI::Validator not_empty() {
+    return CLI::Validator(
+        [](const std::string& text) { return text.empty() ? "must not be empty" : ""; }, "");
+}
+
 std::string format_help() {
     std::string help = "What is written:";
     for (const ExportFormat& format : export_formats) {
@@ -153,16 +159,19 @@ void add_export_command(CLI::App& program, int& exit_status) {
         ->required()
         ->check(one_of_formats());
     command.add_option("-o,--output", options->output, "File to write (default: standard output)")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(not_empty());
     command
         .add_option("--base-url", options->choice.base_url,
                     "Where requests go, as http://host:8080 or https://host/path; the logged host "
                     "stays in header Host (default: http:// and the logged host)")
-        ->type_name("URL");
+        ->type_name("URL")
+        ->check(not_empty());
     command
         .add_option("--only-transaction", options->choice.transaction,
                     "Only the URLs of this transaction")
-        ->type_name("NAME");
+        ->type_name("NAME")
+        ->check(not_empty());
     command.callback([options, &exit_status] {
         export_load(*options);
         exit_status = 0;

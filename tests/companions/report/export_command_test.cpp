@@ -245,11 +245,14 @@ TEST_F(ExportCommand, OutputThatDoesNotFitIsNamed) {
         << output.errors;
 }
 
-TEST_F(ExportCommand, AnEmptyNameIsNoFile) {
+TEST_F(ExportCommand, EmptyOptionsAreRefused) {
     run_tool();
-    const RunResult run = run_report(installation, "export", {"--format", "csv", "-o", ""});
-    EXPECT_EQ(run.status, 3);
-    EXPECT_EQ(run.output, "");
+    for (const char* option : {"-o", "--base-url", "--only-transaction"}) {
+        const RunResult run = run_report(installation, "export", {"--format", "csv", option, ""});
+        EXPECT_EQ(run.status, 3) << option;
+        EXPECT_EQ(run.output, "") << option;
+        EXPECT_NE(run.errors.find("must not be empty"), std::string::npos) << run.errors;
+    }
 }
 
 TEST_F(ExportCommand, MoreQueriesThanAreKeptStillCount) {
