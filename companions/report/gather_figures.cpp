@@ -55,7 +55,7 @@ void describe_scenario(ScenarioFigures& figures) {
     constexpr const char* log_types[] = {"apache", "iis", "other"};
     figures.scenario = scenario;
     figures.replay_profile = replay_profile;
-    figures.log_type = log_types[static_cast<size_t>(al_type)];
+    figures.log_type = log_types[static_cast<unsigned char>(al_type)];
     figures.session_mode = session_mode == SESSION_MODE_COOKIE ? "cookie" : "client_address";
     figures.are_queries_cut = ignore_query_flag != 0;
     for (int i = 0; i < num_al_files; ++i) {
