@@ -56,7 +56,8 @@ void count_files() {
     DEBUG_LOG(3, fname, "All access logs counted, total number of request = %lu ", total);
 }
 
-LogExtent measure(const InputFileInfo& file) {
+// `has_budget`: that the scenario gave. Only then may the file be a stream, which is read once.
+LogExtent measure(const InputFileInfo& file, bool has_budget) {
     struct stat status = {};
     const bool is_there = stat(file.input_file, &status) == 0;
     note_read_log(file.input_file, is_there ? state_text(status) : "missing");
@@ -64,7 +65,7 @@ LogExtent measure(const InputFileInfo& file) {
     const uint64_t size = is_regular ? static_cast<uint64_t>(status.st_size) : 0;
     const bool is_measured = file.num_req == 0 && size != 0; // some systems show no size
     return {{status.st_dev, status.st_ino},
-            is_regular || file.num_req == 0,
+            is_regular || !has_budget,
             size,
             is_measured ? size : uint64_t{INT64_MAX}};
 }
@@ -80,15 +81,19 @@ std::vector<LogExtent> fix_line_budgets() {
     const PhaseProgress progress(
         "\tStart Counting total number of request from log files at %s\n",
         "\tEnd Counting total number of request from log files at %s\n\tTotal time taken : %ld\n");
+    std::vector<bool> have_budget;
+    for (int i = 0; i < num_al_files; ++i) {
+        have_budget.push_back(seq_file_path[i].num_req != 0);
+    }
     if (lines_are_told()) {
         count_files();
     } else {
         refuse_files_without_lines();
     }
     std::vector<LogExtent> extents;
-    extents.reserve(static_cast<size_t>(num_al_files));
+    extents.reserve(have_budget.size());
     for (int i = 0; i < num_al_files; ++i) {
-        extents.push_back(measure(seq_file_path[i]));
+        extents.push_back(measure(seq_file_path[i], have_budget[static_cast<size_t>(i)]));
     }
     progress.finish();
     return extents;
