@@ -2,6 +2,7 @@
 
 #include <archive.h>
 #include <archive_entry.h>
+#include <cstdint>
 #include <memory>
 #include <unistd.h>
 
@@ -23,7 +24,7 @@ std::string reason_of(archive* opened) {
 }
 
 // Forms that the library reads by itself: it would start other programs for further ones.
-Archive make_reader() {
+Archive make_reader(bool knows_archives) {
     Archive reader(archive_read_new());
     archive_read_support_filter_gzip(reader.get());
     archive_read_support_filter_bzip2(reader.get());
@@ -33,9 +34,11 @@ Archive make_reader() {
     archive_read_support_filter_lz4(reader.get());
     archive_read_support_filter_compress(reader.get());
     archive_read_support_filter_lzip(reader.get());
-    archive_read_support_format_tar(reader.get());
-    archive_read_support_format_zip(reader.get());
-    archive_read_support_format_7zip(reader.get());
+    if (knows_archives) {
+        archive_read_support_format_tar(reader.get());
+        archive_read_support_format_zip(reader.get());
+        archive_read_support_format_7zip(reader.get());
+    }
     archive_read_support_format_raw(reader.get());
     return reader;
 }
@@ -72,31 +75,48 @@ PackedEntry entry_of(archive* reader, archive_entry* entry) {
     return packed;
 }
 
-} // namespace
+// Why it could not be read to its end, and how many entries it has up to there.
+struct ReadEntries {
+    std::string damage;
+    uint64_t count = 0;
+};
 
-std::string read_packed_file(int descriptor,
-                             const std::function<void(const PackedEntry& entry)>& handle) {
+ReadEntries read_entries(int descriptor, bool knows_archives,
+                         const std::function<void(const PackedEntry& entry)>& handle) {
     constexpr size_t block_size = size_t{1} << 18;
-    const Archive reader = make_reader();
+    const Archive reader = make_reader(knows_archives);
     if (lseek(descriptor, 0, SEEK_SET) != 0 ||
         archive_read_open_fd(reader.get(), descriptor, block_size) != ARCHIVE_OK) {
-        return reason_of(reader.get());
+        return {reason_of(reader.get())};
     }
+    ReadEntries entries;
     const auto buffer = std::make_unique<char[]>(block_size);
     archive_entry* entry = nullptr;
     int status;
     while ((status = archive_read_next_header(reader.get(), &entry)) == ARCHIVE_OK ||
            status == ARCHIVE_WARN) {
+        ++entries.count;
         if (!is_packed(reader.get())) {
-            return "its form is not known";
+            return {"its form is not known", entries.count};
         }
         PackedEntry packed = entry_of(reader.get(), entry);
         packed.read = [&] { return read_part(reader.get(), buffer.get(), block_size); };
         try {
             handle(packed);
         } catch (const Damage& damage) {
-            return damage.reason;
+            return {damage.reason, entries.count};
         }
     }
-    return status == ARCHIVE_EOF ? "" : reason_of(reader.get());
+    return {status == ARCHIVE_EOF ? "" : reason_of(reader.get()), entries.count};
+}
+
+} // namespace
+
+std::string read_packed_file(int descriptor,
+                             const std::function<void(const PackedEntry& entry)>& handle) {
+    const ReadEntries entries = read_entries(descriptor, true, handle);
+    // A log that begins with NUL bytes, as one does that was cut while it was written, looks like
+    // the end of a tar.
+    const bool is_no_archive = entries.count == 0 && entries.damage.empty();
+    return is_no_archive ? read_entries(descriptor, false, handle).damage : entries.damage;
 }

@@ -12,6 +12,8 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <fmt/core.h>
+#include <map>
 #include <memory>
 #include <set>
 #include <system_error>
@@ -63,7 +65,7 @@ class Unpacker {
     }
 
     void add(const std::string& path);
-    UnpackedLogs take() { return std::move(unpacked_); }
+    UnpackedLogs take();
 
   private:
     void copy_plain(int descriptor, const std::string& path, const std::string& label);
@@ -72,8 +74,8 @@ class Unpacker {
     std::string free_name(const std::string& name);
     void keep(CopiedLog& log, const std::string& name);
     void count(size_t size);
-    void tell(const char* id, Severity severity, const std::string& path, const std::string& value,
-              const std::string& meaning);
+    void leave_out(const Source& source, const PackedEntry& entry);
+    void tell_left_out();
 
     const UnpackOptions& options_;
     OwnDirectory directory_;
@@ -82,13 +84,39 @@ class Unpacker {
     std::set<std::string> folders_;
     std::set<std::string> names_; // given in this run
     uint64_t written_ = 0;        // bytes
+    // Entries of a file that are left out: an archive may hold any number.
+    struct LeftOut {
+        uint64_t count = 0;
+        std::string first_entry;
+    };
+    std::map<std::string, LeftOut> left_out_; // by the file's path
     ProgressBar progress_;
     UnpackedLogs unpacked_;
 };
 
-void Unpacker::tell(const char* id, Severity severity, const std::string& path,
-                    const std::string& value, const std::string& meaning) {
-    unpacked_.findings.push_back({id, severity, path, 0, value, meaning, ""});
+void Unpacker::leave_out(const Source& source, const PackedEntry& entry) {
+    LeftOut& left_out = left_out_[source.path];
+    if (left_out.count++ == 0) {
+        left_out.first_entry = entry.path;
+    }
+}
+
+void Unpacker::tell_left_out() {
+    for (const auto& [path, left_out] : left_out_) {
+        unpacked_.findings.push_back(
+            {"entry-left-out", Severity::note, path, 0, left_out.first_entry,
+             left_out.count == 1
+                 ? "It is a link, a device or encrypted, and is left out."
+                 : fmt::format(
+                       "This and {} more are links, devices or encrypted, and are left out.",
+                       left_out.count - 1),
+             ""});
+    }
+}
+
+UnpackedLogs Unpacker::take() {
+    tell_left_out();
+    return std::move(unpacked_);
 }
 
 void Unpacker::add(const std::string& path) {
@@ -150,8 +178,9 @@ void Unpacker::unpack(const Source& source) {
     const std::string damage = read_packed_file(
         source.descriptor, [&](const PackedEntry& entry) { unpack_entry(source, entry); });
     if (!damage.empty()) {
-        tell("damaged-archive", Severity::error, source.path, "",
-             "It cannot be unpacked to its end, and what is left of it is missing: " + damage);
+        unpacked_.findings.push_back(
+            {"damaged-archive", Severity::error, source.path, 0, "",
+             "It cannot be unpacked to its end, and what is left of it is missing: " + damage, ""});
     }
 }
 
@@ -159,8 +188,7 @@ void Unpacker::unpack_entry(const Source& source, const PackedEntry& entry) {
     const bool is_single = entry.path.empty();
     if (!entry.is_regular) {
         if (!entry.path.ends_with('/')) {
-            tell("entry-left-out", Severity::note, source.path, entry.path,
-                 "It is a link, a device or encrypted, and is left out.");
+            leave_out(source, entry);
         }
         return;
     }

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr size_t max_name_length = 200;
+constexpr size_t max_name_length = 200; // so that the number of a second one fits behind it
 
 char name_character(char c) {
     const bool is_fit = std::isalnum(static_cast<unsigned char>(c)) != 0 ||
@@ -14,8 +14,17 @@ char name_character(char c) {
     return is_fit ? c : '-';
 }
 
+// What is too long loses its middle: the beginning tells servers apart, the end their rotated
+// files.
+std::string shortened(std::string_view text, size_t size) {
+    const size_t kept = std::min(text.size(), size);
+    const size_t kept_end = kept == text.size() ? 0 : kept / 2;
+    return std::string(text.substr(0, kept - kept_end)) +
+           std::string(text.substr(text.size() - kept_end));
+}
+
 std::string name_text(std::string_view text) {
-    std::string name(text.substr(0, max_name_length));
+    std::string name = shortened(text, max_name_length);
     std::ranges::transform(name, name.begin(), name_character);
     return name;
 }
@@ -42,7 +51,7 @@ std::string folder_label(std::string_view folder) {
         }
     }
     std::ranges::replace(label, '_', '-');
-    return label.substr(0, max_name_length / 2);
+    return shortened(label, max_name_length / 2);
 }
 
 std::string archive_label(std::string_view path) {
@@ -84,5 +93,6 @@ std::string flat_name(std::string_view path, std::string_view label, bool is_pac
         return name;
     }
     const bool has_prefix = name.find('_') != std::string::npos;
-    return std::string(label) + (has_prefix ? "-" : "_") + name;
+    return shortened(shortened(label, max_name_length / 2 - 1) + (has_prefix ? "-" : "_") + name,
+                     max_name_length);
 }
