@@ -3,10 +3,13 @@
 #include "base/failure.h"
 #include "companions/common/shown_text.h"
 
+#include <charconv>
 #include <cstdio>
 #include <exception>
 #include <fmt/core.h>
+#include <limits>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace {
@@ -27,7 +30,30 @@ int report_wrong_usage(const CLI::App& program, const CLI::ParseError& error) {
         fmt::format("Run {} --help, or --help after a command.\n", program.get_name()));
 }
 
+// Whether all that was written has reached its file.
+bool is_output_whole() {
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+}
+
+int status_of_output(const CLI::App& program, int status) {
+    return is_output_whole() ? status : report_failure(program, "The output cannot be written", "");
+}
+
+// The parser of numbers takes -1 for the greatest one, and so it does one that is too great.
+std::string fault_of_count(const std::string& text, uint64_t greatest) {
+    uint64_t count = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+    const bool is_count = error == std::errc() && end == text.data() + text.size();
+    return is_count && count <= greatest
+               ? ""
+               : fmt::format("'{}' is not a number from 0 to {}", text, greatest);
+}
+
 } // namespace
+
+CLI::Validator count_up_to(uint64_t greatest) {
+    return {[greatest](const std::string& text) { return fault_of_count(text, greatest); }, ""};
+}
 
 CLI::App& add_command(CLI::App& program, const std::string& name, const std::string& description) {
     CLI::App& command = *program.add_subcommand(name, description);
@@ -75,7 +101,7 @@ void add_run_options(CLI::App& command, RunOptions& options) {
         .add_option("-t,--num_thread", options.num_thread,
                     "Threads that read logs; 0: by the processors")
         ->type_name("N")
-        ->check(CLI::NonNegativeNumber);
+        ->check(count_up_to(std::numeric_limits<int>::max()));
 }
 
 void add_json_option(CLI::App& command, bool& is_json) {
@@ -86,7 +112,7 @@ int run_command_line(CLI::App& program, int argc, char* argv[], const int& statu
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& help) {
-        return program.exit(help);
+        return status_of_output(program, program.exit(help));
     } catch (const CLI::ParseError& error) {
         return report_wrong_usage(program, error);
     } catch (const Failure& failure) {
@@ -94,5 +120,5 @@ int run_command_line(CLI::App& program, int argc, char* argv[], const int& statu
     } catch (const std::exception& exception) {
         return report_failure(program, exception.what(), "");
     }
-    return status;
+    return status_of_output(program, status);
 }

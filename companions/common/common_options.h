@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <string>
 
 // What the companions' command lines have in common.
@@ -29,10 +30,14 @@ void add_run_options(CLI::App& command, RunOptions& options);
 void add_run_options_without_threads(CLI::App& command, RunOptions& options);
 void add_work_dir_option(CLI::App& command, RunOptions& options);
 
+// What checks the value of an option that is a count.
+CLI::Validator count_up_to(uint64_t greatest);
+
 // Adds option --json.
 void add_json_option(CLI::App& command, bool& is_json);
 
 // Reads the command line, which runs the command that it names. Returns the exit status: 0 where
 // only help was asked for; `status`, which the command has set; or failure_status with a line on
-// standard error, where the command line is wrong or the command throws a Failure or an exception.
+// standard error, where the command line is wrong, the command throws a Failure or an exception, or
+// standard output does not take all that is written.
 int run_command_line(CLI::App& program, int argc, char* argv[], const int& status);

@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "base/file_exists.h"
 #include "companions/common/installation.h"
+#include "companions/common/shown_text.h"
 #include "companions/doctor/check_logs.h"
 #include "companions/doctor/check_patterns.h"
 #include "companions/doctor/check_scenario.h"
@@ -32,7 +33,7 @@ int check(const CheckOptions& options) {
     const Findings findings = check_scenario_inputs(options.run);
     if (options.is_json) {
         nlohmann::json json = findings_as_json(findings);
-        json["scenario"] = options.run.scenario;
+        json["scenario"] = valid_utf8(options.run.scenario);
         print_json(stdout, json);
     } else {
         print_findings(stdout, findings);

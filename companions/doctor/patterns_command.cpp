@@ -18,6 +18,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fmt/core.h>
+#include <limits>
 #include <memory>
 
 namespace {
@@ -107,6 +108,7 @@ void add_patterns_command(CLI::App& program, int& exit_status) {
     add_json_option(command, options->is_json);
     command.add_option("--limit", options->limit, "Groups of URLs without a pattern to list")
         ->type_name("N")
+        ->check(count_up_to(std::numeric_limits<size_t>::max()))
         ->capture_default_str();
     CLI::Option* url =
         command.add_option("--url", options->url.url, "Say how the patterns are tried on one URL")

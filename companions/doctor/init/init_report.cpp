@@ -152,7 +152,7 @@ void print_report(FILE* stream, const InitReport& report) {
 
 nlohmann::json report_as_json(const InitReport& report) {
     nlohmann::json json = findings_as_json(report.findings);
-    json["scenario"] = report.scenario;
+    json["scenario"] = valid_utf8(report.scenario);
     json["scores"] = json_list(report.layout.scores);
     json["cookies"] = json_list(report.evidence.cookies);
     json["logs"] = json_list(report.plan.logs);

@@ -70,12 +70,14 @@ void add_rejected_command(CLI::App& program, int& exit_status) {
     command
         .add_option("--limit", options->limit,
                     "Lines that are listed; 0: all (default: 50, all with --tsv or --json)")
-        ->type_name("N");
+        ->type_name("N")
+        ->check(count_up_to(std::numeric_limits<uint64_t>::max()));
     command
         .add_option("--width", options->text_width,
                     "Characters that are shown of a line (default: 200, or what the terminal "
                     "has room for)")
-        ->type_name("N");
+        ->type_name("N")
+        ->check(count_up_to(std::numeric_limits<size_t>::max()));
     CLI::Option* tsv = command.add_flag("--tsv", options->is_tsv, "Write tab-separated text");
     add_json_option(command, options->is_json);
     tsv->excludes("--json");
