@@ -4,6 +4,7 @@
 #include "base/file_exists.h"
 #include "companions/common/installation.h"
 #include "companions/common/shown_text.h"
+#include "companions/doctor/check_hosts.h"
 #include "companions/doctor/check_logs.h"
 #include "companions/doctor/check_patterns.h"
 #include "companions/doctor/check_scenario.h"
@@ -16,9 +17,10 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <sys/stat.h>
+#include <utility>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -129,13 +131,14 @@ Findings check_scenario_inputs(const RunOptions& options) {
     if (!find_work_directory(findings, options) || !find_inputs(findings, options)) {
         return findings;
     }
-    check_zone(findings);
-    std::map<std::string, int> lines; // of the settings, by keyword
+    DecidingLines lines = {.zone = check_zone(findings)};
+    std::vector<HostOfPattern> hosts;
     if (file_exists(replay_profile_dir)) {
-        lines = check_settings(findings);
-        check_patterns(findings);
+        lines.cookie_name = check_settings(findings)["COOKIE_NAME"];
+        hosts = check_patterns(findings);
     }
-    check_scenario(findings);
-    check_logs(findings, lines["COOKIE_NAME"]);
+    lines.period = check_scenario(findings);
+    KnownHosts sampled = check_logs(findings, lines);
+    check_hosts(findings, hosts, choose_known_hosts(config_directory(), std::move(sampled)));
     return findings;
 }

@@ -217,6 +217,10 @@ void check_instances(FileFindings& findings) {
     }
     const auto asked = static_cast<uint64_t>(choose_thread_count());
     const uint64_t usable = std::max(static_cast<uint64_t>(g_num_instance), count_pieces());
+    const bool asks_for_too_many = g_num_thread > 0 && asked > usable;
+    if (num_al_files == 1 && !asks_for_too_many) {
+        return; // there is nothing to group, nor to choose
+    }
     findings.add(
         Severity::note, "instances", 0,
         fmt::format("{} in {}", counted(static_cast<uint64_t>(num_al_files), "log"),

@@ -18,6 +18,6 @@ struct NamedLog {
 // read, hold lines, and are named once. `findings`: those of the scenario.
 void check_log_files(FileFindings& findings, const std::vector<NamedLog>& logs);
 
-// Groups the logs as a run does, and says how many threads that can use. From here on the list of
-// logs is in the order in which they are read.
+// Groups the logs as a run does, and says how many threads that can use, unless there is one log
+// alone. From here on the list of logs is in the order in which they are read.
 void check_instances(FileFindings& findings);

@@ -77,7 +77,8 @@ void report_reason(FileFindings& findings, const ParsedSample& sample, LineKind 
         first = rejected.examples.front();
         meaning += " " + fields_as_seen(first.text);
     }
-    for (size_t i = 1; i < rejected.examples.size(); ++i) {
+    const size_t shown = severity == Severity::note ? 1 : rejected.examples.size();
+    for (size_t i = 1; i < shown; ++i) {
         meaning += fmt::format(" Also {}{}", place_of(rejected.examples[i]),
                                rejected.examples[i].text.substr(0, most_characters));
     }
@@ -113,20 +114,52 @@ std::string bound(unsigned long time, const char* none) {
     return time == 0 ? none : shown_moment(time);
 }
 
+std::string moments(uint64_t first, uint64_t last) {
+    return first == last ? shown_moment(first) : shown_moment(first) + " to " + shown_moment(last);
+}
+
 bool is_outside_period(const ParsedSample& sample) {
     return sample.accepted == 0 && sample.before + sample.after != 0;
 }
 
-void report_outside(FileFindings& findings, const ParsedSample& sample, bool are_all) {
-    findings.add(
-        are_all ? Severity::error : Severity::warning, "log-outside-period", 0,
-        shown_moment(sample.first_time) + " to " + shown_moment(sample.last_time),
-        fmt::format("All requests in the sample with a time are outside the replay period, "
-                    "which is from {} to {}: {} before, {} after it.",
-                    bound(start_time_stamp, "any time"), bound(end_time_stamp, "any time"),
-                    sample.before, sample.after),
-        "Correct REPLAY_PERIOD in the scenario, whose times are in the zone of the replay, "
-        "or name logs of that time.");
+std::string period_cure(const DecidingLines& lines) {
+    return fmt::format("Correct REPLAY_PERIOD, whose times are in the zone of the replay, {}, or "
+                       "name logs of that time.",
+                       lines.zone == 0 ? "which is the local one"
+                                       : fmt::format("GMT_OFFSET in line {} of {}", lines.zone,
+                                                     replay_zone_file()));
+}
+
+std::string outside_text(const char* what, uint64_t before, uint64_t after) {
+    return fmt::format("All requests in the sample{} with a time are outside the replay period, "
+                       "which is from {} to {}: {} before, {} after it.",
+                       what, bound(start_time_stamp, "any time"), bound(end_time_stamp, "any time"),
+                       before, after);
+}
+
+void report_outside(FileFindings& findings, const ParsedSample& sample,
+                    const DecidingLines& lines) {
+    findings.add(Severity::warning, "log-outside-period", 0,
+                 moments(sample.first_time, sample.last_time),
+                 outside_text("", sample.before, sample.after), period_cure(lines));
+}
+
+// Of all logs, which is a mistake of the scenario: told at the bound that leaves out the most.
+void report_all_outside(Findings& findings, const std::vector<ParsedSample>& samples,
+                        const DecidingLines& lines) {
+    ParsedSample all = samples.front();
+    for (size_t i = 1; i < samples.size(); ++i) {
+        all.before += samples[i].before;
+        all.after += samples[i].after;
+        all.first_time = std::min(all.first_time, samples[i].first_time);
+        all.last_time = std::max(all.last_time, samples[i].last_time);
+    }
+    FileFindings scenario(findings, scenario_file_path());
+    scenario.add(Severity::error, "log-outside-period",
+                 all.before > all.after ? lines.period.start : lines.period.end,
+                 moments(all.first_time, all.last_time),
+                 outside_text("s", all.before, all.after) + " A run gives nothing.",
+                 period_cure(lines));
 }
 
 // ------------------------------------------------------------------------------ the log itself
@@ -147,7 +180,7 @@ void report_sample(FileFindings& findings, const ParsedSample& sample) {
     const uint64_t bad = sample.requests - sample.accepted - outside;
     findings.add(
         Severity::note, "log-sample", 0,
-        has_times ? shown_moment(sample.first_time) + " to " + shown_moment(sample.last_time) : "",
+        has_times ? moments(sample.first_time, sample.last_time) : "",
         fmt::format("{} requests{} are accepted, {} outside the replay period, {} bad{}; {} of the "
                     "accepted have {}.",
                     share(sample.accepted, sample.requests),
@@ -157,13 +190,9 @@ void report_sample(FileFindings& findings, const ParsedSample& sample) {
                     session_word()));
 }
 
-void report_log(Findings& findings, const ParsedSample& sample, bool are_all_outside,
-                std::set<LineKind>& reasons_noted) {
+void report_log(Findings& findings, const ParsedSample& sample, std::set<LineKind>& reasons_noted) {
     FileFindings own(findings, seq_file_path[sample.file].input_file);
     report_rejected(own, sample, reasons_noted);
-    if (is_outside_period(sample)) {
-        report_outside(own, sample, are_all_outside);
-    }
     report_sample(own, sample);
 }
 
@@ -259,17 +288,44 @@ bool can_be_parsed() {
     return session_mode != SESSION_MODE_COOKIE || cookie_name[0] != '\0';
 }
 
+void check_period(Findings& findings, const std::vector<ParsedSample>& samples,
+                  const DecidingLines& lines) {
+    const auto outside = std::ranges::count_if(samples, is_outside_period);
+    if (outside != 0 && static_cast<size_t>(outside) == samples.size()) {
+        report_all_outside(findings, samples, lines);
+        return;
+    }
+    for (const ParsedSample& sample : samples) {
+        if (is_outside_period(sample)) {
+            FileFindings own(findings, seq_file_path[sample.file].input_file);
+            report_outside(own, sample, lines);
+        }
+    }
+}
+
+KnownHosts hosts_of(const std::vector<ParsedSample>& samples) {
+    std::set<std::string> hosts;
+    KnownHosts known = {.are_all = samples.size() == static_cast<size_t>(num_al_files)};
+    for (const ParsedSample& sample : samples) {
+        hosts.insert(sample.hosts.begin(), sample.hosts.end());
+        known.are_all = known.are_all && sample.is_whole && !sample.has_further_hosts;
+    }
+    known.hosts.assign(hosts.begin(), hosts.end());
+    return known;
+}
+
 } // namespace
 
-void check_logs(Findings& findings, int cookie_line) {
+KnownHosts check_logs(Findings& findings, const DecidingLines& lines) {
     if (!can_be_parsed()) {
-        return;
+        return {};
     }
     const std::vector<ParsedSample> samples = sample_logs();
     std::set<LineKind> reasons_noted;
-    const bool are_all_outside = std::all_of(samples.begin(), samples.end(), is_outside_period);
     for (const ParsedSample& sample : samples) {
-        report_log(findings, sample, are_all_outside, reasons_noted);
+        report_log(findings, sample, reasons_noted);
     }
-    check_sessions(findings, samples, cookie_line);
+    check_period(findings, samples, lines);
+    check_sessions(findings, samples, lines.cookie_name);
+    return hosts_of(samples);
 }

@@ -3,7 +3,6 @@
 #include "base/file_exists.h"
 #include "cache/input_copies.h"
 #include "companions/doctor/input_file.h"
-#include "companions/doctor/known_hosts.h"
 #include "companions/doctor/near_word.h"
 #include "companions/doctor/observed_file.h"
 #include "companions/doctor/pattern_reach.h"
@@ -25,6 +24,7 @@
 #include <string>
 #include <strings.h>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -70,8 +70,7 @@ constexpr TrapText trap_texts[] = {
 // Looks at the patterns of both files.
 class PatternCheck {
   public:
-    explicit PatternCheck(Findings& findings)
-        : findings_(findings), hosts_(read_known_hosts(config_directory())) {}
+    explicit PatternCheck(Findings& findings) : findings_(findings) {}
 
     void read(const char* name, void (*load)(const char*), const char* form) {
         FileFindings own(findings_, replay_profile_file_path(name));
@@ -109,6 +108,8 @@ class PatternCheck {
                  "Make the other pattern narrower, or take this one out."});
         }
     }
+
+    std::vector<HostOfPattern> take_hosts() { return std::move(hosts_); }
 
   private:
     // Dots that are operators stand in most pattern files, so that one finding tells of them all.
@@ -222,7 +223,7 @@ class PatternCheck {
             report_trap(own, line.number, entry.url_ptrn_string, trap);
         }
         if (std::strcmp(entry.host, na_string) != 0) {
-            look_at_host(own, line.number, entry.host);
+            hosts_.push_back({own.file(), line.number, entry.host});
         }
         if (!equal_ignoring_case(entry.txn_name, na_string)) {
             look_at_transaction(own, line.number, entry.txn_name);
@@ -251,28 +252,6 @@ class PatternCheck {
         }
     }
 
-    void look_at_host(FileFindings& own, int line, const std::string& host) {
-        if (hosts_.empty() || std::binary_search(hosts_.begin(), hosts_.end(), host)) {
-            return;
-        }
-        const std::string near = find_nearest_host(host);
-        own.add(Severity::warning, "unknown-host", line, host,
-                "The last run has found no such host; hosts are compared letter for letter, with "
-                "their port.",
-                near.empty() ? "Write the host as hosts.list has it, or na for any."
-                             : fmt::format("Write {} if that is meant, or na for any host.", near));
-    }
-
-    // Of many hosts the nearest would take too long to find.
-    const std::string& find_nearest_host(const std::string& host) {
-        constexpr size_t most_hosts = 1000;
-        const auto [known, is_new] = nearest_host_.emplace(host, "");
-        if (is_new && hosts_.size() <= most_hosts) {
-            known->second = nearest_word(host, hosts_);
-        }
-        return known->second;
-    }
-
     void look_at_transaction(FileFindings& own, int line, const std::string& name) {
         const auto [earlier, is_new] = line_of_transaction_.emplace(name, line);
         if (!is_new) {
@@ -285,8 +264,7 @@ class PatternCheck {
     }
 
     Findings& findings_;
-    std::vector<std::string> hosts_;                  // in order
-    std::map<std::string, std::string> nearest_host_; // of those that are not there
+    std::vector<HostOfPattern> hosts_;
     int placed_faults_ = 0;
     std::unordered_map<const char*, PatternPlace> places_; // by the text that an entry owns
     std::map<std::string, int> line_of_transaction_;
@@ -295,9 +273,10 @@ class PatternCheck {
 
 } // namespace
 
-void check_patterns(Findings& findings) {
+std::vector<HostOfPattern> check_patterns(Findings& findings) {
     PatternCheck check(findings);
     check.read(filter_patterns_name, save_filter_url_pattern, filter_form);
     check.read(url_patterns_name, save_url_pattern, url_form);
     check.look_at_tables();
+    return check.take_hosts();
 }

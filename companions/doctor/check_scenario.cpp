@@ -1,5 +1,6 @@
 #include "companions/doctor/check_scenario.h"
 
+#include "companions/doctor/check_log_files.h"
 #include "companions/doctor/check_zone.h"
 #include "companions/doctor/content_form.h"
 #include "companions/doctor/input_file.h"
@@ -13,6 +14,7 @@
 
 #include <fmt/core.h>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -54,11 +56,12 @@ class ScenarioLines {
 
     // What is known once all lines are read.
     void finish() {
-        if (start_line_ != 0 && end_line_ != 0 && start_time_stamp > end_time_stamp) {
-            findings_.add(Severity::error, "period-empty", end_line_, shown_moment(end_time_stamp),
+        if (period_.start != 0 && period_.end != 0 && start_time_stamp > end_time_stamp) {
+            findings_.add(Severity::error, "period-empty", period_.end,
+                          shown_moment(end_time_stamp),
                           fmt::format("The period ends before it starts (line {}), so that no "
                                       "request counts.",
-                                      start_line_),
+                                      period_.start),
                           "Correct one of its ends.");
         }
         if (logs_.empty()) {
@@ -77,6 +80,7 @@ class ScenarioLines {
     }
 
     const std::vector<NamedLog>& logs() const { return logs_; }
+    const PeriodLines& period() const { return period_; }
 
   private:
     // Of a line that names a log no more than the path is told with the line itself.
@@ -142,7 +146,7 @@ class ScenarioLines {
 
     void report_bound(const ReadLine& line, const LineRemark& remark) {
         const bool is_start = remark.name == "START";
-        int& bound_line = is_start ? start_line_ : end_line_;
+        int& bound_line = is_start ? period_.start : period_.end;
         if (bound_line != 0) {
             findings_.add(Severity::warning, "period-twice", bound_line, remark.name,
                           fmt::format("Line {} sets it again; the last line counts.", line.number),
@@ -157,8 +161,7 @@ class ScenarioLines {
 
     FileFindings& findings_;
     std::vector<NamedLog> logs_;
-    int start_line_ = 0;
-    int end_line_ = 0;
+    PeriodLines period_;
     int has_too_many_logs_ = 0;
     int other_keywords_ = 0;
     int first_other_line_ = 0;
@@ -167,7 +170,7 @@ class ScenarioLines {
 
 } // namespace
 
-std::vector<NamedLog> check_scenario(Findings& findings) {
+PeriodLines check_scenario(Findings& findings) {
     FileFindings own(findings, scenario_file_path());
     const InputForm form = check_input_file(own);
     if (!form.is_readable || form.is_utf16) {
@@ -182,5 +185,5 @@ std::vector<NamedLog> check_scenario(Findings& findings) {
     lines.finish();
     check_log_files(own, lines.logs());
     check_instances(own);
-    return lines.logs();
+    return lines.period();
 }

@@ -15,6 +15,7 @@
 
 #include <fmt/core.h>
 #include <map>
+#include <optional>
 
 namespace {
 
@@ -81,25 +82,27 @@ const ValueHelp& help_of(const std::string& name) {
     return found == help_of_keyword.end() ? position_help : found->second;
 }
 
-void add_unknown_keyword(FileFindings& findings, const ReadLine& line) {
+// Returns the keyword that is nearest to what the line begins with, if any is near.
+std::string add_unknown_keyword(FileFindings& findings, const ReadLine& line) {
     std::string text = line.outcome.text;
     if (line.number == 1 && text.starts_with(utf8_mark)) {
         text.erase(0, utf8_mark.size());
         if (text.empty() || text[0] == '#') {
-            return; // the mark, of which there is a finding, has hidden nothing
+            return ""; // the mark, of which there is a finding, has hidden nothing
         }
     }
     const size_t start = text.find_first_not_of(" \t\r");
     if (start == std::string::npos) {
-        return;
+        return "";
     }
-    const std::string near = nearest_word(first_word(text.substr(start)), setting_names());
+    std::string near = nearest_word(first_word(text.substr(start)), setting_names());
     findings.add(Severity::warning, "unknown-keyword", line.number, line.outcome.text,
                  start == 0 ? "No keyword is written so; a run ignores the line."
                             : "A keyword must begin in the first column; a run ignores the line.",
                  near.empty()
                      ? "Take the line out, or put a # before it."
                      : fmt::format("Write {} at the start of the line if that is meant.", near));
+    return near;
 }
 
 // Looks at the lines one after the other, and remembers what later ones may undo.
@@ -113,7 +116,9 @@ class SettingLines {
             add_cut_line_finding(findings_, line.number, settings_line_size - 1);
         }
         if (line.outcome.kind == ObservedKind::unknown_keyword) {
-            add_unknown_keyword(findings_, line);
+            if (add_unknown_keyword(findings_, line) == "COOKIE_NAME") {
+                misspelt_cookie_name_ = findings_.last_index();
+            }
         } else if (!line.failure.empty()) {
             findings_.add(Severity::error, "value-refused", line.number, text_of(line),
                           line.failure + ": a run fails.",
@@ -131,6 +136,9 @@ class SettingLines {
         }
         return numbers;
     }
+
+    // The finding on the last line that seems to be meant for COOKIE_NAME.
+    std::optional<size_t> misspelt_cookie_name() const { return misspelt_cookie_name_; }
 
   private:
     struct EarlierLine {
@@ -185,8 +193,26 @@ class SettingLines {
 
     FileFindings& findings_;
     LayoutLines& layout_;
+    std::optional<size_t> misspelt_cookie_name_;
     std::map<std::string, EarlierLine> lines_of_keyword_;
 };
+
+// One mistake is one finding: that of the misspelt line becomes the error, where there is one.
+void report_refusal(FileFindings& findings, const std::string& failure,
+                    std::optional<size_t> misspelt_cookie_name) {
+    constexpr const char* id = "settings-refused";
+    const std::string meaning = failure + ": a run fails.";
+    if (!misspelt_cookie_name) {
+        findings.add(Severity::error, id, 0, "", meaning,
+                     "Give the line COOKIE_NAME with the name of the session cookie, or "
+                     "USER_SESSION_KEY client_ip where sessions go by the client's address.");
+        return;
+    }
+    Finding& finding = findings.at(*misspelt_cookie_name);
+    finding.id = id;
+    finding.severity = Severity::error;
+    finding.meaning += " " + meaning;
+}
 
 std::map<std::string, int> read_settings(FileFindings& findings, LayoutLines& layout) {
     SettingLines lines(findings, layout);
@@ -194,9 +220,7 @@ std::map<std::string, int> read_settings(FileFindings& findings, LayoutLines& la
         read_observed([&] { read_replay_prof_setting(findings.file().c_str()); },
                       [&](const ReadLine& line) { lines.look_at(line); });
     if (!failure.empty()) {
-        findings.add(Severity::error, "settings-refused", 0, "", failure + ": a run fails.",
-                     "Give the line COOKIE_NAME with the name of the session cookie, or "
-                     "USER_SESSION_KEY client_ip where sessions go by the client's address.");
+        report_refusal(findings, failure, lines.misspelt_cookie_name());
     }
     if (g_num_thread < 0) {
         findings.add(Severity::error, "thread-count", 0, std::to_string(g_num_thread),

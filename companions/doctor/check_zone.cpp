@@ -11,6 +11,7 @@
 #include <fmt/core.h>
 #include <optional>
 #include <regex.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -20,6 +21,11 @@ bool matches(const std::string& text, const std::string& pattern) {
     const bool is_match = regexec(&regex, text.c_str(), 0, nullptr, 0) == 0;
     regfree(&regex);
     return is_match;
+}
+
+bool is_regular_file(const std::string& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 // The line that a run goes by; none when there is no such line or no file.
@@ -73,16 +79,20 @@ bool is_known_zone(const std::string& zone) {
                              "[-+:0-9]*(,[-+.,/:MJ0-9]*)?)?$";
     const std::string name = zone.substr(zone.starts_with(':') ? 1 : 0);
     const std::string path = name.starts_with('/') ? name : "/usr/share/zoneinfo/" + name;
-    return file_exists(path.c_str()) || matches(name, rule) || name == "UTC" || name == "GMT";
+    return is_regular_file(path) || matches(name, rule) || name == "UTC" || name == "GMT";
 }
 
-void check_zone(Findings& findings) {
-    FileFindings own(findings, std::string(g_wdir) + "/sys/replay_settings.default");
+std::string replay_zone_file() {
+    return std::string(g_wdir) + "/sys/replay_settings.default";
+}
+
+int check_zone(Findings& findings) {
+    FileFindings own(findings, replay_zone_file());
     check_own_zone(findings);
     const std::optional<ReadLine> line = read_offset_line(own.file());
     if (line) {
         check_offset(own, *line);
-        return;
+        return line->number;
     }
     own.add(Severity::note, "local-zone", 0, own_zone().empty() ? "" : "TZ=" + own_zone(),
             fmt::format("The installation names no zone, so the replay period is in the local one "
@@ -90,6 +100,7 @@ void check_zone(Findings& findings) {
                         offset_text(-replay_timezone),
                         daylight != 0 ? ", without regard to summer time" : ""),
             "Give the line GMT_OFFSET with a sign, hours and minutes, as +0530.");
+    return 0;
 }
 
 std::string shown_moment(unsigned long time_stamp) {
@@ -101,6 +112,8 @@ std::string shown_moment(unsigned long time_stamp) {
     const time_t utc = timegm(&same_clock) + replay_timezone;
     tm utc_clock = {};
     gmtime_r(&utc, &utc_clock);
-    return fmt::format("{:%Y-%m-%d %H:%M:%S} {}, {:%Y-%m-%d %H:%M:%S} UTC", clock,
-                       offset_text(-replay_timezone), utc_clock);
+    const std::string text_in_utc = fmt::format("{:%Y-%m-%d %H:%M:%S} UTC", utc_clock);
+    return replay_timezone == 0 ? text_in_utc
+                                : fmt::format("{:%Y-%m-%d %H:%M:%S} {} ({})", clock,
+                                              offset_text(-replay_timezone), text_in_utc);
 }

@@ -38,6 +38,10 @@ class FileFindings {
             {id, severity, file_, line, std::move(value), std::move(meaning), std::move(cure)});
     }
 
+    // Index of the finding that was added last, by which it can be changed.
+    size_t last_index() const { return findings_.size() - 1; }
+    Finding& at(size_t index) { return findings_[index]; }
+
   private:
     Findings& findings_;
     std::string file_;

@@ -1,6 +1,7 @@
 #include "companions/doctor/input_file.h"
 
 #include "base/file_descriptor.h"
+#include "companions/common/shell_word.h"
 #include "companions/doctor/content_form.h"
 
 #include <cerrno>
@@ -50,11 +51,12 @@ bool is_regular(const std::string& path) {
 
 void report_carriage_returns(FileFindings& findings, const CarriageReturns& found) {
     if (found.lines > 0) {
-        findings.add(Severity::warning, "carriage-return", found.first_line,
-                     fmt::format("{} lines end in CR LF", found.lines),
-                     "The carriage return before the line feed belongs to the line: a cookie name "
-                     "or a pattern at its end then fits nothing.",
-                     fmt::format("Take them out: sed -i 's/\\r$//' {}", findings.file()));
+        findings.add(
+            Severity::warning, "carriage-return", found.first_line,
+            fmt::format("{} lines end in CR LF", found.lines),
+            "The carriage return before the line feed belongs to the line: a cookie name "
+            "or a pattern at its end then fits nothing.",
+            fmt::format("Take them out: sed -i 's/\\r$//' {}", shell_word(findings.file())));
     }
 }
 
@@ -84,9 +86,10 @@ InputForm check_input_file(FileFindings& findings) {
         return {.is_readable = true, .is_utf16 = true, .has_utf8_mark = false};
     }
     if (form.has_utf8_mark) {
-        findings.add(Severity::warning, "byte-order-mark", 1, "",
-                     "The file begins with a byte-order mark, which is read as part of line 1.",
-                     fmt::format("Take it out: sed -i '1s/^\\xef\\xbb\\xbf//' {}", path));
+        findings.add(
+            Severity::warning, "byte-order-mark", 1, "",
+            "The file begins with a byte-order mark, which is read as part of line 1.",
+            fmt::format("Take it out: sed -i '1s/^\\xef\\xbb\\xbf//' {}", shell_word(path)));
     }
     report_carriage_returns(findings, count_carriage_returns(file.get()));
     return {.is_readable = true, .is_utf16 = false, .has_utf8_mark = form.has_utf8_mark};

@@ -53,8 +53,18 @@ void note_time(uint64_t time, ParsedSample& sample) {
     sample.last_time = std::max(sample.last_time, time);
 }
 
+void note_host(const char* host, ParsedSample& sample) {
+    constexpr size_t most_hosts = 1000;
+    if (sample.hosts.size() < most_hosts) {
+        sample.hosts.insert(host);
+    } else {
+        sample.has_further_hosts = sample.has_further_hosts || !sample.hosts.contains(host);
+    }
+}
+
 void note_accepted(const ObservedLogLine& line, ParsedSample& sample) {
     ++sample.accepted;
+    note_host(line.request->host_ip, sample);
     if (line.session != SessionNote::known) {
         ++sample.without_session;
         count_cookies(*line.request, sample.other_cookies);

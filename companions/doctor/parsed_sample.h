@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,8 @@ struct ParsedSample {
     std::map<LineKind, RejectedSample> rejected = {};   // the others
     uint64_t without_session = 0;                       // accepted, without a session when read
     std::map<std::string, uint64_t> other_cookies = {}; // of these: how many carry or set a cookie
+    std::set<std::string> hosts = {};                   // of the accepted
+    bool has_further_hosts = false;                     // more than are kept
 };
 
 // Samples the logs of seq_file_path that are regular files of text. The settings and the layout

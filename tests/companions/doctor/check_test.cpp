@@ -54,9 +54,9 @@ TEST(Check, ShowsEachBoundInTheReplayZoneAndInUtc) {
         const CheckRun run = check(installation, {}, {{"TZ", zone}});
         EXPECT_EQ(run.status, 0);
         EXPECT_EQ(meaning_of(run, "period-start"), "The period starts with 2026-03-10 10:00:00 "
-                                                   "+0530, 2026-03-10 04:30:00 UTC.");
-        EXPECT_EQ(meaning_of(run, "period-end"), "The period ends with 2026-03-11 03:30:00 +0530, "
-                                                 "2026-03-10 22:00:00 UTC.");
+                                                   "+0530 (2026-03-10 04:30:00 UTC).");
+        EXPECT_EQ(meaning_of(run, "period-end"), "The period ends with 2026-03-11 03:30:00 +0530 "
+                                                 "(2026-03-10 22:00:00 UTC).");
     }
 }
 
@@ -65,7 +65,7 @@ TEST(Check, KnowsZonesByTheirNamesAndRules) {
                              "<+0530>-5:30", "EST5EDT"}) {
         EXPECT_TRUE(is_known_zone(zone)) << zone;
     }
-    for (const char* zone : {"Europe/Roma", "IST", "+0530", "Asia/Calcuta", "5"}) {
+    for (const char* zone : {"Europe/Roma", "IST", "+0530", "Asia/Calcuta", "5", "Europe"}) {
         EXPECT_FALSE(is_known_zone(zone)) << zone;
     }
     const TestInstallation installation;
@@ -87,6 +87,10 @@ TEST(Check, TellsHowLogsAreSharedOut) {
     const std::string meaning = instances[0]["meaning"];
     EXPECT_NE(meaning.find("a/x_1, a/x_2; a/y_1; b/x_1"), std::string::npos) << meaning;
     EXPECT_NE(meaning.find("with 4 threads"), std::string::npos) << meaning;
+    installation.name_logs({"a/x_1"});
+    EXPECT_EQ(check(installation).of("instances").size(), 0U);
+    EXPECT_EQ(check(installation, {"-t", "8"}).of("instances").size(), 1U); // has a cure
+    installation.name_logs({"a/x_1", "a/y_1"});
     installation.add_settings("NUM_THREAD 2\n");
     EXPECT_NE(meaning_of(check(installation), "instances").find("with 2 threads"),
               std::string::npos);

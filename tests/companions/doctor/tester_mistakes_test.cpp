@@ -121,6 +121,9 @@ const Mistake mistakes[] = {
      settings_file, 0, fails, "RESPONSE_TIME"},
     {"sessions by a cookie without a name", settings("USER_SESSION_KEY cookie\n"),
      "settings-refused", settings_file, 0, fails, "COOKIE_NAME"},
+    {"misspelt keyword that is needed",
+     settings("USER_SESSION_KEY cookie\nAL_FIELD REQUEST_COOKIE 7\nCOOKIENAME J\n"),
+     "settings-refused", settings_file, 8, fails, "COOKIE_NAME"},
     {"time of two parts", settings("NEW_USER_TIME 00:30\n"), "value-refused", settings_file, 6,
      fails, "hh:mm:ss"},
     {"carriage returns", settings("COOKIE_NAME J\r\n"), "carriage-return-in-value", settings_file,
@@ -212,6 +215,16 @@ TEST(TesterMistakes, AreNamedWithPlaceAndCure) {
         SCOPED_TRACE(mistake.name);
         expect_named(mistake);
     }
+}
+
+TEST(TesterMistakes, OfAKeywordThatIsNeededAreOneFinding) {
+    TestInstallation installation;
+    make_sound(installation);
+    installation.add_settings("USER_SESSION_KEY cookie\nAL_FIELD REQUEST_COOKIE 7\n"
+                              "COOKIENAME J\n");
+    const CheckRun run = check(installation);
+    EXPECT_EQ(run.of("settings-refused")[0]["value"], "COOKIENAME J");
+    EXPECT_EQ(run.of("unknown-keyword").size(), 0U) << run.findings;
 }
 
 TEST(TesterMistakes, InASoundScenarioAreNone) {
