@@ -164,11 +164,11 @@ void write_totals(FILE* stream, const ExplainedLogs& logs) {
 void write_for_people(FILE* stream, const ExplainedLogs& logs, const RejectedOutput& output) {
     const uint64_t rejected = logs.rejected_lines();
     if (rejected != 0) {
+        write_count_table(stream, logs);
         write_line_table(stream, logs, output);
         const std::string more = fmt::format(
             "{} of {} lines that do not count; --limit 0 lists all\n", output.limit, rejected);
         write_output(stream, (output.limit < rejected ? more : "") + "\n");
-        write_count_table(stream, logs);
     }
     write_totals(stream, logs);
 }

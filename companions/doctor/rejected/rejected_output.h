@@ -17,6 +17,6 @@ struct RejectedOutput {
     size_t text_width; // characters that are shown of a line
 };
 
-// Writes lines, counts by log and reason, and the totals of the run, which has to have loaded the
-// logs. Fails when `stream` does not take all.
+// Writes lines, counts by log and reason (for people before the lines, which may be many), and the
+// totals of the run, which has to have loaded the logs. Fails when `stream` does not take all.
 void write_rejected(FILE* stream, const ExplainedLogs& logs, const RejectedOutput& output);

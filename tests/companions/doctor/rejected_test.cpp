@@ -171,14 +171,14 @@ TEST_F(Rejected, TheFormsTellTheSameAndSteerNoTerminal) {
     EXPECT_EQ(json.lines[0].text, "a\\x1b[2J\\tb\"\\");
     EXPECT_EQ(json.lines[2].text, cut);
     EXPECT_EQ(run_doctor(installation_, "rejected", {"--limit", "2", "--width", "5"}).output,
+              "File           Lines  Reason          In counter  Meaning\n"
+              "logs/access_0      3  too-few-fields  BadRequest  fewer fields than the field "
+              "layout names\n"
+              "\n"
               "File           Line  Reason          Text\n"
               "logs/access_0     1  too-few-fields  a\\...\n"
               "logs/access_0     2  too-few-fields  c\\...\n"
               "2 of 3 lines that do not count; --limit 0 lists all\n"
-              "\n"
-              "File           Lines  Reason          In counter  Meaning\n"
-              "logs/access_0      3  too-few-fields  BadRequest  fewer fields than the field "
-              "layout names\n"
               "\n"
               "1 requests count of Total=4;Redirected=0;TimeBasedFiltered=0;BadRequest=3;"
               "NonSessionRequest=0\n");
