@@ -6,7 +6,7 @@
 #include <array>
 #include <cctype>
 #include <cstdlib>
-#include <fmt/core.h>
+#include <fmt/format.h>
 #include <string_view>
 
 namespace {
@@ -132,6 +132,7 @@ class FieldFinder {
                 look(i);
             }
         }
+        tell_taken();
         return findings_;
     }
 
@@ -165,14 +166,28 @@ class FieldFinder {
             return;
         }
         layout_.positions[kind] = static_cast<short>(index + 1);
-        findings_.push_back({"field-found", Severity::note, "", 0,
-                             fmt::format("field {}", index + 1),
-                             fmt::format("By what it holds it is the header {}.", header),
-                             "Give the server's format with --log-format where it is not."});
+        positions_.push_back(index + 1);
+        headers_.emplace_back(header);
+    }
+
+    void tell_taken() {
+        if (positions_.empty()) {
+            return;
+        }
+        const bool is_one = positions_.size() == 1;
+        findings_.push_back(
+            {"field-found", Severity::note, "", 0,
+             fmt::format("{} {}", is_one ? "field" : "fields", fmt::join(positions_, ", ")),
+             fmt::format("By what {}: {}.",
+                         is_one ? "it holds it is this header" : "they hold they are these headers",
+                         fmt::join(headers_, ", ")),
+             "Give the server's format with --log-format where that is wrong."});
     }
 
     const SeenFields& seen_;
     LogLayout& layout_;
+    std::vector<size_t> positions_; // that were taken, from 1
+    std::vector<std::string> headers_;
     Findings findings_;
 };
 

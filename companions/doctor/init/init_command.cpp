@@ -1,5 +1,6 @@
 #include "companions/doctor/init/init_command.h"
 
+#include "companions/common/shell_word.h"
 #include "companions/doctor/findings_output.h"
 #include "companions/doctor/init/init_report.h"
 #include "companions/doctor/init/log_gathering.h"
@@ -7,8 +8,6 @@
 #include "companions/doctor/init/scenario_plan.h"
 #include "companions/doctor/init/scenario_writer.h"
 
-#include <algorithm>
-#include <cctype>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
@@ -31,28 +30,16 @@ void append(Findings& findings, const Findings& more) {
     findings.insert(findings.end(), more.begin(), more.end());
 }
 
-// Quoted for a shell where it has to be.
-std::string shell_word(const std::string& word) {
-    const bool is_plain = !word.empty() && std::ranges::all_of(word, [](char c) {
-        return std::isalnum(static_cast<unsigned char>(c)) != 0 ||
-               std::string_view("_-./+=:,@%").find(c) != std::string_view::npos;
-    });
-    if (is_plain) {
-        return word;
-    }
-    std::string quoted = "'";
-    for (const char c : word) {
-        quoted += c == '\'' ? "'\\''" : std::string(1, c);
-    }
-    return quoted + "'";
+std::string scenario_words(const RunOptions& options) {
+    const std::string words = " --scenario " + shell_word(options.scenario);
+    return options.replay_profile.empty()
+               ? words
+               : words + " --replay_profile " + shell_word(options.replay_profile);
 }
 
 std::string run_command(const NewScenario& place, const RunOptions& options) {
-    std::string command = "ZV_WDIR=" + shell_word(place.work_dir) +
-                          " zvr_al_gen_url_list --scenario " + shell_word(options.scenario);
-    if (!options.replay_profile.empty()) {
-        command += " --replay_profile " + shell_word(options.replay_profile);
-    }
+    std::string command =
+        "ZV_WDIR=" + shell_word(place.work_dir) + " zvr_al_gen_url_list" + scenario_words(options);
     if (options.num_thread != 0) {
         command += " --num_thread " + std::to_string(options.num_thread);
     }
@@ -67,6 +54,24 @@ std::string absolute_folder(const std::string& folder) {
     return folder.empty()
                ? ""
                : (std::filesystem::absolute(folder) / "").lexically_normal().parent_path().string();
+}
+
+// What "check" says of the scenario, without what has been said of its layout.
+Findings further_findings(const RunOptions& options) {
+    Findings findings = findings_of_own_check(options);
+    std::erase_if(findings, [](const Finding& finding) { return finding.id == "no-location"; });
+    return findings;
+}
+
+// What to ask once the scenario has been run.
+std::vector<std::string> later_commands(const NewScenario& place, const RunOptions& options) {
+    std::vector<std::string> commands;
+    for (const char* command :
+         {"zvr_al_doctor rejected", "zvr_al_doctor patterns", "zvr_al_report load"}) {
+        commands.push_back(fmt::format("{} --work-dir {}{}", command, shell_word(place.work_dir),
+                                       scenario_words(options)));
+    }
+    return commands;
 }
 
 InitReport set_up(const InitOptions& options) {
@@ -84,7 +89,8 @@ InitReport set_up(const InitOptions& options) {
         plan_scenario(logs.samples, report);
         report.written = write_scenario(place, report.plan);
         report.command = run_command(place, options.run);
-        append(report.findings, findings_of_own_check(options.run));
+        report.later_commands = later_commands(place, options.run);
+        append(report.findings, further_findings(options.run));
     }
     return report;
 }

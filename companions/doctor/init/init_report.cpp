@@ -147,6 +147,11 @@ void print_report(FILE* stream, const InitReport& report) {
     print_findings(stream, report.findings);
     if (!report.command.empty()) {
         fmt::print(stream, "\nRun it:\n\n    {}\n", shown_text(report.command));
+        fmt::print(stream, "\nThen see what is left out, what patterns do with the URLs, and the "
+                           "load:\n\n");
+        for (const std::string& command : report.later_commands) {
+            fmt::print(stream, "    {}\n", shown_text(command));
+        }
     }
 }
 

@@ -15,10 +15,11 @@ struct InitReport {
     std::string scenario;
     LayoutChoice layout;
     SessionEvidence evidence = {};
-    ScenarioPlan plan = {};                // with logs only once a layout is found
-    std::vector<std::string> written = {}; // paths of files
-    std::string command = "";              // that runs the tool; empty: nothing was written
-    Findings findings = {};                // all of them
+    ScenarioPlan plan = {};                       // with logs only once a layout is found
+    std::vector<std::string> written = {};        // paths of files
+    std::string command = "";                     // that runs the tool; empty: nothing was written
+    std::vector<std::string> later_commands = {}; // that tell of its results
+    Findings findings = {};                       // all of them
 };
 
 // For people.

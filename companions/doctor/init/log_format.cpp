@@ -5,6 +5,7 @@
 #include "tools/parse/field_splitter.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <string>
 #include <vector>
 
@@ -283,12 +284,48 @@ void FormatReader::set_log_type() {
 
 struct Missing {
     bool is_missing;
-    Severity severity;
     const char* id;
     const char* fields;
     const char* meaning;
     const char* cure;
 };
+
+// A header that a run does without.
+struct UsefulHeader {
+    FieldKind kind;
+    const char* without;
+    const char* directives; // of Apache, nginx and others that write it
+};
+
+constexpr UsefulHeader useful_headers[] = {
+    {AL_REQUEST_COOKIE, "users behind one address are not told apart",
+     "\"%{Cookie}i\", \"$http_cookie\" or cs(Cookie)"},
+    {AL_HOST_HEADER, "the host of every URL is NA", "\"%{Host}i\", \"$http_host\" or cs-host"},
+    {AL_LOCATION, "requests that follow a redirect are not found and count",
+     "\"%{Location}o\" or \"$sent_http_location\""},
+};
+
+// One note of all.
+void add_missing_headers(Findings& findings, const LogLayout& layout) {
+    std::vector<std::string> names;
+    std::vector<std::string> effects;
+    std::vector<std::string> directives;
+    for (const UsefulHeader& header : useful_headers) {
+        if (!layout.has(header.kind)) {
+            names.emplace_back(al_required_fields[header.kind].name);
+            effects.emplace_back(header.without);
+            directives.emplace_back(header.directives);
+        }
+    }
+    if (!names.empty()) {
+        findings.push_back(
+            {headers_not_logged, Severity::note, "", 0, fmt::format("{}", fmt::join(names, ", ")),
+             fmt::format("The log does not have {}: {}.", names.size() == 1 ? "it" : "them",
+                         fmt::join(effects, "; ")),
+             fmt::format("Where that matters, let the server log {}.",
+                         fmt::join(directives, ", and "))});
+    }
+}
 
 } // namespace
 
@@ -304,37 +341,28 @@ Findings missing_fields(const LogLayout& layout) {
     const bool has_request =
         layout.is_apache() ? layout.has(AL_REQUEST_LINE) : layout.has(AL_METHOD) && has_url;
     const Missing rows[] = {
-        {!has_time, Severity::error, "no-time", "DATE_AND_TIME",
+        {!has_time, "no-time", "DATE_AND_TIME",
          "No field holds a date and time that the tool reads.",
          "Log the server's usual time: %t with Apache, [$time_local] with nginx, date and time "
          "with "
          "others."},
-        {!has_request, Severity::error, "no-request", "REQUEST_LINE",
+        {!has_request, "no-request", "REQUEST_LINE",
          "No field holds the request as the tool reads it.",
          "Log the request line in quotes: \"%r\" with Apache, \"$request\" with nginx; with others "
          "cs-method, cs-uri-stem and cs-uri-query."},
-        {!layout.has(AL_STATUS_CODE), Severity::error, "no-status", "STATUS_CODE",
-         "No field holds the status.",
+        {!layout.has(AL_STATUS_CODE), "no-status", "STATUS_CODE", "No field holds the status.",
          "Log it: %>s with Apache, $status with nginx, sc-status with others."},
-        {!layout.has(AL_REQUEST_COOKIE) && !layout.has(AL_CLIENT_IP), Severity::error, "no-session",
+        {!layout.has(AL_REQUEST_COOKIE) && !layout.has(AL_CLIENT_IP), "no-session",
          "REQUEST_COOKIE, CLIENT_IP",
          "No field holds cookies or the client address, so no request has a session.",
          "Log the Cookie header in quotes, or the client address."},
-        {!layout.has(AL_REQUEST_COOKIE) && layout.has(AL_CLIENT_IP), Severity::note,
-         "no-cookie-field", "REQUEST_COOKIE",
-         "No field holds cookies, so the tool cannot know a session by them.",
-         "To tell users behind one address apart, log the header: \"%{Cookie}i\" with Apache, "
-         "\"$http_cookie\" with nginx, cs(Cookie) with others."},
-        {!layout.has(AL_HOST_HEADER), Severity::note, "no-host-field", "HOST_HEADER",
-         "No field holds the host, so the host of every URL is NA.",
-         "Where one log holds several sites, log it: \"%{Host}i\" with Apache, \"$http_host\" with "
-         "nginx, cs-host with others."},
     };
     Findings findings;
     for (const Missing& row : rows) {
         if (row.is_missing) {
-            findings.push_back({row.id, row.severity, "", 0, row.fields, row.meaning, row.cure});
+            findings.push_back({row.id, Severity::error, "", 0, row.fields, row.meaning, row.cure});
         }
     }
+    add_missing_headers(findings, layout);
     return findings;
 }

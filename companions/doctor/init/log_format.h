@@ -15,5 +15,8 @@ struct FormatReading {
 // fields are those that the tool's own splitter makes of such a line.
 FormatReading read_log_format(std::string_view argument);
 
-// What a layout lacks that a run needs (errors) or would be better for having (notes).
+// The id of a note on headers that would be of use, among them Location.
+constexpr const char* headers_not_logged = "headers-not-logged";
+
+// What a layout lacks that a run needs (errors) or would be better for having (a note).
 Findings missing_fields(const LogLayout& layout);

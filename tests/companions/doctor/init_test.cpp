@@ -129,6 +129,10 @@ TEST_F(Init, ACombinedLogGivesTheCountsOfItsRequests) {
     EXPECT_EQ(run.output["layout"]["name"], "combined (Apache), default of nginx");
     EXPECT_EQ(run.output["session"]["key"], "client_ip");
     EXPECT_EQ(run.output["logs"][0], files_.path("logs/access.log")); // absolute
+    const nlohmann::json& findings = run.output["findings"];
+    ASSERT_EQ(findings.size(), 2U) << findings; // and what the log holds
+    EXPECT_EQ(findings[0]["id"], "headers-not-logged");
+    EXPECT_EQ(findings[0]["value"], "REQUEST_COOKIE, HOST_HEADER, LOCATION");
     EXPECT_EQ(
         files_.read("new/installation/sys/replay_settings.default").find("GMT_OFFSET +0200") ==
             std::string::npos,
@@ -154,6 +158,8 @@ TEST_F(Init, FieldsBehindThoseOfAKnownLayoutAreFoundByWhatTheyHold) {
     EXPECT_EQ(run.fields()["HOST_HEADER"], 13);
     EXPECT_FALSE(run.fields().contains("LOCATION"));
     EXPECT_TRUE(run.has_finding("unknown-number"));
+    EXPECT_EQ(run.output["findings"][1]["id"], "field-found");
+    EXPECT_EQ(run.output["findings"][1]["value"], "fields 11, 12, 13");
     EXPECT_EQ(run.output["session"]["cookie"], "JSESSIONID");
     EXPECT_EQ(run_tool(), counts_by_awk("logs/access.log", apache_awk));
 }

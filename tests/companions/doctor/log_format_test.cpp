@@ -96,7 +96,7 @@ TEST(LogFormat, SaysWhatTheToolCannotRead) {
         {R"(%h %t "%r")", "no-status"},
         {R"(%t "%r" %>s)", "no-session"},
         {R"(%h %t %r %>s)", "format-not-quoted"},
-        {R"(%h %t "%r" %>s)", "no-cookie-field"},
+        {R"(%h %t "%r" %>s)", "headers-not-logged"},
         {R"(%h %{sec}t "%r" %>s)", "unreadable-time"},
         {R"($remote_addr $time_iso8601 "$request" $status)", "unreadable-time"},
         {R"($remote_addr [$time_local] "$request" $status $cookie_sid)", "cookie-without-name"},
