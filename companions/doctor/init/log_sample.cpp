@@ -23,14 +23,17 @@ uint64_t size_of(const FileDescriptor& file) {
     return fstat(file.get(), &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
 }
 
-// The parts of the file that are read. A small file is one part.
+// The parts of the file that are read. A small file is one part. A log may hold no line feed for
+// gigabytes: not much is read behind a part.
 std::vector<FileRange> sampled_ranges(uint64_t size, size_t max_lines) {
     const uint64_t length = std::max(uint64_t{1}, max_lines * usual_line_length / part_count);
     if (size <= length * part_count) {
         return {{0, size, size}};
     }
-    const uint64_t middle = size / 2 - length / 2;
-    return {{0, length, size}, {middle, middle + length, size}, {size - length, size, size}};
+    const auto part = [size, length](uint64_t begin) {
+        return FileRange{begin, begin + length, std::min(size, begin + length + log_line_size)};
+    };
+    return {part(0), part(size / 2 - length / 2), part(size - length)};
 }
 
 void read_range(const FileDescriptor& file, const FileRange& range, size_t max_lines,
