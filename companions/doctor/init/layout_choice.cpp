@@ -166,17 +166,17 @@ void choose_w3c(std::vector<LogSample>& samples, LayoutChoice& choice) {
 
 LayoutChoice choose_layout(std::vector<LogSample>& samples, const std::string& log_format) {
     LayoutChoice choice;
-    if (samples.empty()) {
-        choice.findings.push_back({"no-logs", Severity::error, "", 0, "",
-                                   "No log is left of what was named.", "Name other logs."});
-    } else if (!log_format.empty()) {
+    if (!samples.empty() && !log_format.empty()) {
         choose_given(samples, log_format, choice);
-    } else if (are_w3c_logs(samples)) {
+    } else if (!samples.empty() && are_w3c_logs(samples)) {
         choose_w3c(samples, choice);
-    } else {
+    } else if (!samples.empty()) {
         choose_known(samples, choice);
     }
-    if (samples.empty()) {
+    if (samples.empty()) { // as no log was, or none that fits the layout
+        choice.findings.push_back({"no-logs", Severity::error, "", 0, "",
+                                   "No log is left of what was named: no scenario is written.",
+                                   "Name other logs."});
         choice.layout.reset();
     }
     return choice;

@@ -213,6 +213,18 @@ TEST_F(Init, IisLogsSayTheirFields) {
               counts_by_awk("logs/u_ex001010.log", R"(!/^#/ { print $4 " " $5 "?" $6 })"));
 }
 
+TEST_F(Init, LogsThatAllAreLeftOutAreAnError) {
+    std::string log = "#Fields: date time cs-method cs-uri-stem cs-uri-query c-ip sc-status\n";
+    for (int i = 0; i < 50; ++i) {
+        log += "nothing that the fields say\n";
+    }
+    files_.write("logs/a.log", log);
+    const InitRun run = init({"logs"});
+    EXPECT_EQ(run.status, 2) << run.output;
+    EXPECT_TRUE(run.has_finding("no-logs"));
+    EXPECT_EQ(run.output["written"].size(), 0U);
+}
+
 TEST_F(Init, FieldsThatChangeWithinALogAreToldAndSurvivedWhereTheyCanBe) {
     const auto lines = [&](int count, bool has_user) {
         return log_of(count, [&](const std::string& client, const std::string& time,
