@@ -16,10 +16,10 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <fmt/core.h>
 #include <limits>
 #include <memory>
+#include <system_error>
 
 namespace {
 
@@ -48,7 +48,7 @@ void read_unique_urls() {
     const OwnDirectory config_dir(path);
     if (!config_dir.is_open()) {
         fail("There are no results of this scenario in %s (%s); run zvr_al_gen_url_list first",
-             path.c_str(), std::strerror(errno));
+             path.c_str(), std::generic_category().message(errno).c_str());
     }
     fill_url_pattern_from_cache(config_dir);
 }
