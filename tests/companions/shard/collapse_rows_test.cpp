@@ -133,8 +133,8 @@ SettledInstance cuts_by_chance(Choices& choices) {
 void check_collapse(uint32_t seed) {
     Choices choices(seed);
     choose_settings(choices);
-    RequestTable table =
-        random_requests(choices, choices.below(500), choices.of(std::array<size_t, 2>{6, 3000}));
+    RequestTable table = random_requests(choices, choices.below(kept_table_size == 1 ? 60 : 500),
+                                         choices.of(std::array<size_t, 2>{6, 3000}));
     const std::vector<PlacedRow> rows = placed_rows(choices, table);
     const LoadingCuts cuts({cuts_by_chance(choices)});
     FramesInFile blocks;
