@@ -11,11 +11,11 @@
 
 // A part of a file of the input file list; the file's lines that begin in `range`.
 struct LogPiece {
-    int thread;            // number of the loading thread that the file is allotted to
-    int file;              // index into seq_file_path
-    FileIdentity identity; // of the file that was measured and cut
-    FileRange range;       // not used for a stream
-    bool is_stream;        // no regular file: all of it in one piece
+    int thread;                 // number of the loading thread that the file is allotted to
+    int file;                   // index into seq_file_path
+    FileIdentity identity = {}; // of the file that was measured and cut
+    FileRange range;            // not used for a stream
+    bool is_stream;             // no regular file: all of it in one piece
     bool begins_file;
     bool ends_file;
     bool ends_thread;
