@@ -50,7 +50,12 @@ void read_unique_urls() {
         fail("There are no results of this scenario in %s (%s); run zvr_al_gen_url_list first",
              path.c_str(), std::generic_category().message(errno).c_str());
     }
-    fill_url_pattern_from_cache(config_dir);
+    try {
+        fill_url_pattern_from_cache(config_dir);
+    } catch (const Failure& failure) {
+        fail("%s%s cannot be read back, as after requests whose method or host holds a '|': %s",
+             path.c_str(), complete_url_list_name, failure.message.c_str());
+    }
 }
 
 // Patterns may be newer: they are what is tried on the list.

@@ -123,4 +123,10 @@ TEST(PatternsCommand, NeedsResultsAndSaysWhenTheyAreOlderThanTheirInputs) {
     const RunResult without = run_doctor(installation, "patterns");
     EXPECT_EQ(without.status, 3);
     EXPECT_NE(without.errors.find("There are no results of this scenario"), std::string::npos);
+    installation.add_settings("AL_FIELD HOST_HEADER 7\n");
+    installation.write_logs({combined_line({.more = "\"a|b\""})});
+    ASSERT_EQ(installation.run().status, 0);
+    const RunResult odd_host = run_doctor(installation, "patterns", {});
+    EXPECT_EQ(odd_host.status, 3);
+    EXPECT_NE(odd_host.errors.find("method or host holds a '|'"), std::string::npos);
 }
