@@ -96,6 +96,7 @@ if(ZVR_BUILD_COMPANIONS)
         "${copyright}\n${copyright_of_libraries}")
     install(FILES ${CMAKE_BINARY_DIR}/packaging/changelog.gz
         ${CMAKE_BINARY_DIR}/packaging/companions/copyright ${CMAKE_SOURCE_DIR}/docs/report.md
+        ${CMAKE_SOURCE_DIR}/docs/cluster.md ${CMAKE_SOURCE_DIR}/docs/cluster_format.md
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${companions_package_name}
         COMPONENT companions)
 endif()
@@ -130,8 +131,8 @@ if(ZVR_BUILD_COMPANIONS)
 "set up, check and explain the scenarios of zvr_al_gen_url_list
 Programs around the one that makes URL lists from access logs: they
 write a scenario for given logs, find mistakes in one, say of every line
-why it does not count and of every pattern what it takes, and report on
-the load that the logs hold.
+why it does not count and of every pattern what it takes, report on the
+load that the logs hold, and make URL lists on a Spark cluster.
 .
 This package was built from commit ${commit}.")
 endif()
