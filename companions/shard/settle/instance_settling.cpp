@@ -86,7 +86,7 @@ void InstanceSettling::give_sessions(const PieceEvents& happened) {
 SettledInstance InstanceSettling::finish() {
     for (const WaitingRequest& request : thread_.waiting()) {
         const RequestPlace place = {request.place.batch, request.place.row};
-        rows_.add(place, {}, waiting_.take(place));
+        rows_.add(place, "", waiting_.take(place));
     }
     settled_.counters = thread_.counters();
     settled_.row_count = arguments_.total_valid_req_t;
