@@ -3,6 +3,7 @@
 import contextlib
 import os
 import resource
+import shutil
 import signal
 import subprocess
 import sys
@@ -72,16 +73,28 @@ def is_first(mark):
 
 
 def kill(words, mark):
-    """Kills a worker, when half of the output of a stage is there; on the driver, before its first byte is read."""
+    """Kills a worker, when half of the output of a stage is there; on the driver, as the first byte comes back to it."""
+    if words[1] == "merge":
+        kill_as_input_comes(words, mark)
     if not is_first(mark):
         return
-    executor = own_executor()
-    if words[1] != "merge":
-        output = subprocess.run(words, stdout=subprocess.PIPE).stdout
-        sys.stdout.buffer.write(output[: len(output) // 2])
-        sys.stdout.buffer.flush()
-        time.sleep(0.2)
-    os.kill(executor, signal.SIGKILL)
+    output = subprocess.run(words, stdout=subprocess.PIPE).stdout
+    sys.stdout.buffer.write(output[: len(output) // 2])
+    sys.stdout.buffer.flush()
+    time.sleep(0.2)
+    os.kill(own_executor(), signal.SIGKILL)
+
+
+def kill_as_input_comes(words, mark):
+    """Stands between the driver and its stage."""
+    process = subprocess.Popen(words, stdin=subprocess.PIPE)
+    first = sys.stdin.buffer.read(1)
+    if first and is_first(mark):
+        os.kill(own_executor(), signal.SIGKILL)
+    process.stdin.write(first)
+    shutil.copyfileobj(sys.stdin.buffer, process.stdin)
+    process.stdin.close()
+    sys.exit(process.wait())
 
 
 def damage(words, mark):

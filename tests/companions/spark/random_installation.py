@@ -73,7 +73,7 @@ class RandomInstallation:
         (self.profile / "replay_url_filter_patterns.dat").write_text(FILTERS)
         self.write_settings(mode)
         logs = self.write_logs(users, long_lines)
-        self.write_scenario(logs)
+        self.write_scenario(list(logs))
 
     def write_settings(self, mode):
         flip = lambda: self.random.randint(0, 1)
@@ -82,9 +82,11 @@ class RandomInstallation:
             "AUTO_REDIRECT %d\nIGNORE_NON_SESSION_URLS %d\nIGNORE_URL_QUERY_PARAM %d\n"
             % (self.dialect, mode, self.random.random() < 0.8, flip(), flip(), flip()))
 
-    def write_scenario(self, logs):
+    def write_scenario(self, logs, budgets=None):
+        """`budgets`: of the lines of each log; by chance."""
         budget = lambda: self.random.choice([0, 0, 0, self.random.randint(1, 1500)])
-        lines = ["REPLAY_LOG_FILE %s x %d HTTP\n" % (log, budget()) for log in logs]
+        budgets = budgets or [budget() for _ in logs]
+        lines = ["REPLAY_LOG_FILE %s x %d HTTP\n" % entry for entry in zip(logs, budgets)]
         self.random.shuffle(lines)
         if self.random.random() < 0.5:
             lines.append("REPLAY_PERIOD START 03/10/2026 09:10:00\nREPLAY_PERIOD END 03/10/2026 10:40:00\n")
