@@ -89,6 +89,8 @@ if(ZVR_BUILD_COMPANIONS)
         install_manual_page(${program}.1 companions)
         install_completion(${program} companions)
     endforeach()
+    install_manual_page(zvr_al_spark.1 companions) # which is no target
+    install_completion(zvr_al_spark companions)
     # Libraries of which something gets into the programs or onto the page have their notices here.
     file(READ ${CMAKE_SOURCE_DIR}/packaging/copyright copyright)
     file(READ ${CMAKE_SOURCE_DIR}/packaging/copyright_of_libraries copyright_of_libraries)
@@ -127,6 +129,7 @@ if(ZVR_BUILD_COMPANIONS)
     list(APPEND CPACK_COMPONENTS_ALL companions)
     set(CPACK_DEBIAN_COMPANIONS_PACKAGE_NAME ${companions_package_name})
     set(CPACK_DEBIAN_COMPANIONS_PACKAGE_DEPENDS "${package_name} (= ${PROJECT_VERSION})")
+    set(CPACK_DEBIAN_COMPANIONS_PACKAGE_RECOMMENDS "python3")
     set(CPACK_COMPONENT_COMPANIONS_DESCRIPTION
 "set up, check and explain the scenarios of zvr_al_gen_url_list
 Programs around the one that makes URL lists from access logs: they
