@@ -49,7 +49,8 @@ class InternedTexts {
 
     // Bytes that are taken, those of the table included.
     size_t held_size() const {
-        return slots_.capacity() * sizeof(Slot) + texts_.capacity() * sizeof(Text*) +
+        constexpr size_t pointer_size = sizeof(void*); // all have one size
+        return slots_.capacity() * sizeof(Slot) + texts_.capacity() * pointer_size +
                arena_.held_size();
     }
 

@@ -82,6 +82,7 @@ std::vector<LogExtent> fix_line_budgets() {
         "\tStart Counting total number of request from log files at %s\n",
         "\tEnd Counting total number of request from log files at %s\n\tTotal time taken : %ld\n");
     std::vector<bool> have_budget;
+    have_budget.reserve(static_cast<size_t>(num_al_files));
     for (int i = 0; i < num_al_files; ++i) {
         have_budget.push_back(seq_file_path[i].num_req != 0);
     }
