@@ -4,11 +4,12 @@
 #include <new>
 #include <utility>
 
+InternedTexts::Slot InternedTexts::free_slot = {0, nullptr};
+
 // The slot that holds the text, or the free one that it belongs into.
 inline InternedTexts::Slot& InternedTexts::find_slot(uint64_t hash, std::string_view text) {
-    const size_t mask = slots_.size() - 1;
-    for (size_t at = hash & mask;; at = (at + 1) & mask) {
-        Slot& slot = slots_[at];
+    for (size_t at = hash & mask_;; at = (at + 1) & mask_) {
+        Slot& slot = first_slot_[at];
         if (slot.text == nullptr || (slot.hash == hash && slot.text->view() == text)) {
             return slot;
         }
@@ -21,15 +22,14 @@ uint32_t InternedTexts::intern(std::string_view text, uint64_t hash) {
 }
 
 uint32_t InternedTexts::find(std::string_view text, uint64_t hash) {
-    if (slots_.empty()) {
-        return unknown;
-    }
     const Text* known = find_slot(hash, text).text;
     return known == nullptr ? unknown : known->id;
 }
 
 void InternedTexts::release() {
     slots_ = Slots();
+    first_slot_ = &free_slot;
+    mask_ = 0;
     texts_ = std::vector<Text*>();
     arena_.release();
 }
@@ -37,6 +37,8 @@ void InternedTexts::release() {
 void InternedTexts::grow() {
     constexpr size_t first_size = 1024;
     const Slots old = std::exchange(slots_, Slots(std::max(first_size, slots_.size() * 2)));
+    first_slot_ = slots_.data();
+    mask_ = slots_.size() - 1;
     for (const Slot& slot : old) {
         if (slot.text != nullptr) {
             find_slot(slot.hash, slot.text->view()) = slot;

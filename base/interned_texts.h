@@ -10,7 +10,7 @@
 
 // Gives distinct texts their ids in the order in which they first come, 0, 1, ... It keeps a copy
 // of each, all of them close together, so that a text that is known already costs few looks at
-// memory.
+// memory. Not to be used any more once it is moved from.
 class InternedTexts {
   public:
     // The id of the text, whose hash_text is given; a new one gets the next id.
@@ -23,18 +23,12 @@ class InternedTexts {
 
     // Prefetch what intern will look at for a text with this hash: the place in the table first,
     // the known text when that has arrived.
-    void prefetch_slot(uint64_t hash) const {
-        if (!slots_.empty()) {
-            __builtin_prefetch(&slots_[hash & (slots_.size() - 1)]);
-        }
-    }
+    void prefetch_slot(uint64_t hash) const { __builtin_prefetch(first_slot_ + (hash & mask_)); }
     void prefetch_text(uint64_t hash) const {
-        if (!slots_.empty()) {
-            const Text* text = slots_[hash & (slots_.size() - 1)].text;
-            if (text != nullptr) {
-                __builtin_prefetch(text);
-                __builtin_prefetch(reinterpret_cast<const char*>(text) + cache_line);
-            }
+        const Text* text = first_slot_[hash & mask_].text;
+        if (text != nullptr) {
+            __builtin_prefetch(text);
+            __builtin_prefetch(reinterpret_cast<const char*>(text) + cache_line);
         }
     }
 
@@ -77,7 +71,11 @@ class InternedTexts {
 
     using Slots = std::vector<Slot, PageAllocator<Slot>>;
 
-    Slots slots_; // a power of two of them, at most half of them used
+    static Slot free_slot; // looked at while there are no slots, never written
+
+    Slots slots_;                   // a power of two of them, at most half of them used
+    Slot* first_slot_ = &free_slot; // of slots_, if there is one
+    size_t mask_ = 0;               // of a hash: the place of its slot
     std::vector<Text*> texts_;
     TextArena arena_;
 };
