@@ -26,7 +26,8 @@ UrlCounts::CountedUrl& UrlCounts::find_url(std::string_view key) {
 }
 
 void UrlCounts::add_query(CountedUrl& url, std::string_view rest) {
-    Query& query = queries_.emplace_back(Query{texts_.copy("query", rest), nullptr});
+    queries_.push_back({texts_.copy("query", rest), nullptr});
+    Query& query = queries_.back();
     if (url.last_query == nullptr) {
         url.first_query = &query;
     } else {

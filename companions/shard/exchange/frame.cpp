@@ -3,18 +3,17 @@
 #include "base/failure.h"
 #include "base/file_descriptor.h"
 
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <endian.h>
+#include <iterator>
 #include <system_error>
 #include <unistd.h>
 #include <xxhash.h>
 
 namespace {
 
-constexpr std::array<const char*, 6> kind_names = {"rows", "events",    "settled",
-                                                   "urls", "collapsed", "end"};
+constexpr const char* kind_names[] = {"rows", "events", "settled", "urls", "collapsed", "end"};
 constexpr std::string_view magic = "ZVRF";
 constexpr size_t head_size = 28;
 
@@ -34,7 +33,7 @@ uint64_t read_number(const char* from, size_t size) {
 }
 
 FrameKind kind_of(const std::string& name) {
-    for (size_t i = 0; i < kind_names.size(); ++i) {
+    for (size_t i = 0; i < std::size(kind_names); ++i) {
         if (name == kind_names[i]) {
             return static_cast<FrameKind>(i);
         }
