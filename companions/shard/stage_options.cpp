@@ -22,8 +22,10 @@ Plan enter_plan(const StageOptions& options) {
     return plan;
 }
 
+// Without logs no stage has anything to be read.
 FrameReader standard_input(const StageOptions& options, const Plan& plan) {
-    return {STDIN_FILENO, plan.id, options.has_bare_input ? StreamEnd::bare : StreamEnd::marked};
+    const bool is_bare = options.has_bare_input || plan.pieces.empty();
+    return {STDIN_FILENO, plan.id, is_bare ? StreamEnd::bare : StreamEnd::marked};
 }
 
 FrameWriter standard_output(const Plan& plan) {

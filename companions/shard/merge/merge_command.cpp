@@ -6,6 +6,7 @@
 #include "companions/shard/plan/plan_file.h"
 #include "companions/shard/stage_options.h"
 #include "tools/driver/result_phases.h"
+#include "tools/parse/secondary_cookie_trace.h"
 #include "tools/results/hosts_list.h"
 #include "tools/results/url_list.h"
 
@@ -25,6 +26,7 @@ void make_results(const StageOptions& options) {
     tell_ready();
     FrameReader frames = standard_input(options, plan);
     const TableSpool tables = read_job(frames, plan);
+    open_akaau_trace(work.config_dir()); // takes that of an earlier run away
     QueryList query_list(work.config_dir());
     merge_tables(tables, query_list);
     const bool is_reusable = dump_complete_url_list(work.config_dir());

@@ -13,10 +13,12 @@
 #include "tools/config/log_files.h"
 #include "tools/config/replay_period.h"
 #include "tools/config/replay_settings.h"
+#include "tools/driver/input_backup.h"
 #include "tools/driver/paths.h"
 #include "tools/driver/result_cache.h"
 #include "tools/load/input_files.h"
 #include "tools/load/line_budgets.h"
+#include "tools/load/thread_count.h"
 #include "tools/parse/log_loader.h"
 #include "tools/parse/replay_zone.h"
 
@@ -35,6 +37,11 @@ std::string random_id() {
     return fmt::format("{:08x}{:08x}{:08x}{:08x}", source(), source(), source(), source());
 }
 
+// A run copies its inputs aside, and fails when one is missing.
+void refuse_missing_inputs() {
+    InputBackup().remove();
+}
+
 void refuse_scenario_at_work() {
     const OwnDirectory config_dir(config_directory());
     if (config_dir.is_open() && is_work_marked(config_dir)) {
@@ -44,7 +51,7 @@ void refuse_scenario_at_work() {
 
 // Each instance waits for its own sessions, as with a thread of its own.
 void refuse_shared_threads() {
-    if (g_num_thread != 0 && g_num_thread < g_num_instance) {
+    if (g_num_thread != 0 && choose_thread_count() < g_num_instance) {
         fail("NUM_THREAD %d lets instances share threads: on a cluster each of the %d instances "
              "has its own",
              g_num_thread, g_num_instance);
@@ -58,13 +65,13 @@ uint64_t most_bytes(const InputFileInfo& file, uint64_t size) {
 }
 
 void measure(const InputFileInfo& file, PlannedLog& log) {
-    const FileDescriptor opened = open_regular_file(file.input_file);
     struct stat status;
+    if (stat(file.input_file, &status) == 0 && !S_ISREG(status.st_mode)) {
+        fail("%s is no regular file, which a cluster cannot read", file.input_file);
+    }
+    const FileDescriptor opened = open_regular_file(file.input_file);
     if (!opened.is_open() || fstat(opened.get(), &status) != 0) {
         fail("Unable to open url file %s", file.input_file);
-    }
-    if (!S_ISREG(status.st_mode)) {
-        fail("%s is no regular file, which a cluster cannot read", file.input_file);
     }
     log.size = most_bytes(file, static_cast<uint64_t>(status.st_size));
     log.samples = hash_log_samples(opened.get(), log.size, file.input_file);
@@ -112,10 +119,11 @@ Plan make_plan(const RunOptions& options, uint64_t piece_count) {
     read_installation(options);
     plan.work_dir = g_wdir;
     refuse_scenario_at_work();
+    refuse_missing_inputs();
     plan.input_hashes = hash_inputs(plan.settings);
     process_input_file_list2();
-    refuse_shared_threads();
     fix_line_budgets();
+    refuse_shared_threads();
     plan_environment(plan);
     plan.start_time_stamp = start_time_stamp;
     plan.end_time_stamp = end_time_stamp;
