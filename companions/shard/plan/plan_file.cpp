@@ -5,6 +5,7 @@
 
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <xxhash.h>
 
 namespace {
 
@@ -124,10 +125,24 @@ void refuse_other_program(const Json& json, const std::string& path) {
     }
 }
 
+// Of all that the plan says, however it is laid out.
+uint64_t hash_of(const Json& json) {
+    const std::string text = json.dump();
+    return XXH3_64bits(text.data(), text.size());
+}
+
+bool is_as_written(Json& json) {
+    const Json hash = json.at("hash");
+    json.erase("hash");
+    return hash == hash_of(json);
+}
+
 } // namespace
 
 void write_plan(const Plan& plan, const std::string& path) {
-    OutputFile(path).write({json_of_plan(plan).dump(indentation), "\n"});
+    Json json = json_of_plan(plan);
+    json["hash"] = hash_of(json);
+    OutputFile(path).write({json.dump(indentation), "\n"});
 }
 
 Plan read_plan(const std::string& path) {
@@ -136,10 +151,12 @@ Plan read_plan(const std::string& path) {
         fail("There is no plan %s", path.c_str());
     }
     try {
-        const Json json = Json::parse(file);
+        Json json = Json::parse(file);
         refuse_other_program(json, path);
-        return plan_of_json(json);
-    } catch (const Json::exception&) {
-        fail("%s is no whole plan of a job", path.c_str());
+        if (is_as_written(json)) {
+            return plan_of_json(json);
+        }
+    } catch (const Json::exception&) { // not as it was written either
     }
+    fail("%s is no whole plan of a job", path.c_str());
 }
