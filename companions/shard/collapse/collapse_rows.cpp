@@ -29,6 +29,8 @@ class Collapse {
     const LoadingCuts& cuts_;
     FrameWriter& to_;
     std::optional<std::string> session_; // that is at work
+    uint64_t last_time_ = 0;
+    std::string first_key_;
     RequestSelection selection_;
     UrlCounts urls_ = UrlCounts(is_query_list_wanted());
     uint64_t row_count_ = 0;
@@ -46,7 +48,10 @@ void Collapse::take(const ExchangedRow& row) {
     if (cuts_.exclude(row.place)) {
         return;
     }
-    ++row_count_;
+    if (row_count_++ == 0) {
+        first_key_ = range_key(row.session, row.time);
+    }
+    last_time_ = row.time;
     require_fitting_texts(row);
     if (!counts(row)) {
         return;
@@ -70,8 +75,11 @@ void Collapse::finish() {
     if (!urls_.is_empty()) {
         write_table();
     }
+    const std::string last_key = session_ ? range_key(*session_, last_time_) : "";
     to_.write(FrameKind::collapsed,
               {{"rows", row_count_},
+               {"first", hex_text(first_key_)},
+               {"last", hex_text(last_key)},
                {"tables", table_count_},
                {"redirected", g_redirected_req},
                {"non_session", g_total_non_session_req},

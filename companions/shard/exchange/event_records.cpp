@@ -81,7 +81,8 @@ void EventFrameWriter::finish() {
 void read_event_frame(const Frame& frame, EventTaker& taker) {
     PackedReader from(frame.payload);
     OwnTextsReader own_texts;
-    for (uint32_t i = frame.label.at("first"); i != frame.label.at("end").get<uint32_t>(); ++i) {
+    const auto end = static_cast<uint32_t>(number_in(frame.label, "end", UINT32_MAX));
+    for (auto i = static_cast<uint32_t>(number_in(frame.label, "first", end)); i != end; ++i) {
         const PieceRecord piece = read_piece(from, i);
         taker.take_piece(piece);
         for (uint64_t left = from.number(); left != 0; --left) {

@@ -32,7 +32,7 @@ uint64_t read_number(const char* from, size_t size) {
     return le64toh(number);
 }
 
-FrameKind kind_of(const std::string& name) {
+FrameKind kind_of(const nlohmann::json& name) {
     for (size_t i = 0; i < std::size(kind_names); ++i) {
         if (name == kind_names[i]) {
             return static_cast<FrameKind>(i);
@@ -45,6 +45,30 @@ FrameKind kind_of(const std::string& name) {
 
 void fail_as_damaged() {
     fail("The frames of the job are damaged");
+}
+
+uint64_t number_in(const nlohmann::json& label, const char* name, uint64_t greatest) {
+    const auto entry = label.find(name);
+    if (entry == label.end() || !entry->is_number_unsigned() || entry->get<uint64_t>() > greatest) {
+        fail_as_damaged();
+    }
+    return entry->get<uint64_t>();
+}
+
+bool flag_in(const nlohmann::json& label, const char* name) {
+    const auto entry = label.find(name);
+    if (entry == label.end() || !entry->is_boolean()) {
+        fail_as_damaged();
+    }
+    return entry->get<bool>();
+}
+
+std::string text_in(const nlohmann::json& label, const char* name) {
+    const auto entry = label.find(name);
+    if (entry == label.end() || !entry->is_string()) {
+        fail_as_damaged();
+    }
+    return entry->get<std::string>();
 }
 
 const char* name_of(FrameKind kind) {
@@ -76,7 +100,7 @@ void FrameWriter::end() {
 std::optional<Frame> FrameReader::next() {
     std::optional<Frame> frame;
     while ((frame = read_frame()) && frame->kind == FrameKind::end) {
-        if (frame->label.value("frames", uint64_t{0}) != std::exchange(count_, 0)) {
+        if (number_in(frame->label, "frames") != std::exchange(count_, 0)) {
             fail("Frames of the job are missing");
         }
         may_end_ = true;
@@ -142,10 +166,10 @@ Frame FrameReader::check(std::string bytes, size_t label_size, uint64_t hash) co
     if (!label.is_object()) {
         fail_as_damaged();
     }
-    if (label.value("plan", "") != plan_id_) {
+    if (label["plan"] != plan_id_) {
         fail("The frames are those of another plan");
     }
-    const FrameKind kind = kind_of(label.value("kind", ""));
+    const FrameKind kind = kind_of(label["kind"]);
     bytes.erase(0, label_size);
     return {kind, std::move(label), std::move(bytes)};
 }

@@ -80,3 +80,9 @@ class FrameReader {
 
 // Fails as a reader does that finds what nobody has written.
 [[noreturn]] void fail_as_damaged();
+
+// What a label tells. Fails (fail_as_damaged) where there is no such number, up to `greatest`, no
+// yes or no, or no text.
+uint64_t number_in(const nlohmann::json& label, const char* name, uint64_t greatest = UINT64_MAX);
+bool flag_in(const nlohmann::json& label, const char* name);
+std::string text_in(const nlohmann::json& label, const char* name);

@@ -8,7 +8,7 @@
 namespace {
 
 void require_row_count(const Frame& block, uint64_t count) {
-    if (block.label.value("rows", uint64_t{0}) != count) {
+    if (number_in(block.label, "rows") != count) {
         fail_as_damaged();
     }
 }
@@ -79,8 +79,9 @@ RowBlockReader::RowBlockReader(Frame block) : block_(std::move(block)), from_(bl
     if (block_.kind != FrameKind::rows) {
         fail_as_damaged();
     }
+    constexpr size_t least_key = max_method_length + 2; // bytes in the payload
     uint64_t left = from_.number();
-    if (left > block_.payload.size()) {
+    if (left > block_.payload.size() / least_key) {
         fail_as_damaged();
     }
     for (keys_.reserve(left); left != 0; --left) {

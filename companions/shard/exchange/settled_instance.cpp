@@ -66,13 +66,14 @@ SettledInstance read_settled(const Frame& frame) {
     if (frame.kind != FrameKind::settled) {
         fail_as_damaged();
     }
-    SettledInstance settled = {.instance = frame.label.at("instance"),
-                               .counters = {},
-                               .row_count = frame.label.at("rows"),
-                               .cuts = read_cuts(frame.payload)};
-    settled.counters.total_req = frame.label.at("total_req");
-    settled.counters.bad_req = frame.label.at("bad_req");
-    settled.counters.time_filtered_req = frame.label.at("time_filtered_req");
+    SettledInstance settled = {
+        .instance = static_cast<int32_t>(number_in(frame.label, "instance", INT32_MAX)),
+        .counters = {},
+        .row_count = number_in(frame.label, "rows"),
+        .cuts = read_cuts(frame.payload)};
+    settled.counters.total_req = number_in(frame.label, "total_req");
+    settled.counters.bad_req = number_in(frame.label, "bad_req");
+    settled.counters.time_filtered_req = number_in(frame.label, "time_filtered_req");
     return settled;
 }
 

@@ -55,11 +55,12 @@ bool UrlTableReader::has_more() {
             return false;
         }
         part_ = next_part_();
-        if (!part_ || part_->kind != FrameKind::urls || part_->label.at("part") != part_count_) {
+        if (!part_ || part_->kind != FrameKind::urls ||
+            number_in(part_->label, "part") != part_count_) {
             fail("Frames of the job are missing");
         }
         ++part_count_;
-        was_last_ = part_->label.at("is_last");
+        was_last_ = flag_in(part_->label, "is_last");
         from_ = PackedReader(part_->payload);
     }
     return true;

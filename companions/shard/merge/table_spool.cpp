@@ -20,7 +20,7 @@ void TableSpool::add(const Frame& frame) {
     if (!write_whole(file_.get(), label) || !write_whole(file_.get(), frame.payload)) {
         fail("Failed to keep the tables of the job. Error = '%s'", error_text().c_str());
     }
-    if (tables_.empty() || frame.label.at("part") == 0) {
+    if (tables_.empty() || number_in(frame.label, "part") == 0) {
         tables_.emplace_back();
     }
     tables_.back().push_back(

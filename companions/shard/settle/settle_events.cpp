@@ -54,7 +54,8 @@ Settling::Settling(const Plan& plan, const std::vector<int32_t>& instances, Fram
 }
 
 void Settling::take(const Frame& frame) {
-    if (frame.kind == FrameKind::events && is_wanted(frame.label.at("instance"))) {
+    if (frame.kind == FrameKind::events &&
+        is_wanted(static_cast<int32_t>(number_in(frame.label, "instance", INT32_MAX)))) {
         read_event_frame(frame, *this);
     }
 }

@@ -9,3 +9,7 @@
 // fit for a terminal, and finds an error where a run would fail over settings, scenario or
 // patterns.
 void check_checked_inputs(Choices& choices);
+
+// Whatever stands in a frame that the stages of a job hand to each other, it is read, in its order,
+// or refused with a message.
+void check_exchanged_payloads(Choices& choices);
