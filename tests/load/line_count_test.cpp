@@ -1,4 +1,5 @@
 #include "tools/load/line_count.h"
+#include "tools/load/read_logs.h"
 
 #include "base/file_descriptor.h"
 #include "tests/unit_helpers.h"
@@ -26,6 +27,20 @@ TEST(LineCount, IsTheNumberOfLineFeeds) {
     }
     EXPECT_EQ(zvr_get_total_lines_in_file(directory.path("missing").c_str()), 0U);
     EXPECT_EQ(zvr_get_total_lines_in_file(directory.path().c_str()), 0U);
+}
+
+// Later runs must not take results for right that go by another log's lines.
+TEST(LineCount, IsNotedLikeWhatIsRead) {
+    const TemporaryDirectory directory;
+    const std::string counted = directory.write("counted", "a\n");
+    const std::string looked_at = directory.write("looked_at", "a\n");
+    zvr_get_total_lines_in_file(counted.c_str());
+    has_lines(looked_at.c_str());
+    for (const std::string& path : {counted, looked_at}) {
+        EXPECT_EQ(std::count_if(read_logs().begin(), read_logs().end(),
+                                [&](const auto& log) { return log.first == path; }),
+                  1);
+    }
 }
 
 TEST(LineCount, GoesNoFurtherThanItIsToldTo) {

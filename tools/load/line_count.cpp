@@ -4,6 +4,7 @@
 #include "base/file_exists.h"
 #include "base/logs.h"
 #include "base/regular_file.h"
+#include "tools/load/read_logs.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -64,6 +65,15 @@ uint64_t count_lines(int descriptor, uint64_t end) {
     return count == 0 ? total : 0;
 }
 
+// What is counted decides what is read, so it is noted like that.
+FileDescriptor open_to_count(const char* file_name) {
+    FileDescriptor file = open_regular_file(file_name);
+    if (file.is_open()) {
+        note_read_log(file_name, file.get());
+    }
+    return file;
+}
+
 constexpr const char* fname = "zvr_get_total_lines_in_file";
 
 // `descriptor`: -1 for a file that cannot be opened.
@@ -84,7 +94,7 @@ uint64_t zvr_get_total_lines_in_file(const char* file_name) {
         DEBUG_LOG(2, fname, "File %s is not present. Returning 0", file_name);
         return 0;
     }
-    const FileDescriptor file = open_regular_file(file_name);
+    const FileDescriptor file = open_to_count(file_name);
     return count_and_log(file_name, file.get(), UINT64_MAX);
 }
 
@@ -95,7 +105,7 @@ uint64_t total_lines_in_open_file(const char* file_name, int descriptor, uint64_
 }
 
 bool has_lines(const char* file_name) {
-    const FileDescriptor file = open_regular_file(file_name);
+    const FileDescriptor file = open_to_count(file_name);
     char block[16384];
     bool is_found = false;
     ssize_t count;

@@ -4,10 +4,11 @@
 
 // Number of line feeds in a regular file, the count that `wc -l` gives: a last line without one
 // does not count, nor does what the file gains meanwhile. 0 when the file does not exist, is of
-// another kind, or cannot be read.
+// another kind, or cannot be read. Notes the state of the file (read_logs.h).
 uint64_t zvr_get_total_lines_in_file(const char* file_name);
 
-// Whether that number is more than 0. Reads no further than it must; writes no debug lines.
+// Whether that number is more than 0. Reads no further than it must; writes no debug lines, and
+// notes the state likewise.
 bool has_lines(const char* file_name);
 
 // As zvr_get_total_lines_in_file for a file that the caller has open and whose name serves the
