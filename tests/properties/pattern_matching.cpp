@@ -1,5 +1,6 @@
 #include "tests/properties/properties.h"
 #include "tools/patterns/pattern_automaton.h"
+#include "tools/patterns/pattern_outline.h"
 #include "tools/patterns/pattern_regex.h"
 
 #include <algorithm>
@@ -64,7 +65,20 @@ constexpr std::string_view repetitions[] = {"?",    "+",          "*",     "{2}"
                                             "{1,}", "{0}",        "{0,1}", "{2,3}", "{,}",
                                             "{1}",  "{\\0,1\\,}", "{3}",   "?"};
 
+// As most real ones are.
+std::string pattern_of_texts_and_stars(Choices& choices) {
+    constexpr std::string_view parts[] = {"a", "b", "c", "/", "ab", ".", "\\.", "[a]", "*", "*"};
+    std::string pattern;
+    for (size_t left = 1 + choices.below(10); left > 0; --left) {
+        pattern += choices.of(parts);
+    }
+    return encode_stars(pattern.c_str());
+}
+
 std::string random_pattern(Choices& choices) {
+    if (choices.one_in(4)) {
+        return pattern_of_texts_and_stars(choices);
+    }
     std::string pattern;
     size_t repetitions_left = most_repetitions;
     for (size_t left = 1 + choices.below(10); left > 0; --left) {
@@ -183,6 +197,7 @@ void expect_same_answers(Choices& choices, const regex_t& regex, const std::stri
     PatternAutomaton automaton(program, 1 << 20);
     PatternAutomaton small(program, 800);
     PatternAutomaton simulation(program, 0);
+    const PatternOutline outline(syntax);
     for (size_t left = 200; left > 0 && choices.any_left(); --left) {
         const std::string url = random_url(choices, pattern);
         const bool expected =
@@ -190,6 +205,10 @@ void expect_same_answers(Choices& choices, const regex_t& regex, const std::stri
         EXPECT_EQ(automaton.covers(url), expected) << pattern << " over " << url;
         EXPECT_EQ(small.covers(url), expected) << pattern << " over " << url;
         EXPECT_EQ(simulation.covers(url), expected) << pattern << " over " << url;
+        const PatternOutline::Verdict verdict = outline.test(url);
+        EXPECT_TRUE(verdict == PatternOutline::Verdict::unknown ||
+                    (verdict == PatternOutline::Verdict::covers) == expected)
+            << pattern << " over " << url;
     }
 }
 

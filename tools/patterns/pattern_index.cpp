@@ -25,7 +25,8 @@ std::vector<PatternIndex::Required> PatternIndex::add_groups() {
             if (table.entries[i].parent_seq == i) {
                 const PatternSyntax syntax =
                     parse_pattern(encode_stars(table.entries[i].url_ptrn_string));
-                groups_.push_back({static_cast<PatternKind>(kind), i, i, syntax.needs_library});
+                groups_.push_back({static_cast<PatternKind>(kind), i, i, syntax.needs_library,
+                                   PatternOutline(syntax)});
                 required_of_group.push_back(find_required_texts(syntax));
             }
             groups_.back().end_entry = i + 1;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/patterns/pattern_outline.h"
 #include "tools/patterns/pattern_tables.h"
 #include "tools/patterns/pattern_texts.h"
 
@@ -19,7 +20,8 @@ class PatternIndex {
         PatternKind kind;
         int first_entry;
         int end_entry;
-        bool needs_library; // only the C library can match the pattern
+        bool needs_library;     // only the C library can match the pattern
+        PatternOutline outline; // says nothing of such a pattern
 
         const UPInfo& entry(int number) const { return pattern_tables[kind].entries[number]; }
     };

@@ -139,8 +139,12 @@ void PatternMatcher::add_candidates(PatternIndex::GramNumber gram) {
 
 bool PatternMatcher::covers(GroupNumber number, std::string_view url) {
     const Group& group = index_.groups()[number];
-    return group.needs_library ? covers_by_library(group.entry(group.first_entry), url)
-                               : automaton_of(number).covers(url);
+    if (group.needs_library) {
+        return covers_by_library(group.entry(group.first_entry), url);
+    }
+    const PatternOutline::Verdict verdict = group.outline.test(url);
+    return verdict == PatternOutline::Verdict::unknown ? automaton_of(number).covers(url)
+                                                       : verdict == PatternOutline::Verdict::covers;
 }
 
 PatternAutomaton& PatternMatcher::automaton_of(GroupNumber number) {
