@@ -6,7 +6,7 @@
 
 #include <utility>
 
-void UrlTableWriter::add_url(const ListedUrl& url) {
+void UrlTableWriter::add_url(const TabledUrl& url) {
     make_room();
     append_packed(payload_, url.key);
     append_packed(payload_, url.count);

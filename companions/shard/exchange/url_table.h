@@ -21,7 +21,7 @@
 
 constexpr size_t url_frame_size = size_t{64} << 10; // bytes of a payload, about
 
-struct ListedUrl {
+struct TabledUrl {
     std::string_view key; // see tools/parse/url_key.h
     uint64_t count;
     std::string_view own_method;
@@ -34,7 +34,7 @@ class UrlTableWriter {
     UrlTableWriter(FrameWriter& frames, uint64_t table) : frames_(frames), table_(table) {}
 
     // Takes the next URL and then its queries, as many as announced.
-    void add_url(const ListedUrl& url);
+    void add_url(const TabledUrl& url);
     void add_query(std::string_view rest);
 
     // Writes out what is left, and that it is the last. To be called after the last URL.
@@ -63,7 +63,7 @@ class UrlTableReader {
     bool next_url();
 
     // The URL; its texts stay until the next call of next_url.
-    const ListedUrl& url() const { return url_; }
+    const TabledUrl& url() const { return url_; }
 
     // The rest of its next query; to be called query_count times at most. Stays until the next call
     // of anything else than url.
@@ -80,6 +80,6 @@ class UrlTableReader {
     bool was_last_ = false;
     std::string key_;
     std::string own_method_;
-    ListedUrl url_ = {};
+    TabledUrl url_ = {};
     uint64_t queries_left_ = 0;
 };

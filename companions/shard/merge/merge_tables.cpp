@@ -68,7 +68,7 @@ void write_queries(UrlTableReader& reader, std::string_view url, QueryList& quer
 // Adds a URL that is next in the first of the tables, with what all tables have for it.
 void add_url(Cursors& cursors, TextArena& texts, QueryList& query_list) {
     Cursor* cursor = take_next(cursors);
-    const ListedUrl& first = cursor->reader().url();
+    const TabledUrl& first = cursor->reader().url();
     const std::string_view key(texts.copy("host_hdr", first.key), first.key.size());
     const std::string own_method(first.own_method);
     UrlInfo& entry =

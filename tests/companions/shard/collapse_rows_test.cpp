@@ -69,7 +69,7 @@ Outcome collapse_table(const RequestTable& table) {
 void read_table(FrameReader& frames, std::map<std::string, OwnUrl>& urls) {
     UrlTableReader reader([&] { return frames.next(); });
     while (reader.next_url()) {
-        const ListedUrl& url = reader.url();
+        const TabledUrl& url = reader.url();
         OwnUrl& own = urls[std::string(url.key)];
         own.own_method = own.count == 0 ? url.own_method : own.own_method;
         own.count += url.count;

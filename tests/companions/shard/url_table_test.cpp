@@ -67,7 +67,7 @@ Table read_table(FrameReader frames, bool reads_all) {
     Table table;
     UrlTableReader reader([&] { return frames.next(); });
     while (reader.next_url()) {
-        const ListedUrl& url = reader.url();
+        const TabledUrl& url = reader.url();
         OwnUrl& read = table.emplace(url.key, OwnUrl{url.count, std::string(url.own_method), {}})
                            .first->second;
         for (uint64_t left = reads_all ? url.query_count : url.query_count / 2; left != 0; --left) {
@@ -128,11 +128,11 @@ TEST(UrlTable, IsRefusedWhenAPartIsMissing) {
 }
 
 TEST(UrlTable, IsRefusedWhenDamaged) {
-    const auto read_all = [](const std::vector<ListedUrl>& urls) {
+    const auto read_all = [](const std::vector<TabledUrl>& urls) {
         FramesInFile file;
         FrameWriter frames = file.writer();
         UrlTableWriter writer(frames, 0);
-        for (const ListedUrl& url : urls) {
+        for (const TabledUrl& url : urls) {
             writer.add_url(url);
         }
         writer.finish();
