@@ -2,12 +2,14 @@
 
 #include "base/failure.h"
 #include "base/file_descriptor.h"
+#include "base/regular_file.h"
 #include "companions/doctor/content_form.h"
 #include "tools/config/log_files.h"
 #include "tools/config/replay_settings.h"
 #include "tools/load/input_files.h"
 #include "tools/load/line_count.h"
 #include "tools/load/log_pieces.h"
+#include "tools/load/measured_log.h"
 #include "tools/load/thread_count.h"
 
 #include <algorithm>
@@ -21,8 +23,6 @@
 #include <utility>
 
 namespace {
-
-using FileIdentity = std::pair<dev_t, ino_t>;
 
 // Adds what is found about one log after the other.
 class LogFiles {
@@ -67,8 +67,7 @@ class LogFiles {
     }
 
     void find_twin(const NamedLog& log, const struct stat& status) {
-        const auto [earlier, is_new] =
-            lines_of_file_.emplace(FileIdentity(status.st_dev, status.st_ino), &log);
+        const auto [earlier, is_new] = lines_of_file_.emplace(identity_of(status), &log);
         if (!is_new) {
             const NamedLog& twin = *earlier->second;
             add(log, Severity::warning, "log-twice",
@@ -150,7 +149,7 @@ class LogFiles {
         constexpr const char* cure =
             "Add one to a copy of the log, echo >>COPY, and name the copy.";
         constexpr off_t longest_line = 1 << 26; // that is looked through
-        if (size <= longest_line && !has_lines(log.path.c_str())) {
+        if (size <= longest_line && !has_lines(open_regular_file(log.path.c_str()).get())) {
             add(log, Severity::error, "log-no-line-feed",
                 "The log has no line feed at all: a run fails.", cure);
         } else {

@@ -1,6 +1,7 @@
 #include "tools/load/line_count.h"
 #include "tools/load/read_logs.h"
 
+#include "base/failure.h"
 #include "base/file_descriptor.h"
 #include "tests/unit_helpers.h"
 
@@ -10,6 +11,20 @@
 #include <unistd.h>
 #include <utility>
 #include <vector>
+
+namespace {
+
+FileIdentity identity_of(const std::string& path) {
+    struct stat status = {};
+    stat(path.c_str(), &status);
+    return identity_of(status);
+}
+
+uint64_t count_lines(const std::string& path) {
+    return zvr_get_total_lines_in_file(path.c_str(), identity_of(path));
+}
+
+} // namespace
 
 TEST(LineCount, IsTheNumberOfLineFeeds) {
     const TemporaryDirectory directory;
@@ -21,12 +36,21 @@ TEST(LineCount, IsTheNumberOfLineFeeds) {
     }
     for (const std::string& text : texts) {
         const std::string path = directory.write("lines", text);
-        EXPECT_EQ(zvr_get_total_lines_in_file(path.c_str()),
+        EXPECT_EQ(count_lines(path),
                   static_cast<uint64_t>(std::count(text.begin(), text.end(), '\n')))
             << text.size() << " bytes, '" << text.substr(0, 40) << "'";
     }
-    EXPECT_EQ(zvr_get_total_lines_in_file(directory.path("missing").c_str()), 0U);
-    EXPECT_EQ(zvr_get_total_lines_in_file(directory.path().c_str()), 0U);
+    EXPECT_EQ(count_lines(directory.path("missing")), 0U);
+    EXPECT_EQ(count_lines(directory.path()), 0U);
+}
+
+TEST(LineCount, OfAnotherFileThanWasMeasuredIsRefused) {
+    const TemporaryDirectory directory;
+    const std::string log = directory.write("log", "a\n");
+    const FileIdentity other = identity_of(directory.write("other", "a\n"));
+    EXPECT_THROW(zvr_get_total_lines_in_file(log.c_str(), other), Failure);
+    EXPECT_THROW(has_lines(log.c_str(), other), Failure);
+    EXPECT_TRUE(has_lines(log.c_str(), identity_of(log)));
 }
 
 // Later runs must not take results for right that go by another log's lines.
@@ -34,8 +58,8 @@ TEST(LineCount, IsNotedLikeWhatIsRead) {
     const TemporaryDirectory directory;
     const std::string counted = directory.write("counted", "a\n");
     const std::string looked_at = directory.write("looked_at", "a\n");
-    zvr_get_total_lines_in_file(counted.c_str());
-    has_lines(looked_at.c_str());
+    count_lines(counted);
+    has_lines(looked_at.c_str(), identity_of(looked_at));
     for (const std::string& path : {counted, looked_at}) {
         EXPECT_EQ(std::count_if(read_logs().begin(), read_logs().end(),
                                 [&](const auto& log) { return log.first == path; }),

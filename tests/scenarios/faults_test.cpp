@@ -11,7 +11,6 @@
 #include <map>
 #include <string>
 #include <sys/mount.h>
-#include <tuple>
 #include <unistd.h>
 #include <utility>
 
@@ -59,7 +58,6 @@ class Faults : public testing::Test {
         for (int i = 0; i < count; ++i) {
             log += combined_line({.url = "/a" + std::to_string(i) + "?q"});
         }
-        fs::remove_all(log_);
         installation_.write_logs({log});
     }
 
@@ -72,21 +70,45 @@ class Faults : public testing::Test {
 };
 
 // What becomes of a log after its lines were counted has the effect that it has when the scenario
-// tells their number.
+// tells their number, but that another file under its name is not what was counted.
 TEST_F(Faults, ALogGivesAtMostTheLinesCountedOrIsNamed) {
+    const auto cannot_read = [](const std::string& error) {
+        return RunResult::error_line("Failed to read file " + log_name + ". Error = '" + error +
+                                     "'");
+    };
     const std::string cannot_open = RunResult::error_line("Unable to open url file " + log_name);
-    const std::tuple<std::function<void()>, long, std::string> rows[] = {
-        // change, lines that can be counted then, outcome
-        {[&] { fs::create_symlink("nowhere", log_); }, 0, cannot_open},
-        {[&] { fs::create_directory(log_); }, 0,
-         RunResult::error_line("Failed to read file " + log_name + ". Error = 'Is a directory'")},
-        {[&] { fs::permissions(installation_.write(log_name, "\n"), fs::perms::none); }, 0,
-         cannot_open},
+    const std::string is_another = cannot_read("Stale file handle");
+    const fs::path earlier_log = installation_.path("logs/earlier");
+    const auto exchange = [&] { fs::rename(log_, earlier_log); };
+    const auto three_requests = summary_line({.total = 3, .url_patterns = 3});
+    const struct {
+        std::function<void()> change;
+        long line_count; // that can be counted then
+        std::string outcome;
+        std::string outcome_with_number = outcome;
+    } rows[] = {
+        {[&] {
+             exchange();
+             fs::create_symlink("nowhere", log_);
+         },
+         0, cannot_open},
+        {[&] {
+             exchange();
+             fs::create_directory(log_);
+         },
+         0, is_another, cannot_read("Is a directory")},
+        {[&] {
+             exchange();
+             write_log(5000);
+         },
+         5000, is_another, three_requests},
+        {[&] { fs::permissions(log_, fs::perms::none); }, 0, cannot_open},
         {[&] { write_log(0); }, 0, summary_line({})},
         {[&] { write_log(2); }, 2, summary_line({.total = 2, .url_patterns = 2})},
-        {[&] { write_log(5000); }, 5000, summary_line({.total = 3, .url_patterns = 3})},
+        {[&] { write_log(5000); }, 5000, three_requests},
     };
-    for (const auto& [change, line_count, outcome] : rows) {
+    for (const auto& [change, line_count, outcome, outcome_with_number] : rows) {
+        fs::remove_all(log_);
         write_log(3);
         HeldStream errors;
         installation_.prepare_process([&] {
@@ -96,7 +118,6 @@ TEST_F(Faults, ALogGivesAtMostTheLinesCountedOrIsNamed) {
         const pid_t counting = installation_.start({"-s", "web", "-c"});
         errors.take(3);      // up to the start of counting
         errors.has_line(-1); // of its end
-        fs::remove_all(log_);
         change();
         errors.stop_reading();
         const RunResult counted = installation_.finish(counting);
@@ -107,7 +128,7 @@ TEST_F(Faults, ALogGivesAtMostTheLinesCountedOrIsNamed) {
 
         installation_.prepare_process(obey_permissions);
         installation_.name_logs({log_name}, "3");
-        EXPECT_EQ(installation_.run().output, outcome);
+        EXPECT_EQ(installation_.run().output, outcome_with_number);
         installation_.name_logs({log_name});
         EXPECT_EQ(installation_.run().output,
                   line_count == 0

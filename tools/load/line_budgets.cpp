@@ -20,8 +20,9 @@ bool is_to_be_counted(const InputFileInfo& file) {
     return file.body_flag == 0 && file.num_req == 0;
 }
 
-uint64_t count_lines(const InputFileInfo& file) {
-    return is_to_be_counted(file) ? zvr_get_total_lines_in_file(file.input_file) : file.num_req;
+uint64_t count_lines(const InputFileInfo& file, const LogExtent& extent) {
+    return is_to_be_counted(file) ? zvr_get_total_lines_in_file(file.input_file, extent.identity)
+                                  : file.num_req;
 }
 
 [[noreturn]] void report_no_lines(const InputFileInfo& file) {
@@ -29,23 +30,25 @@ uint64_t count_lines(const InputFileInfo& file) {
 }
 
 // A mistake in the scenario should not have to wait until all other logs are counted.
-void refuse_files_without_lines() {
+void refuse_files_without_lines(const std::vector<LogExtent>& extents) {
     for (int i = 0; i < num_al_files; ++i) {
-        if (is_to_be_counted(seq_file_path[i]) && !has_lines(seq_file_path[i].input_file)) {
-            report_no_lines(seq_file_path[i]);
+        const InputFileInfo& file = seq_file_path[i];
+        if (is_to_be_counted(file) &&
+            !has_lines(file.input_file, extents[static_cast<size_t>(i)].identity)) {
+            report_no_lines(file);
         }
     }
 }
 
 // File by file, as the debug log tells.
-void count_files() {
+void count_files(const std::vector<LogExtent>& extents) {
     uint64_t total = 0;
     for (int i = 0; i < num_al_files; ++i) {
         InputFileInfo& file = seq_file_path[i];
         if (file.body_flag != 0) {
             continue;
         }
-        file.num_req = count_lines(file);
+        file.num_req = count_lines(file, extents[static_cast<size_t>(i)]);
         if (file.num_req == 0) {
             report_no_lines(file);
         }
@@ -56,18 +59,23 @@ void count_files() {
     DEBUG_LOG(3, fname, "All access logs counted, total number of request = %lu ", total);
 }
 
-// `has_budget`: that the scenario gave. Only then may the file be a stream, which is read once.
-LogExtent measure(const InputFileInfo& file, bool has_budget) {
+// Only with a line budget that the scenario gave may the file be a stream, which is read once.
+LogExtent measure(const InputFileInfo& file) {
     struct stat status = {};
     const bool is_there = stat(file.input_file, &status) == 0;
     note_read_log(file.input_file, is_there ? state_text(status) : "missing");
     const bool is_regular = is_there && S_ISREG(status.st_mode);
     const uint64_t size = is_regular ? static_cast<uint64_t>(status.st_size) : 0;
-    const bool is_measured = file.num_req == 0 && size != 0; // some systems show no size
-    return {{status.st_dev, status.st_ino},
-            is_regular || !has_budget,
-            size,
-            is_measured ? size : uint64_t{INT64_MAX}};
+    return {identity_of(status), is_regular || file.num_req == 0, size, INT64_MAX};
+}
+
+// Files are cut at their sizes unless their lines are limited; some systems show no size.
+void end_at_size(std::vector<LogExtent>& extents) {
+    for (size_t i = 0; i < extents.size(); ++i) {
+        if (seq_file_path[i].num_req == 0 && extents[i].size != 0) {
+            extents[i].end = extents[i].size;
+        }
+    }
 }
 
 } // namespace
@@ -81,21 +89,17 @@ std::vector<LogExtent> fix_line_budgets() {
     const PhaseProgress progress(
         "\tStart Counting total number of request from log files at %s\n",
         "\tEnd Counting total number of request from log files at %s\n\tTotal time taken : %ld\n");
-    std::vector<bool> have_budget;
-    have_budget.reserve(static_cast<size_t>(num_al_files));
+    std::vector<LogExtent> extents;
+    extents.reserve(static_cast<size_t>(num_al_files));
     for (int i = 0; i < num_al_files; ++i) {
-        have_budget.push_back(seq_file_path[i].num_req != 0);
+        extents.push_back(measure(seq_file_path[i]));
     }
     if (lines_are_told()) {
-        count_files();
+        count_files(extents);
     } else {
-        refuse_files_without_lines();
+        refuse_files_without_lines(extents);
     }
-    std::vector<LogExtent> extents;
-    extents.reserve(have_budget.size());
-    for (int i = 0; i < num_al_files; ++i) {
-        extents.push_back(measure(seq_file_path[i], have_budget[static_cast<size_t>(i)]));
-    }
+    end_at_size(extents);
     progress.finish();
     return extents;
 }

@@ -1,16 +1,9 @@
 #pragma once
 
+#include "tools/load/measured_log.h"
+
 #include <cstdint>
-#include <sys/types.h>
 #include <vector>
-
-// Tells a file from others that may come to stand under its name.
-struct FileIdentity {
-    dev_t device = 0;
-    ino_t inode = 0;
-
-    bool operator==(const FileIdentity&) const = default;
-};
 
 // How much of a file of the input file list is to be read.
 struct LogExtent {

@@ -4,7 +4,6 @@
 #include "base/file_exists.h"
 #include "base/logs.h"
 #include "base/regular_file.h"
-#include "tools/load/read_logs.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -65,11 +64,11 @@ uint64_t count_lines(int descriptor, uint64_t end) {
     return count == 0 ? total : 0;
 }
 
-// What is counted decides what is read, so it is noted like that.
-FileDescriptor open_to_count(const char* file_name) {
+// What is counted decides what is read, so it has to be what is read.
+FileDescriptor open_to_count(const char* file_name, const FileIdentity& measured) {
     FileDescriptor file = open_regular_file(file_name);
     if (file.is_open()) {
-        note_read_log(file_name, file.get());
+        take_measured_log(file_name, file, measured);
     }
     return file;
 }
@@ -88,13 +87,13 @@ uint64_t count_and_log(const char* file_name, int descriptor, uint64_t end) {
 
 } // namespace
 
-uint64_t zvr_get_total_lines_in_file(const char* file_name) {
+uint64_t zvr_get_total_lines_in_file(const char* file_name, const FileIdentity& measured) {
     DEBUG_LOG(3, fname, "Method called. File = %s", file_name);
     if (!file_exists(file_name)) {
         DEBUG_LOG(2, fname, "File %s is not present. Returning 0", file_name);
         return 0;
     }
-    const FileDescriptor file = open_to_count(file_name);
+    const FileDescriptor file = open_to_count(file_name, measured);
     return count_and_log(file_name, file.get(), UINT64_MAX);
 }
 
@@ -104,13 +103,15 @@ uint64_t total_lines_in_open_file(const char* file_name, int descriptor, uint64_
     return lseek(descriptor, 0, SEEK_SET) == 0 ? total : 0;
 }
 
-bool has_lines(const char* file_name) {
-    const FileDescriptor file = open_to_count(file_name);
+bool has_lines(const char* file_name, const FileIdentity& measured) {
+    return has_lines(open_to_count(file_name, measured).get());
+}
+
+bool has_lines(int descriptor) {
     char block[16384];
     bool is_found = false;
     ssize_t count;
-    while (!is_found && file.is_open() &&
-           (count = read_block(file.get(), block, sizeof block)) > 0) {
+    while (!is_found && (count = read_block(descriptor, block, sizeof block)) > 0) {
         is_found = std::memchr(block, '\n', static_cast<size_t>(count)) != nullptr;
     }
     return is_found;

@@ -1,15 +1,19 @@
 #pragma once
 
+#include "tools/load/measured_log.h"
+
 #include <cstdint>
 
 // Number of line feeds in a regular file, the count that `wc -l` gives: a last line without one
 // does not count, nor does what the file gains meanwhile. 0 when the file does not exist, is of
-// another kind, or cannot be read. Notes the state of the file (read_logs.h).
-uint64_t zvr_get_total_lines_in_file(const char* file_name);
+// another kind, or cannot be read. Fails when it is another file than the one that was measured.
+uint64_t zvr_get_total_lines_in_file(const char* file_name, const FileIdentity& measured);
 
-// Whether that number is more than 0. Reads no further than it must; writes no debug lines, and
-// notes the state likewise.
-bool has_lines(const char* file_name);
+// Whether that number is more than 0. Reads no further than it must; writes no debug lines.
+bool has_lines(const char* file_name, const FileIdentity& measured);
+
+// The same of a file that stands at its start; false also when nothing is open.
+bool has_lines(int descriptor);
 
 // As zvr_get_total_lines_in_file for a file that the caller has open and whose name serves the
 // debug lines. What stands at offset `end` or behind it does not count. The file must stand at its

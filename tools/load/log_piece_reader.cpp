@@ -3,18 +3,15 @@
 #include "base/failure.h"
 #include "base/regular_file.h"
 #include "tools/config/log_files.h"
+#include "tools/load/measured_log.h"
 #include "tools/load/noted_pieces.h"
-#include "tools/load/read_logs.h"
 #include "tools/load/tallied_lines.h"
 #include "tools/parse/field_splitter.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <deque>
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <system_error>
 #include <utility>
 
 namespace {
@@ -25,24 +22,10 @@ bool are_same(const SessionEvent& a, const SessionEvent& b) {
            std::strcmp(a.jsession_id, b.jsession_id) == 0;
 }
 
-[[noreturn]] void fail_as_changed(const LogPiece& piece) {
-    fail("Failed to read file %s. Error = '%s'", seq_file_path[piece.file].input_file,
-         std::generic_category().message(ESTALE).c_str());
-}
-
 void require_unchanged(const LogPiece& piece, const std::deque<SessionEvent>& first,
                        const std::deque<SessionEvent>& second) {
     if (!std::equal(first.begin(), first.end(), second.begin(), second.end(), are_same)) {
-        fail_as_changed(piece);
-    }
-}
-
-// What was measured of one file does not hold for another one that has taken its place.
-void require_same_file(const LogPiece& piece, const FileDescriptor& file) {
-    struct stat status;
-    if (fstat(file.get(), &status) != 0 ||
-        FileIdentity{status.st_dev, status.st_ino} != piece.identity) {
-        fail_as_changed(piece);
+        fail_as_changed(seq_file_path[piece.file].input_file);
     }
 }
 
@@ -55,8 +38,7 @@ FileDescriptor open_log(const LogPiece& piece) {
     if (!file.is_open()) {
         fail("Unable to open url file %s", name);
     }
-    require_same_file(piece, file);
-    note_read_log(name, file.get());
+    take_measured_log(name, file, piece.identity);
     return file;
 }
 

@@ -3,6 +3,7 @@
 #include "tools/load/input_files.h"
 #include "tools/load/instance_allotment.h"
 #include "tools/load/line_budgets.h"
+#include "tools/load/measured_log.h"
 
 #include <algorithm>
 #include <string>
@@ -15,7 +16,7 @@ constexpr uint64_t usual_piece_size = uint64_t{256} << 20; // bytes
 FileIdentity identity_of(const std::string& path) {
     struct stat status = {};
     stat(path.c_str(), &status); // who opens what is not there fails
-    return {status.st_dev, status.st_ino};
+    return identity_of(status);
 }
 
 uint64_t bytes_of(const LogPiece& piece) {
