@@ -43,10 +43,10 @@ class Failure(Exception):
 # Frames, as far as one has to know them who moves them. A frame is handed on as (label, bytes): its label as a
 # dictionary, and all of it, head and label included.
 
-FRAME_HEAD = "<4sIIQQ"  # magic, format, size of the label, size of the payload, checksum
+FRAME_HEAD = "<4sIIQQ"  # magic, format, size of the label, size of the packed payload, checksum
 FRAME_HEAD_SIZE = struct.calcsize(FRAME_HEAD)
 FRAME_MAGIC = b"ZVRF"
-FRAME_FORMAT = 1
+FRAME_FORMAT = 2
 
 
 def read_frame(stream):
@@ -290,28 +290,6 @@ def check_worker(job, seen):
     return executor, with_host(complaint or "%s check ended with status %d" % (NATIVE, tried.returncode))
 
 
-def events_first(frames, end):
-    """The same frames, those of kind events, the last of which ends at log piece `end`, before all others: who wants
-    them need not read on. Others that come before wait on disk; few do, since requests are put out when many have been
-    read."""
-    with tempfile.TemporaryFile(dir=scratch_folder()) as waiting:
-        is_waiting = True
-        for label, frame in frames:
-            if label["kind"] == "events" or not is_waiting:
-                yield label, frame
-            else:
-                waiting.write(frame)
-            if label["kind"] == "events" and label["end"] == end:
-                waiting.seek(0)
-                yield from iter(lambda: read_frame(waiting), None)
-                is_waiting = False
-
-
-def leading_events(frames):
-    """Of frames that begin with the events, these."""
-    return itertools.takewhile(lambda frame: frame[0]["kind"] == "events", frames)
-
-
 def settle_instances(job, instances, frames):
     """What settle makes of the events of these instances, in the order of their log pieces."""
     arguments = ["--bare", "--instance", *map(str, instances)]
@@ -522,9 +500,9 @@ def run_here(command):
 
 FINE_PIECES = 100_000  # at most, to make even tasks of
 LOG_PIECE_SIZE = 4 * MEGABYTE  # of which pieces are made
-PIECE_SIZE = 256 * MEGABYTE  # bytes of logs that one task loads, at most
-RANGE_SIZE = 128 * MEGABYTE  # bytes of rows that one task collapses, about
-SMALL_RANGE_SIZE = 8 * MEGABYTE  # below that, a task costs more than it does
+PIECE_SIZE = 1024 * MEGABYTE  # bytes of logs that one task loads, at most: some seconds of work
+RANGE_SIZE = 48 * MEGABYTE  # bytes of packed rows that one task collapses, about
+SMALL_RANGE_SIZE = 3 * MEGABYTE  # below that, a task costs more than it does
 TASKS_PER_CORE = 3  # so that all cores end at about the same time
 
 
@@ -598,7 +576,6 @@ class Cluster:
         def load_pieces(partition, groups):
             for group in groups:
                 frames = run_stage(job.value, "load", map(str, group))
-                frames = events_first(frames, pieces[group[-1]]["end"])
                 yield from noted_spans(frames, noted, ("load", partition))
 
         pieces = self.plan.get("pieces", [])
@@ -612,7 +589,7 @@ class Cluster:
         from pyspark import StorageLevel
 
         frames.persist(StorageLevel.DISK_ONLY)
-        frames.foreachPartition(lambda _: None)  # reads none of them
+        frames._jrdd.count()  # by Spark itself: with count() they would all go through Python once more
         return frames
 
     def settle(self, loaded):
@@ -628,7 +605,7 @@ class Cluster:
                 settled = settle_instances(job.value, shares[partition], frames)
                 yield from noted_spans(settled, noted, ("settle", partition))
 
-        events = loaded.mapPartitions(leading_events).map(
+        events = loaded.filter(lambda frame: frame[0]["kind"] == "events").map(
             lambda frame: ((frame[0]["instance"], frame[0]["first"]), frame[1])
         )
         ordered = events.repartitionAndSortWithinPartitions(count, lambda key: place[key[0]])
@@ -770,7 +747,7 @@ def make_plan(native, options, plan):
     run_here([*command, "--pieces", str(min(FINE_PIECES, size // LOG_PIECE_SIZE + 1))])
 
 
-# Executors do little but copy, in code that is the C library's: compiling their own thoroughly takes longer than it saves.
+# Spark does little but copy here, in code that is the C library's: compiling their own thoroughly takes longer than it saves.
 SHORT_LIVED = "-XX:TieredStopAtLevel=1 -XX:+UseParallelGC"
 
 
@@ -786,7 +763,10 @@ def start_spark(options):
         ("spark.log.level", "OFF"),
         ("spark.ui.showConsoleProgress", "false"),
         ("spark.locality.wait", "300ms"),
+        ("spark.driver.extraJavaOptions", SHORT_LIVED),
         ("spark.executor.extraJavaOptions", SHORT_LIVED),
+        ("spark.shuffle.compress", "false"),  # frames are packed
+        ("spark.shuffle.spill.compress", "false"),
     ):
         conf.setIfMissing(name, value)
     # One frame at a time: batches would be made of so many small frames that as many large ones are too much.

@@ -41,7 +41,7 @@ void read_event(PackedReader& from, uint32_t log_piece, EventTaker& taker,
 } // namespace
 
 void EventFrameWriter::add_piece(const PieceRecord& piece, int instance, uint64_t event_count) {
-    if (instance != instance_ || payload_.size() >= event_frame_size) {
+    if (instance != instance_ || piece.log_piece != end_ || payload_.size() >= event_frame_size) {
         finish();
     }
     if (payload_.empty()) {

@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/file_descriptor.h"
+#include "companions/shard/exchange/packed_payload.h"
 
 #include <cerrno>
 #include <cstring>
@@ -19,7 +20,7 @@ constexpr size_t head_size = 28;
 
 // More than any stage writes: a damaged size must not take all memory.
 constexpr uint32_t max_label_size = uint32_t{1} << 20;
-constexpr uint64_t max_payload_size = uint64_t{1} << 26;
+constexpr uint64_t max_packed_size = uint64_t{1} << 26;
 
 void append_number(std::string& to, uint64_t number, size_t size) {
     const uint64_t lowest_first = htole64(number);
@@ -80,11 +81,11 @@ void FrameWriter::write(FrameKind kind, nlohmann::json label, std::string_view p
     label["plan"] = plan_id_;
     std::string bytes = label.dump();
     const size_t label_size = bytes.size();
-    bytes += payload;
+    const size_t packed_size = append_packed_payload(bytes, payload);
     std::string head(magic);
     append_number(head, exchange_format, sizeof(uint32_t));
     append_number(head, label_size, sizeof(uint32_t));
-    append_number(head, payload.size(), sizeof(uint64_t));
+    append_number(head, packed_size, sizeof(uint64_t));
     append_number(head, XXH3_64bits(bytes.data(), bytes.size()), sizeof(uint64_t));
     if (!write_whole(descriptor_, head) || !write_whole(descriptor_, bytes)) {
         fail("Failed to write frames. Error = '%s'",
@@ -131,12 +132,12 @@ std::optional<Frame> FrameReader::read_frame() {
     const uint64_t label_size = take(sizeof(uint32_t));
     const uint64_t payload_size = take(sizeof(uint64_t));
     const uint64_t hash = take(sizeof(uint64_t));
-    if (label_size > max_label_size || payload_size > max_payload_size) {
+    if (label_size > max_label_size || payload_size > max_packed_size) {
         fail_as_damaged();
     }
     std::string bytes(label_size + payload_size, '\0');
     read_exactly(bytes.data(), bytes.size(), false);
-    return check(std::move(bytes), label_size, hash);
+    return check(bytes, label_size, hash);
 }
 
 // Returns false when the stream ends before the first byte, if it may.
@@ -158,7 +159,7 @@ bool FrameReader::read_exactly(char* to, size_t size, bool may_end) const {
     return true;
 }
 
-Frame FrameReader::check(std::string bytes, size_t label_size, uint64_t hash) const {
+Frame FrameReader::check(const std::string& bytes, size_t label_size, uint64_t hash) const {
     if (XXH3_64bits(bytes.data(), bytes.size()) != hash) {
         fail_as_damaged();
     }
@@ -170,6 +171,10 @@ Frame FrameReader::check(std::string bytes, size_t label_size, uint64_t hash) co
         fail("The frames are those of another plan");
     }
     const FrameKind kind = kind_of(label["kind"]);
-    bytes.erase(0, label_size);
-    return {kind, std::move(label), std::move(bytes)};
+    std::optional<std::string> payload =
+        unpacked_payload(std::string_view(bytes).substr(label_size));
+    if (!payload) {
+        fail_as_damaged();
+    }
+    return {kind, std::move(label), std::move(*payload)};
 }

@@ -12,16 +12,16 @@
 //     4 bytes   "ZVRF"
 //     4 bytes   format version, exchange_format
 //     4 bytes   size of the label
-//     8 bytes   size of the payload
-//     8 bytes   XXH3 of label and payload, 64 bits
+//     8 bytes   size of the payload as it is packed
+//     8 bytes   XXH3 of label and packed payload, 64 bits
 //     label     a JSON object in one line, with at least "kind" and "plan", the plan's id
-//     payload
+//     payload, packed by Zstandard, whose own head tells its size
 //
 // Numbers have their lowest byte first. Whoever moves frames need not look into payloads: labels
 // tell what they have to know. A stage ends what it writes with a frame of kind "end" that holds
 // the number of frames before it, so that a stream that was cut off is found out.
 
-constexpr uint32_t exchange_format = 1;
+constexpr uint32_t exchange_format = 2;
 
 enum class FrameKind { rows, events, settled, urls, collapsed, end };
 
@@ -30,7 +30,7 @@ const char* name_of(FrameKind kind);
 struct Frame {
     FrameKind kind;
     nlohmann::json label;
-    std::string payload;
+    std::string payload; // as the reader of its kind wants it, not packed
 };
 
 // Writes frames of one plan to a descriptor, which stays the caller's.
@@ -69,7 +69,7 @@ class FrameReader {
   private:
     bool read_exactly(char* to, size_t size, bool may_end) const;
     std::optional<Frame> read_frame();
-    Frame check(std::string bytes, size_t label_size, uint64_t hash) const;
+    Frame check(const std::string& bytes, size_t label_size, uint64_t hash) const;
 
     int descriptor_;
     std::string plan_id_;

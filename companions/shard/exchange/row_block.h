@@ -18,7 +18,7 @@
 // its text, the count of its rows, and for each row: time (the first of a session whole, then what
 // it is later than the one before), log piece, row in that, number of its URL key, own texts.
 
-constexpr size_t row_block_size = size_t{1} << 20; // bytes of a payload, about
+constexpr size_t row_block_size = size_t{1} << 19; // bytes of a payload, about
 
 // Puts rows into blocks.
 class RowBlockWriter {

@@ -99,43 +99,51 @@ void Run::write() {
     writer.finish();
 }
 
-std::vector<size_t> logs_of(const std::vector<LogPiece>& log_pieces, const Plan& plan,
-                            const std::vector<uint32_t>& pieces) {
+std::vector<size_t> logs_of(const std::vector<LogPiece>& log_pieces,
+                            const std::vector<uint32_t>& numbers) {
     std::set<size_t> logs;
-    for (const uint32_t piece : pieces) {
-        for (uint32_t i = plan.pieces[piece].first; i != plan.pieces[piece].end; ++i) {
-            logs.insert(static_cast<size_t>(log_pieces[i].file));
-        }
+    for (const uint32_t number : numbers) {
+        logs.insert(static_cast<size_t>(log_pieces[number].file));
     }
     return {logs.begin(), logs.end()};
 }
 
-void load_piece_of_work(const std::vector<LogPiece>& log_pieces, const PieceOfWork& piece,
-                        FrameWriter& frames) {
+std::vector<uint32_t> log_pieces_of(const Plan& plan, const std::vector<uint32_t>& pieces) {
+    std::vector<uint32_t> numbers;
+    for (const uint32_t piece : pieces) {
+        if (piece >= plan.pieces.size()) {
+            fail("The plan has no piece %u", piece);
+        }
+        for (uint32_t i = plan.pieces[piece].first; i != plan.pieces[piece].end; ++i) {
+            numbers.push_back(i);
+        }
+    }
+    return numbers;
+}
+
+// Who wants only the events need not read on behind the last of them.
+void load_runs(const std::vector<LogPiece>& log_pieces, const std::vector<uint32_t>& numbers,
+               FrameWriter& frames) {
     EventFrameWriter events(frames);
-    for (uint32_t i = piece.first; i != piece.end;) {
+    for (auto number = numbers.begin(); number != numbers.end();) {
         Run run(frames);
-        for (; i != piece.end && !run.is_full(); ++i) {
-            run.load(log_pieces[i], i, events);
+        for (; number != numbers.end() && !run.is_full(); ++number) {
+            run.load(log_pieces[*number], *number, events);
+        }
+        if (number == numbers.end()) {
+            events.finish();
         }
         run.write();
     }
-    events.finish();
 }
 
 } // namespace
 
 void load_pieces(const Plan& plan, const std::vector<uint32_t>& pieces, FrameWriter& frames) {
-    for (const uint32_t piece : pieces) {
-        if (piece >= plan.pieces.size()) {
-            fail("The plan has no piece %u", piece);
-        }
-    }
+    const std::vector<uint32_t> numbers = log_pieces_of(plan, pieces);
     const std::vector<LogPiece> log_pieces = cut_planned_logs(plan.logs);
-    const std::vector<size_t> logs = logs_of(log_pieces, plan, pieces);
+    const std::vector<size_t> logs = logs_of(log_pieces, numbers);
     check_logs(plan, logs);
-    for (const uint32_t piece : pieces) {
-        load_piece_of_work(log_pieces, plan.pieces[piece], frames);
-    }
+    load_runs(log_pieces, numbers, frames);
     check_logs(plan, logs);
 }

@@ -15,7 +15,7 @@ sys.path.insert(0, str(Path(sys.argv[1]).resolve() / "companions/spark"))
 import zvr_al_spark as application  # noqa: E402
 
 
-def frame(kind, payload=b"", form=1):
+def frame(kind, payload=b"", form=2):
     label = json.dumps({"kind": kind}).encode()
     return struct.pack("<4sIIQQ", b"ZVRF", form, len(label), len(payload), 0) + label + payload
 
@@ -36,7 +36,7 @@ class FramesTest(unittest.TestCase):
 
     def test_other_format_is_refused(self):
         with self.assertRaises(application.Failure):
-            self.read(frame("rows", form=2) + frame("end"))
+            self.read(frame("rows", form=1) + frame("end"))
 
 
 class RangesTest(unittest.TestCase):
