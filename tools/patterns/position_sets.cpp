@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace {
 
@@ -123,25 +124,50 @@ void PositionSteps::find_takes_any_rest() {
 void PositionSteps::build_tables() {
     const size_t max_words = table_bound_ / sizeof(PositionWord);
     has_tables_ = true;
+    all_far_.assign(word_count_ * word_count_, 0);
     for (size_t first = 0; first <= start_bit() && has_tables_; first += block_size) {
         std::vector<Set> following(block_size, Set(word_count_));
         for (size_t i = 0; i < block_size && first + i <= start_bit(); ++i) {
             add_following(first + i, following[i].data());
         }
-        add_block(following.data());
-        has_tables_ = tables_.size() <= max_words;
+        add_near(first / word_bits, following.data());
+        add_far(following.data(), &all_far_[first / word_bits * word_count_]);
+        has_tables_ = near_tables_.size() + far_tables_.size() <= max_words;
     }
     if (!has_tables_) {
         tables_are_possible_ = false;
-        blocks_ = {};
-        tables_ = {};
+        near_tables_ = {};
+        far_ = {};
+        far_tables_ = {};
+        all_far_ = {};
     }
 }
 
-void PositionSteps::add_block(const Set* following) {
-    const auto is_empty = [&](size_t word) {
+// Takes out of `following` what stands near.
+void PositionSteps::add_near(size_t word, Set* following) {
+    PositionWord near[block_size][near_words] = {};
+    for (size_t i = 0; i < block_size; ++i) {
+        near[i][0] = std::exchange(following[i][word], 0);
+        near[i][1] = word == 0 ? 0 : std::exchange(following[i][word - 1], 0);
+    }
+    for (unsigned set = 0; set < sets_per_block; ++set) {
+        for (size_t near_word = 0; near_word < near_words; ++near_word) {
+            PositionWord all = 0;
+            for (size_t i = 0; i < block_size; ++i) {
+                all |= (set >> i & 1) != 0 ? near[i][near_word] : 0;
+            }
+            near_tables_.push_back(all);
+        }
+    }
+}
+
+void PositionSteps::add_far(const Set* following, PositionWord* all_far) {
+    for (size_t i = 0; i < block_size; ++i) {
+        add_words(following[i].data(), word_count_, all_far);
+    }
+    const auto is_empty = [&](size_t i) {
         return std::all_of(following, following + block_size,
-                           [&](const Set& set) { return set[word] == 0; });
+                           [&](const Set& set) { return set[i] == 0; });
     };
     Block block;
     size_t end_word = word_count_;
@@ -156,17 +182,17 @@ void PositionSteps::add_block(const Set* following) {
         end_word += end_word % 2;
     }
     block.word_count = end_word - block.first_word;
-    block.tables = tables_.size();
+    block.tables = far_tables_.size();
     for (unsigned set = 0; set < sets_per_block; ++set) {
         for (size_t word = block.first_word; word < end_word; ++word) {
             PositionWord all = 0;
             for (size_t i = 0; i < block_size; ++i) {
                 all |= (set >> i & 1) != 0 ? following[i][word] : 0;
             }
-            tables_.push_back(all);
+            far_tables_.push_back(all);
         }
     }
-    blocks_.push_back(block);
+    far_.push_back(block);
 }
 
 bool PositionSteps::step(const PositionWord* from, uint32_t byte_class, PositionWord* to) {
@@ -188,16 +214,50 @@ bool PositionSteps::step(const PositionWord* from, uint32_t byte_class, Position
     return any != 0;
 }
 
+// From the pattern's start, the last position, on. In a row of parts that may all be left out each
+// position leads far to the rest of them: what the first ones lead to holds what all others do.
 void PositionSteps::follow_by_tables(const PositionWord* from, PositionWord* to) const {
-    constexpr size_t blocks_per_word = word_bits / block_size;
-    for (size_t i = 0; i < word_count_; ++i) {
-        const Block* block = &blocks_[i * blocks_per_word];
-        for (PositionWord rest = from[i]; rest != 0; rest >>= block_size, ++block) {
-            const PositionWord* table =
-                &tables_[block->tables + rest % sets_per_block * block->word_count];
-            add_words(table, block->word_count, to + block->first_word);
+    for (size_t i = word_count_; i-- > 0;) {
+        if (from[i] != 0) {
+            follow_near(i, from[i], to);
+            if (!holds_far(i, to)) {
+                follow_far(i, from[i], to);
+            }
         }
     }
+}
+
+void PositionSteps::follow_near(size_t word, PositionWord from, PositionWord* to) const {
+    const PositionWord* tables = &near_tables_[word * blocks_per_word * near_table_size];
+    PositionWord here = 0;
+    PositionWord before = 0;
+    for (; from != 0; from >>= block_size, tables += near_table_size) {
+        here |= tables[from % sets_per_block * near_words];
+        before |= tables[from % sets_per_block * near_words + 1];
+    }
+    to[word] |= here;
+    if (word != 0) {
+        to[word - 1] |= before;
+    }
+}
+
+void PositionSteps::follow_far(size_t word, PositionWord from, PositionWord* to) const {
+    const Block* block = &far_[word * blocks_per_word];
+    for (; from != 0; from >>= block_size, ++block) {
+        const PositionWord* table =
+            &far_tables_[block->tables + from % sets_per_block * block->word_count];
+        add_words(table, block->word_count, to + block->first_word);
+    }
+}
+
+// Whether a set holds all that the positions of a word lead far to.
+bool PositionSteps::holds_far(size_t word, const PositionWord* set) const {
+    const PositionWord* far = &all_far_[word * word_count_];
+    PositionWord missing = 0;
+    for (size_t i = 0; i < word_count_; ++i) {
+        missing |= far[i] & ~set[i];
+    }
+    return missing == 0;
 }
 
 void PositionSteps::follow_one_by_one(const PositionWord* from, PositionWord* to) {

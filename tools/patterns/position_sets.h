@@ -10,9 +10,10 @@
 // bit after those of the positions stands for the start, where nothing has been read yet.
 using PositionWord = uint64_t;
 
-// Finds the positions that a byte leads to. Takes words_per_set() words for each byte and four
-// positions, or few where what follows a position stands near it, by tables; or, for programs whose
-// tables would be too large, a look at each instruction. Not for several threads.
+// Finds the positions that a byte leads to: by tables, at the cost of words_per_set() words for
+// each byte and four positions at most, or of few where what follows stands near, or where
+// positions lead far to the same ones; or, for programs whose tables would be too large, by a look
+// at each instruction. Not for several threads.
 class PositionSteps {
   public:
     // The program must stay while this object is used. `table_bound`: greatest size of the tables
@@ -33,16 +34,19 @@ class PositionSteps {
     bool takes_any_rest(const PositionWord* set) const { return meet(set, takes_any_rest_); }
 
   private:
-    // The tables of four positions in a row: for each set of them, what follows, in the words in
-    // which there is anything.
+    // The tables of four positions in a row: for each set of them, what follows far from them, in
+    // the words in which there is anything.
     struct Block {
         size_t first_word = 0;
         size_t word_count = 0;
-        size_t tables = 0; // index into tables_
+        size_t tables = 0; // index into far_tables_
     };
     using Set = std::vector<PositionWord>;
     static constexpr size_t block_size = 4;
     static constexpr size_t sets_per_block = 1 << block_size;
+    static constexpr size_t blocks_per_word = 64 / block_size;
+    static constexpr size_t near_words = 2;
+    static constexpr size_t near_table_size = sets_per_block * near_words;
 
     bool meet(const PositionWord* set, const Set& other) const;
     void set_bit(Set& set, size_t bit) const;
@@ -51,11 +55,15 @@ class PositionSteps {
     void find_takes_any_rest();
     void find_class_sets();
     void build_tables();
-    void add_block(const Set* following);
+    void add_near(size_t word, Set* following);
+    void add_far(const Set* following, PositionWord* all_far);
     void add_following(size_t bit, PositionWord* to);
     void visit_from(size_t bit, PositionWord* to);
     void visit(uint32_t instruction, bool is_at_start, PositionWord* to);
     void follow_by_tables(const PositionWord* from, PositionWord* to) const;
+    void follow_near(size_t word, PositionWord from, PositionWord* to) const;
+    void follow_far(size_t word, PositionWord from, PositionWord* to) const;
+    bool holds_far(size_t word, const PositionWord* set) const;
     void follow_one_by_one(const PositionWord* from, PositionWord* to);
 
     const PatternProgram& program_;
@@ -67,8 +75,11 @@ class PositionSteps {
     size_t followed_ = 0; // positions without tables
     bool tables_are_possible_ = true;
     bool has_tables_ = false; // only after some steps, which most programs do not come to
-    std::vector<Block> blocks_;
-    std::vector<PositionWord> tables_;
+    std::vector<PositionWord> near_tables_; // of four positions each: for each set of them, what
+                                            // follows in their word and in the one before
+    std::vector<Block> far_;                // the same of all other words
+    std::vector<PositionWord> far_tables_;
+    Set all_far_;                   // of each word of positions all that they lead far to
     std::vector<uint64_t> visited_; // of each instruction: in which round it was visited last
     uint64_t round_ = 0;
     std::vector<uint32_t> to_visit_;
