@@ -21,9 +21,10 @@ struct Sample {
     std::vector<std::string> logs; // in the order of their paths
     bool has_date_field = false;   // date and time in two words, else in brackets
     size_t words;                  // of a good line, or more
-    size_t method, url, query, status, cookies, set_cookies, host, location; // words; 0: none
-    std::string session_cookie; // empty: sessions are client addresses
-    std::string secondary_cookie;
+    size_t method, url, status;    // words
+    size_t query = 0, cookies = 0, set_cookies = 0, host = 0, location = 0; // words; 0: none
+    std::string session_cookie = {}; // empty: sessions are client addresses
+    std::string secondary_cookie = {};
     bool drops_without_session = true;
     bool cuts_queries = false;
     long first = 0; // of the period
@@ -50,7 +51,6 @@ const std::map<std::string, Sample> samples = {
       .words = 15,
       .method = 6,
       .url = 6,
-      .query = 0,
       .status = 7,
       .cookies = 12,
       .set_cookies = 13,
@@ -66,14 +66,7 @@ const std::map<std::string, Sample> samples = {
       .words = 9,
       .method = 5,
       .url = 5,
-      .query = 0,
       .status = 6,
-      .cookies = 0,
-      .set_cookies = 0,
-      .host = 0,
-      .location = 0,
-      .session_cookie = "",
-      .secondary_cookie = "",
       .cuts_queries = true,
       .last = utc(2026, 3, 10, 18, 30, 0)}},
     {"intranet",
@@ -82,8 +75,8 @@ const std::map<std::string, Sample> samples = {
       .words = 15,
       .method = 4,
       .url = 5,
-      .query = 6,
       .status = 8,
+      .query = 6,
       .cookies = 12,
       .set_cookies = 13,
       .host = 14,
@@ -97,14 +90,12 @@ const std::map<std::string, Sample> samples = {
       .words = 14,
       .method = 4,
       .url = 6,
-      .query = 0,
       .status = 7,
       .cookies = 11,
       .set_cookies = 12,
       .host = 13,
       .location = 14,
       .session_cookie = "SESSID",
-      .secondary_cookie = "",
       .first = utc(2026, 3, 10, 10, 0, 0),
       .last = utc(2026, 3, 10, 11, 0, 0)}}};
 
