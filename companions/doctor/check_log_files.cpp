@@ -149,7 +149,8 @@ class LogFiles {
         constexpr const char* cure =
             "Add one to a copy of the log, echo >>COPY, and name the copy.";
         constexpr off_t longest_line = 1 << 26; // that is looked through
-        if (size <= longest_line && !has_lines(open_regular_file(log.path.c_str()).get())) {
+        if (size <= longest_line &&
+            !has_lines(open_regular_file(log.path.c_str()).get(), UINT64_MAX)) {
             add(log, Severity::error, "log-no-line-feed",
                 "The log has no line feed at all: a run fails.", cure);
         } else {

@@ -28,6 +28,13 @@ TEST_F(Checker, TheFirstRunPreparesTheCacheOfTheSecond) {
     EXPECT_EQ(installation_.files_of(config_directory), first_results);
 }
 
+// Its content may change while nothing that the system shows of it does.
+TEST_F(Checker, ALogThatShowsNoSizeIsReadAgain) {
+    installation_.name_logs({"/proc/version"});
+    EXPECT_EQ(answer(), 1);
+    EXPECT_EQ(answer(), 1);
+}
+
 TEST_F(Checker, EveryChangeOfAnInputHasItsAnswer) {
     const std::string settings = profile_directory + "/replay_settings.dat";
     const std::string scenario = scenario_directory + "/web.conf";

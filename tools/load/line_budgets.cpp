@@ -33,8 +33,8 @@ uint64_t count_lines(const InputFileInfo& file, const LogExtent& extent) {
 void refuse_files_without_lines(const std::vector<LogExtent>& extents) {
     for (int i = 0; i < num_al_files; ++i) {
         const InputFileInfo& file = seq_file_path[i];
-        if (is_to_be_counted(file) &&
-            !has_lines(file.input_file, extents[static_cast<size_t>(i)].identity)) {
+        const LogExtent& extent = extents[static_cast<size_t>(i)];
+        if (is_to_be_counted(file) && !has_lines(file.input_file, extent.identity, extent.size)) {
             report_no_lines(file);
         }
     }

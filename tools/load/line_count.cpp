@@ -44,11 +44,11 @@ ssize_t read_block(int descriptor, char* block, size_t size) {
 }
 
 // Where a count ends that is to end at `end`: what the file gains meanwhile is not counted, or who
-// writes to it could keep the count going. Some systems show no size.
+// writes to it could keep the count going.
 uint64_t end_of_count(int descriptor, uint64_t end) {
     struct stat status;
     const bool has_size = fstat(descriptor, &status) == 0 && status.st_size > 0;
-    return has_size ? std::min(end, static_cast<uint64_t>(status.st_size)) : end;
+    return std::min(end, has_size ? static_cast<uint64_t>(status.st_size) : most_unshown);
 }
 
 uint64_t count_lines(int descriptor, uint64_t end) {
@@ -103,15 +103,17 @@ uint64_t total_lines_in_open_file(const char* file_name, int descriptor, uint64_
     return lseek(descriptor, 0, SEEK_SET) == 0 ? total : 0;
 }
 
-bool has_lines(const char* file_name, const FileIdentity& measured) {
-    return has_lines(open_to_count(file_name, measured).get());
+bool has_lines(const char* file_name, const FileIdentity& measured, uint64_t size) {
+    const FileDescriptor file = open_to_count(file_name, measured);
+    return has_lines(file.get(), size != 0 ? size : end_of_unshown(file.get()));
 }
 
-bool has_lines(int descriptor) {
+bool has_lines(int descriptor, uint64_t end) {
     char block[16384];
     bool is_found = false;
     ssize_t count;
-    while (!is_found && (count = read_block(descriptor, block, sizeof block)) > 0) {
+    while (!is_found && (count = read_block(descriptor, block, std::min(end, sizeof block))) > 0) {
+        end -= static_cast<uint64_t>(count);
         is_found = std::memchr(block, '\n', static_cast<size_t>(count)) != nullptr;
     }
     return is_found;

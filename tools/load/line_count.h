@@ -9,11 +9,12 @@
 // another kind, or cannot be read. Fails when it is another file than the one that was measured.
 uint64_t zvr_get_total_lines_in_file(const char* file_name, const FileIdentity& measured);
 
-// Whether that number is more than 0. Reads no further than it must; writes no debug lines.
-bool has_lines(const char* file_name, const FileIdentity& measured);
+// Whether a file of this size when it was measured, 0 if it showed none, has a line feed. Reads no
+// further than it must; writes no debug lines.
+bool has_lines(const char* file_name, const FileIdentity& measured, uint64_t size);
 
-// The same of a file that stands at its start; false also when nothing is open.
-bool has_lines(int descriptor);
+// The same of a file that stands at its start, up to `end`; false also when nothing is open.
+bool has_lines(int descriptor, uint64_t end);
 
 // As zvr_get_total_lines_in_file for a file that the caller has open and whose name serves the
 // debug lines. What stands at offset `end` or behind it does not count. The file must stand at its

@@ -5,13 +5,19 @@
 #include "tools/config/log_files.h"
 #include "tools/load/measured_log.h"
 #include "tools/load/noted_pieces.h"
+#include "tools/load/read_logs.h"
 #include "tools/load/tallied_lines.h"
 #include "tools/parse/field_splitter.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <deque>
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -26,6 +32,32 @@ void require_unchanged(const LogPiece& piece, const std::deque<SessionEvent>& fi
                        const std::deque<SessionEvent>& second) {
     if (!std::equal(first.begin(), first.end(), second.begin(), second.end(), are_same)) {
         fail_as_changed(seq_file_path[piece.file].input_file);
+    }
+}
+
+// What shows no size shows no change of it either, so that later runs must not go by its state.
+void note_unshown(const LogPiece& piece, const FileDescriptor& file, const RequestBatch& batch) {
+    struct stat status;
+    if (batch.line_count > 0 && fstat(file.get(), &status) == 0 && status.st_size == 0) {
+        note_read_log(seq_file_path[piece.file].input_file, "shows no size");
+    }
+}
+
+// That of the piece, unless the log showed no size when it was cut.
+FileRange range_to_read(const LogPiece& piece, const FileDescriptor& file) {
+    if (seq_file_path[piece.file].num_req != 0 || piece.range.end != INT64_MAX) {
+        return piece.range;
+    }
+    const uint64_t end = end_of_unshown(file.get());
+    return {piece.range.begin, end, end};
+}
+
+void require_end(const LogPiece& piece, const FileDescriptor& file, const FileRange& range) {
+    char next;
+    if (range.end == most_unshown && piece.range.end == INT64_MAX &&
+        pread(file.get(), &next, 1, static_cast<off_t>(range.end)) == 1) {
+        fail("Failed to read file %s. Error = '%s'", seq_file_path[piece.file].input_file,
+             std::generic_category().message(EFBIG).c_str());
     }
 }
 
@@ -45,9 +77,9 @@ FileDescriptor open_log(const LogPiece& piece) {
 void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescriptor& file,
                 int64_t lines_before, int64_t max_lines, RequestBatch& batch,
                 const AfterLine& after_line) {
-    LineReader lines = piece.is_stream
-                           ? LineReader(file.get(), log_line_size, field_quote)
-                           : LineReader(file.get(), log_line_size, piece.range, field_quote);
+    const FileRange range = range_to_read(piece, file);
+    LineReader lines = piece.is_stream ? LineReader(file.get(), log_line_size, field_quote)
+                                       : LineReader(file.get(), log_line_size, range, field_quote);
     constexpr uint64_t usual_line = 200; // bytes, rather too few than too many
     batch.rows.reserve(std::min(piece.range.end - piece.range.begin, log_piece_size) / usual_line);
     const InputFileInfo& input = seq_file_path[piece.file];
@@ -59,6 +91,10 @@ void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescrip
                           .takes_tally = line_tally != nullptr,
                           .begin = piece.range.begin};
     load_url_info(parsing, lines, part, batch, after_line);
+    if (!piece.is_stream) {
+        require_end(piece, file, range);
+        note_unshown(piece, file, batch);
+    }
 }
 
 void reload_piece(ParsingThread& parsing, const LogPiece& piece, int64_t max_lines,

@@ -15,6 +15,11 @@ void fail_as_changed(const char* log) {
          std::generic_category().message(ESTALE).c_str());
 }
 
+uint64_t end_of_unshown(int descriptor) {
+    struct stat status;
+    return fstat(descriptor, &status) == 0 && status.st_size == 0 ? most_unshown : 0;
+}
+
 void take_measured_log(const char* log, const FileDescriptor& file, const FileIdentity& measured) {
     struct stat status;
     if (fstat(file.get(), &status) != 0 || identity_of(status) != measured) {

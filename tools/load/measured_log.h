@@ -3,6 +3,7 @@
 #include "base/file_descriptor.h"
 
 #include <compare>
+#include <cstdint>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -20,6 +21,14 @@ struct FileIdentity {
 FileIdentity identity_of(const struct stat& status);
 
 [[noreturn]] void fail_as_changed(const char* log);
+
+// Bytes that are read of a log whose size the system does not show, as of what it makes up itself
+// when it is read: some of that has no end.
+constexpr uint64_t most_unshown = uint64_t{64} << 20;
+
+// Offset at which an open log ends that showed no size when it was measured: at most_unshown when
+// it shows none now, else at 0, for it was empty then.
+uint64_t end_of_unshown(int descriptor);
 
 // Ends the run when the open log is another file than the one that was measured; else notes its
 // state (read_logs.h). `log`: its path as the scenario names it.
