@@ -35,29 +35,33 @@ void require_unchanged(const LogPiece& piece, const std::deque<SessionEvent>& fi
     }
 }
 
-// What shows no size shows no change of it either, so that later runs must not go by its state.
-void note_unshown(const LogPiece& piece, const FileDescriptor& file, const RequestBatch& batch) {
-    struct stat status;
-    if (batch.line_count > 0 && fstat(file.get(), &status) == 0 && status.st_size == 0) {
-        note_read_log(seq_file_path[piece.file].input_file, "shows no size");
-    }
+// Whether the log showed no size when it was measured, and the scenario tells no number of lines.
+bool had_no_size(const LogPiece& piece) {
+    return seq_file_path[piece.file].num_req == 0 && piece.range.end == INT64_MAX;
 }
 
-// That of the piece, unless the log showed no size when it was cut.
 FileRange range_to_read(const LogPiece& piece, const FileDescriptor& file) {
-    if (seq_file_path[piece.file].num_req != 0 || piece.range.end != INT64_MAX) {
+    if (!had_no_size(piece)) {
         return piece.range;
     }
     const uint64_t end = end_of_unshown(file.get());
     return {piece.range.begin, end, end};
 }
 
-void require_end(const LogPiece& piece, const FileDescriptor& file, const FileRange& range) {
+void refuse_more_than_unshown(const LogPiece& piece, const FileDescriptor& file) {
     char next;
-    if (range.end == most_unshown && piece.range.end == INT64_MAX &&
-        pread(file.get(), &next, 1, static_cast<off_t>(range.end)) == 1) {
+    if (had_no_size(piece) && end_of_unshown(file.get()) == most_unshown &&
+        pread(file.get(), &next, 1, most_unshown) == 1) {
         fail("Failed to read file %s. Error = '%s'", seq_file_path[piece.file].input_file,
              std::generic_category().message(EFBIG).c_str());
+    }
+}
+
+// What shows no size shows no change of it either, so that later runs must not go by its state.
+void note_unshown(const LogPiece& piece, const FileDescriptor& file, const RequestBatch& batch) {
+    struct stat status;
+    if (batch.line_count > 0 && fstat(file.get(), &status) == 0 && status.st_size == 0) {
+        note_read_log(seq_file_path[piece.file].input_file, "shows no size");
     }
 }
 
@@ -92,7 +96,7 @@ void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescrip
                           .begin = piece.range.begin};
     load_url_info(parsing, lines, part, batch, after_line);
     if (!piece.is_stream) {
-        require_end(piece, file, range);
+        refuse_more_than_unshown(piece, file);
         note_unshown(piece, file, batch);
     }
 }
