@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/mman.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -21,7 +23,9 @@ FileIdentity identity_of(const std::string& path) {
 }
 
 uint64_t count_lines(const std::string& path) {
-    return zvr_get_total_lines_in_file(path.c_str(), identity_of(path));
+    std::error_code error;
+    const uintmax_t size = std::filesystem::file_size(path, error);
+    return zvr_get_total_lines_in_file(path.c_str(), identity_of(path), error ? 0 : size);
 }
 
 } // namespace
@@ -48,7 +52,7 @@ TEST(LineCount, OfAnotherFileThanWasMeasuredIsRefused) {
     const TemporaryDirectory directory;
     const std::string log = directory.write("log", "a\n");
     const FileIdentity other = identity_of(directory.write("other", "a\n"));
-    EXPECT_THROW(zvr_get_total_lines_in_file(log.c_str(), other), Failure);
+    EXPECT_THROW(zvr_get_total_lines_in_file(log.c_str(), other, 2), Failure);
     EXPECT_THROW(has_lines(log.c_str(), other, 2), Failure);
     EXPECT_TRUE(has_lines(log.c_str(), identity_of(log), 2));
 }
@@ -60,8 +64,23 @@ TEST(LineCount, GrowthIsNotLookedThrough) {
     std::filesystem::resize_file(log, uintmax_t{1} << 43); // days to read
     EXPECT_FALSE(has_lines(log.c_str(), identity_of(log), 3));
     EXPECT_FALSE(has_lines(log.c_str(), identity_of(log), 0));
+    EXPECT_EQ(zvr_get_total_lines_in_file(log.c_str(), identity_of(log), 3), 0U);
+    EXPECT_EQ(zvr_get_total_lines_in_file(log.c_str(), identity_of(log), 0), 0U);
     const std::string without_size = "/proc/self/status";
     EXPECT_TRUE(has_lines(without_size.c_str(), identity_of(without_size), 0));
+}
+
+// Whose size is not shown, and which goes on behind what is read of such a log.
+TEST(LineCount, OfWhatIsTooLargeToBeReadIsRefused) {
+    void* const beyond = reinterpret_cast<void*>(most_unshown); // NOLINT: an address as an offset
+    const size_t size = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    ASSERT_EQ(
+        mmap(beyond, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0),
+        beyond);
+    const std::string memory = "/proc/self/mem";
+    EXPECT_THROW(zvr_get_total_lines_in_file(memory.c_str(), identity_of(memory), 0), Failure);
+    munmap(beyond, size);
+    EXPECT_EQ(zvr_get_total_lines_in_file(memory.c_str(), identity_of(memory), 0), 0U);
 }
 
 // Later runs must not take results for right that go by another log's lines.

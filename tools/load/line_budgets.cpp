@@ -21,8 +21,9 @@ bool is_to_be_counted(const InputFileInfo& file) {
 }
 
 uint64_t count_lines(const InputFileInfo& file, const LogExtent& extent) {
-    return is_to_be_counted(file) ? zvr_get_total_lines_in_file(file.input_file, extent.identity)
-                                  : file.num_req;
+    return is_to_be_counted(file)
+               ? zvr_get_total_lines_in_file(file.input_file, extent.identity, extent.size)
+               : file.num_req;
 }
 
 [[noreturn]] void report_no_lines(const InputFileInfo& file) {
@@ -66,16 +67,8 @@ LogExtent measure(const InputFileInfo& file) {
     note_read_log(file.input_file, is_there ? state_text(status) : "missing");
     const bool is_regular = is_there && S_ISREG(status.st_mode);
     const uint64_t size = is_regular ? static_cast<uint64_t>(status.st_size) : 0;
-    return {identity_of(status), is_regular || file.num_req == 0, size, INT64_MAX};
-}
-
-// Files are cut at their sizes unless their lines are limited; some systems show no size.
-void end_at_size(std::vector<LogExtent>& extents) {
-    for (size_t i = 0; i < extents.size(); ++i) {
-        if (seq_file_path[i].num_req == 0 && extents[i].size != 0) {
-            extents[i].end = extents[i].size;
-        }
-    }
+    return {identity_of(status), is_regular || file.num_req == 0, size,
+            size != 0 ? size : INT64_MAX};
 }
 
 } // namespace
@@ -99,7 +92,6 @@ std::vector<LogExtent> fix_line_budgets() {
     } else {
         refuse_files_without_lines(extents);
     }
-    end_at_size(extents);
     progress.finish();
     return extents;
 }

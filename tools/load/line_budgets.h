@@ -10,8 +10,7 @@ struct LogExtent {
     FileIdentity identity; // of what was measured
     bool is_regular;
     uint64_t size; // bytes now; 0 for a file that is not regular or not there
-    uint64_t end; // nothing from here on is read: the size, but INT64_MAX with a line budget, which
-                  // lines that the file gains may fill, and where the system shows no size
+    uint64_t end;  // nothing from here on is read: the size, but INT64_MAX where it is 0
 };
 
 // Whether what becomes of each line is told, in the debug log or to an observer. Logs are then read

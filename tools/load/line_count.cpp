@@ -87,14 +87,18 @@ uint64_t count_and_log(const char* file_name, int descriptor, uint64_t end) {
 
 } // namespace
 
-uint64_t zvr_get_total_lines_in_file(const char* file_name, const FileIdentity& measured) {
+uint64_t zvr_get_total_lines_in_file(const char* file_name, const FileIdentity& measured,
+                                     uint64_t size) {
     DEBUG_LOG(3, fname, "Method called. File = %s", file_name);
     if (!file_exists(file_name)) {
         DEBUG_LOG(2, fname, "File %s is not present. Returning 0", file_name);
         return 0;
     }
     const FileDescriptor file = open_to_count(file_name, measured);
-    return count_and_log(file_name, file.get(), UINT64_MAX);
+    if (size == 0) {
+        refuse_more_than_unshown(file_name, file.get());
+    }
+    return count_and_log(file_name, file.get(), end_of_measured(file.get(), size));
 }
 
 uint64_t total_lines_in_open_file(const char* file_name, int descriptor, uint64_t end) {
@@ -105,7 +109,7 @@ uint64_t total_lines_in_open_file(const char* file_name, int descriptor, uint64_
 
 bool has_lines(const char* file_name, const FileIdentity& measured, uint64_t size) {
     const FileDescriptor file = open_to_count(file_name, measured);
-    return has_lines(file.get(), size != 0 ? size : end_of_unshown(file.get()));
+    return has_lines(file.get(), end_of_measured(file.get(), size));
 }
 
 bool has_lines(int descriptor, uint64_t end) {

@@ -5,9 +5,11 @@
 #include <cstdint>
 
 // Number of line feeds in a regular file, the count that `wc -l` gives: a last line without one
-// does not count, nor does what the file gains meanwhile. 0 when the file does not exist, is of
-// another kind, or cannot be read. Fails when it is another file than the one that was measured.
-uint64_t zvr_get_total_lines_in_file(const char* file_name, const FileIdentity& measured);
+// does not count, nor does what the file gained since it was of `size`, 0 if it showed none. 0 when
+// the file does not exist, is of another kind, or cannot be read. Fails when it is another file
+// than the one that was measured, or has more than is read of one that shows no size.
+uint64_t zvr_get_total_lines_in_file(const char* file_name, const FileIdentity& measured,
+                                     uint64_t size);
 
 // Whether a file of this size when it was measured, 0 if it showed none, has a line feed. Reads no
 // further than it must; writes no debug lines.

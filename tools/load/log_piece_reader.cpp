@@ -35,26 +35,17 @@ void require_unchanged(const LogPiece& piece, const std::deque<SessionEvent>& fi
     }
 }
 
-// Whether the log showed no size when it was measured, and the scenario tells no number of lines.
+// Whether the log showed no size when it was measured.
 bool had_no_size(const LogPiece& piece) {
-    return seq_file_path[piece.file].num_req == 0 && piece.range.end == INT64_MAX;
+    return piece.range.file_size == INT64_MAX;
 }
 
 FileRange range_to_read(const LogPiece& piece, const FileDescriptor& file) {
     if (!had_no_size(piece)) {
         return piece.range;
     }
-    const uint64_t end = end_of_unshown(file.get());
+    const uint64_t end = end_of_measured(file.get(), 0);
     return {piece.range.begin, end, end};
-}
-
-void refuse_more_than_unshown(const LogPiece& piece, const FileDescriptor& file) {
-    char next;
-    if (had_no_size(piece) && end_of_unshown(file.get()) == most_unshown &&
-        pread(file.get(), &next, 1, most_unshown) == 1) {
-        fail("Failed to read file %s. Error = '%s'", seq_file_path[piece.file].input_file,
-             std::generic_category().message(EFBIG).c_str());
-    }
 }
 
 // What shows no size shows no change of it either, so that later runs must not go by its state.
@@ -95,10 +86,13 @@ void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescrip
                           .takes_tally = line_tally != nullptr,
                           .begin = piece.range.begin};
     load_url_info(parsing, lines, part, batch, after_line);
-    if (!piece.is_stream) {
-        refuse_more_than_unshown(piece, file);
-        note_unshown(piece, file, batch);
+    if (piece.is_stream) {
+        return;
     }
+    if (had_no_size(piece) && batch.line_count < max_lines) {
+        refuse_more_than_unshown(input.input_file, file.get());
+    }
+    note_unshown(piece, file, batch);
 }
 
 void reload_piece(ParsingThread& parsing, const LogPiece& piece, int64_t max_lines,

@@ -26,9 +26,14 @@ FileIdentity identity_of(const struct stat& status);
 // when it is read: some of that has no end.
 constexpr uint64_t most_unshown = uint64_t{64} << 20;
 
-// Offset at which an open log ends that showed no size when it was measured: at most_unshown when
-// it shows none now, else at 0, for it was empty then.
-uint64_t end_of_unshown(int descriptor);
+// Offset at which an open log ends that was of this size when it was measured, whatever it has
+// gained since: who writes to it could keep a run going. One that showed no size ends at
+// most_unshown when it shows none now, else at 0, for it was empty then.
+uint64_t end_of_measured(int descriptor, uint64_t size);
+
+// Ends the run when an open log that showed no size when it was measured holds more than is read of
+// it. `log`: its path as the scenario names it.
+void refuse_more_than_unshown(const char* log, int descriptor);
 
 // Ends the run when the open log is another file than the one that was measured; else notes its
 // state (read_logs.h). `log`: its path as the scenario names it.
