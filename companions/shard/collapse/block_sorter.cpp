@@ -55,7 +55,7 @@ void BlockSorter::join_runs(size_t count) {
 
 void BlockSorter::write_run(std::deque<RowStream> streams, unsigned level) {
     Run run = {open_spill_file(), level};
-    FrameWriter frames(run.file.get(), plan_id_);
+    FrameWriter frames(run.file.get(), plan_id_, spill_directory());
     RowBlockWriter writer(frames, nlohmann::json::object());
     merge_rows(streams, [&](const ExchangedRow& row) { writer.add(row); });
     writer.finish();

@@ -88,7 +88,7 @@ void FrameWriter::write(FrameKind kind, nlohmann::json label, std::string_view p
     append_number(head, packed_size, sizeof(uint64_t));
     append_number(head, XXH3_64bits(bytes.data(), bytes.size()), sizeof(uint64_t));
     if (!write_whole(descriptor_, head) || !write_whole(descriptor_, bytes)) {
-        fail("Failed to write frames. Error = '%s'",
+        fail("Failed to write frames to %s. Error = '%s'", place_.c_str(),
              std::generic_category().message(errno).c_str());
     }
     ++count_;

@@ -36,8 +36,9 @@ struct Frame {
 // Writes frames of one plan to a descriptor, which stays the caller's.
 class FrameWriter {
   public:
-    FrameWriter(int descriptor, std::string plan_id)
-        : descriptor_(descriptor), plan_id_(std::move(plan_id)) {}
+    // `place`: what an error line calls that to which the descriptor leads.
+    FrameWriter(int descriptor, std::string plan_id, std::string place = "standard output")
+        : descriptor_(descriptor), plan_id_(std::move(plan_id)), place_(std::move(place)) {}
 
     // `label`: what there is to tell besides kind and plan. Fails when it cannot be written.
     void write(FrameKind kind, nlohmann::json label, std::string_view payload);
@@ -48,6 +49,7 @@ class FrameWriter {
   private:
     int descriptor_;
     std::string plan_id_;
+    std::string place_;
     uint64_t count_ = 0;
 };
 

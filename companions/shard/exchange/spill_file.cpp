@@ -5,14 +5,17 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
-#include <string>
 #include <system_error>
 #include <unistd.h>
 
-FileDescriptor open_spill_file() {
+std::string spill_directory() {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody sets it
     const char* const wanted = std::getenv("TMPDIR");
-    const std::string directory = wanted == nullptr || *wanted == '\0' ? "/tmp" : wanted;
+    return wanted == nullptr || *wanted == '\0' ? "/tmp" : wanted;
+}
+
+FileDescriptor open_spill_file() {
+    const std::string directory = spill_directory();
     std::string name = directory + "/zvr_al_shard.XXXXXX";
     FileDescriptor file(mkostemp(name.data(), O_CLOEXEC));
     if (!file.is_open() || unlink(name.c_str()) != 0) {

@@ -2,7 +2,12 @@
 
 #include "base/file_descriptor.h"
 
-// An empty file without a name, open for reading and writing, for what does not fit in memory: in
-// the directory that the environment names in TMPDIR, or else in /tmp. It is gone once it is
-// closed. Fails when none can be made.
+#include <string>
+
+// The directory for what does not fit in memory: that which the environment names in TMPDIR, or
+// else /tmp.
+std::string spill_directory();
+
+// An empty file without a name in that directory, open for reading and writing. It is gone once it
+// is closed. Fails when none can be made.
 FileDescriptor open_spill_file();

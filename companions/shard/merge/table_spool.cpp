@@ -18,7 +18,8 @@ std::string error_text() {
 void TableSpool::add(const Frame& frame) {
     const std::string label = frame.label.dump();
     if (!write_whole(file_.get(), label) || !write_whole(file_.get(), frame.payload)) {
-        fail("Failed to keep the tables of the job. Error = '%s'", error_text().c_str());
+        fail("Failed to keep the tables of the job in %s. Error = '%s'", spill_directory().c_str(),
+             error_text().c_str());
     }
     if (tables_.empty() || number_in(frame.label, "part") == 0) {
         tables_.emplace_back();
