@@ -17,9 +17,11 @@ import contextlib
 import fcntl
 import itertools
 import json
+import logging
 import os
 import re
 import shutil
+import signal
 import socket
 import struct
 import subprocess
@@ -28,6 +30,7 @@ import tempfile
 import threading
 import time
 import types
+import urllib.parse
 from pathlib import Path
 
 NATIVE = "zvr_al_shard"
@@ -107,6 +110,25 @@ def shipped_files():
     from pyspark import SparkFiles
 
     return SparkFiles.getRootDirectory()
+
+
+def folders_of_shipped(files):
+    """The folders on the driver from which the program is shipped. `files`: as spark-submit notes them, URLs or
+    paths with commas between."""
+    urls = [urllib.parse.urlsplit(file) for file in files.split(",")]
+    paths = [urllib.parse.unquote(url.path) for url in urls if url.scheme in ("", "file")]
+    return [os.path.dirname(path) for path in paths if os.path.basename(path) == NATIVE]
+
+
+def folders_shipped_from():
+    """The same for this job, if spark-submit has started it: before there is a context, only it has a Spark to ask."""
+    if "PYSPARK_GATEWAY_PORT" not in os.environ:
+        return []
+    from pyspark import SparkConf, SparkContext
+
+    SparkContext._ensure_initialized()
+    conf = SparkConf()
+    return folders_of_shipped(conf.get("spark.files", "") + "," + conf.get("spark.yarn.dist.files", ""))
 
 
 def version_of(native):
@@ -235,8 +257,11 @@ ERROR_LINE = re.compile(re.escape(ERROR_MARK) + "(.*?)>zvr_al_spark", re.DOTALL)
 
 
 def with_host(line):
-    host = socket.gethostname()
-    return line if line.startswith(host + ":") else "%s: %s" % (host, line)
+    host = socket.gethostname() + ": "
+    program = NATIVE + ": "
+    if line.startswith(program + host):
+        line = line[len(program) :]
+    return line if line.startswith(host) else host + line
 
 
 @contextlib.contextmanager
@@ -260,9 +285,10 @@ def error_line(fault):
     found = ERROR_LINE.search(text)
     if found:
         return found[1]
-    trace = re.compile(r"\s*(at |File )|\s*$")
-    lines = [line for line in text.split("Driver stacktrace")[0].splitlines() if not trace.match(line)]
-    return "Spark: " + (lines[-1].strip()[-MOST_ERROR_TEXT:] if lines else type(fault).__name__)
+    trace = re.compile(r"\s*(at |File |\.\.\. \d+ more)|\s*$")
+    lines = [line.strip() for line in text.split("Driver stacktrace")[0].splitlines() if not trace.match(line)]
+    line = lines[-1] if lines else type(fault).__name__
+    return "Spark: " + re.sub("^Caused by: ", "", line)[-MOST_ERROR_TEXT:]
 
 
 # Tasks.
@@ -529,7 +555,9 @@ def count_ranges(spans, cores):
 class Cluster:
     """The stages that run on the workers."""
 
-    def __init__(self, context, job, plan, options):
+    PATIENCE = 15  # seconds: an executor starts in less
+
+    def __init__(self, context, job, plan, options, progress):
         from pyspark.accumulators import AccumulatorParam
 
         class JoinedDictionaries(AccumulatorParam):
@@ -545,6 +573,7 @@ class Cluster:
         self.shared_job = context.broadcast(job)
         self.plan = plan
         self.options = options
+        self.progress = progress
         self.noted = context.accumulator({}, JoinedDictionaries())  # spans of frames of rows
         self.table_sizes = context.accumulator({}, JoinedDictionaries())  # of the frames of each range
 
@@ -552,17 +581,25 @@ class Cluster:
         """Refuses workers that lack the program or see other logs."""
         job, rounds = self.shared_job, 20
         seen = {}
+        waiting = threading.Timer(self.PATIENCE, self.say_what_it_waits_for)
+        waiting.daemon = True
+        waiting.start()
         for _ in range(rounds):
             count = 4 * self.context.defaultParallelism
             tasks = self.context.parallelize(range(count), count)
             known = set(seen)
             seen.update(tasks.map(lambda _: check_worker(job.value, known)).collect())
+            waiting.cancel()
             faults = sorted(fault for fault in seen.values() if fault)
             if faults:
                 raise Failure(faults[0])
             if len(seen) >= self.executor_count():
                 break
         return len(seen)
+
+    def say_what_it_waits_for(self):
+        """The cluster may be busy, or never be able to: only who started the job knows."""
+        self.progress.say("waiting for a first executor: are there workers with the cores and the memory asked for?")
 
     def executor_count(self):
         """Of those that are there now; the driver, which is one of them, counts where it works itself."""
@@ -751,8 +788,24 @@ def make_plan(native, options, plan):
 SHORT_LIVED = "-XX:TieredStopAtLevel=1 -XX:+UseParallelGC"
 
 
+@contextlib.contextmanager
+def interrupt_put_off():
+    """An interrupt within takes effect at the end."""
+    interrupts = []
+    before = signal.signal(signal.SIGINT, lambda *interrupt: interrupts.append(interrupt))
+    try:
+        yield
+    finally:
+        signal.signal(signal.SIGINT, before)
+    if interrupts:
+        raise KeyboardInterrupt
+
+
 def start_spark(options):
-    from pyspark import SparkConf, SparkContext
+    try:
+        from pyspark import SparkConf, SparkContext
+    except ImportError as error:
+        raise Failure("%s in %s: install pyspark there, or start with spark-submit" % (error, sys.executable)) from None
 
     conf = SparkConf().setAppName("zvr_al_spark %s" % options.scenario)
     if options.master:
@@ -769,9 +822,15 @@ def start_spark(options):
         ("spark.shuffle.spill.compress", "false"),
     ):
         conf.setIfMissing(name, value)
+    with interrupt_put_off():  # in between, pyspark would leave its Java behind
+        SparkContext._ensure_initialized(conf=conf)
     # One frame at a time: batches would be made of so many small frames that as many large ones are too much.
     context = SparkContext(conf=conf, batchSize=1)
+    if context._jsc.sc().isStopped():  # by itself, which is how it gives up
+        raise Failure("Spark has ended: no master answers at %s, or it refuses the job" % conf.get("spark.master"))
     context.setLogLevel(conf.get("spark.log.level"))
+    # pyspark's own handler asks Java something, which it cannot while a question is under way.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     return context
 
 
@@ -783,7 +842,7 @@ def run_on_cluster(options, native, plan_path, merge, progress):
     try:
         progress.tracker = context.statusTracker()
         job = make_job(options.native, own_folders(), version_of(native), plan)
-        cluster = Cluster(context, job, json.loads(plan), options)
+        cluster = Cluster(context, job, json.loads(plan), options, progress)
         with progress.stage("check") as told:
             told.append("%d executors see the logs" % cluster.check())
         with progress.stage("load") as told:
@@ -804,9 +863,9 @@ def run_on_cluster(options, native, plan_path, merge, progress):
 
 def run(options):
     progress = Progress()
-    native = find_native(options.native, own_folders())
+    native = find_native(options.native, folders_shipped_from() + own_folders())
     if not native:
-        raise Failure("%s is not there: name it with --native" % (options.native or NATIVE))
+        raise Failure("%s is not there: install it, or name it with --native" % (options.native or NATIVE))
     with tempfile.TemporaryDirectory(prefix="zvr_al_spark_") as scratch:
         plan = os.path.join(scratch, "plan.json")
         with progress.stage("plan"):
@@ -820,6 +879,7 @@ def run(options):
 
 def main():
     options = read_options(sys.argv[1:])
+    logging.disable(logging.ERROR)  # traces of the way to Java, for what ends in one line here
     try:
         summary = run(options)
     except Failure as failure:

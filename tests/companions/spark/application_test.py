@@ -5,6 +5,8 @@ import bisect
 import io
 import json
 import random
+import signal
+import socket
 import struct
 import sys
 import unittest
@@ -119,6 +121,30 @@ class ErrorLineTest(unittest.TestCase):
         text = "An error occurred\n: Job aborted\nTraceback:\n  File \"x\"\nOSError: full\n\n\tat a.b\nDriver stacktrace:\n\tat"
         self.assertEqual(application.error_line(RuntimeError(text)), "Spark: OSError: full")
         self.assertEqual(application.error_line(RuntimeError()), "Spark: RuntimeError")
+        text = "An error occurred\n: Job aborted\n\tat a.b\nCaused by: java.io.IOException: full\n\tat c.d\n\t... 30 more\n"
+        self.assertEqual(application.error_line(RuntimeError(text)), "Spark: java.io.IOException: full")
+
+    def test_host_is_named_once(self):
+        host = socket.gethostname()
+        for line in ("a fault", host + ": a fault", "zvr_al_shard: %s: a fault" % host):
+            self.assertEqual(application.with_host(line), host + ": a fault")
+        self.assertEqual(application.with_host("zvr_al_shard: a fault"), host + ": zvr_al_shard: a fault")
+
+
+class ShippedTest(unittest.TestCase):
+    def test_folder_of_the_program_among_shipped_files(self):
+        files = "file:///a%20b/zvr_al_shard,/c/zvr_al_shard,/d/other,hdfs://e/zvr_al_shard,"
+        self.assertEqual(application.folders_of_shipped(files), ["/a b", "/c"])
+
+
+class InterruptTest(unittest.TestCase):
+    def test_interrupt_waits_for_the_end(self):
+        done = []
+        with self.assertRaises(KeyboardInterrupt):
+            with application.interrupt_put_off():
+                signal.raise_signal(signal.SIGINT)
+                done.append(True)
+        self.assertEqual(done, [True])
 
 
 if __name__ == "__main__":

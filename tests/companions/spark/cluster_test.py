@@ -6,6 +6,7 @@ import contextlib
 import itertools
 import os
 import shutil
+import signal
 import sys
 import threading
 import time
@@ -55,6 +56,11 @@ class JobTest(unittest.TestCase):
 
     def faulty(self, stage, fault):
         return faulty_native.make(self.scratch / "faulty", PROGRAMS.native, stage, fault)
+
+    def wait_for(self, path, process):
+        while not path.exists():
+            self.assertIsNone(process.poll(), "the job has ended")
+            time.sleep(0.05)
 
     def assert_fails(self, job, *words):
         """With one line that has these words, and no summary."""
@@ -197,6 +203,42 @@ class FaultTest(JobTest):
         self.assert_fails(self.run_job(installation, native=self.scratch / "none"), "none is not there")
 
 
+class InterruptedTest(JobTest):
+    """Whenever a job is interrupted, it says so in one line, leaves the results that were there and no process."""
+
+    def interrupt(self, process):
+        os.killpg(process.pid, signal.SIGINT)  # as a terminal does
+        job = spark_jobs.Ended(process)  # which waits for all that have its standard error
+        self.assert_fails(job, "interrupted")
+        self.wait_for_the_end_of_all(process.pid)
+
+    def wait_for_the_end_of_all(self, group):
+        """What ends has closed its standard error a moment before it is gone."""
+        end = time.monotonic() + 10
+        with contextlib.suppress(ProcessLookupError):
+            while time.monotonic() < end:
+                os.killpg(group, 0)
+                time.sleep(0.05)
+            self.fail("processes of the job are left")
+
+    def test_while_java_starts(self):
+        installation = self.installation()
+        for delay in (0, 0.3, 0.7, 1.2):
+            process = spark_jobs.start_job(PROGRAMS, installation.root, SCENARIO)
+            self.assertRegex(process.stderr.readline(), "^plan ")
+            time.sleep(delay)
+            self.interrupt(process)
+
+    def test_while_a_stage_works(self):
+        installation = self.installation()
+        before, _ = self.tool_results(installation)
+        native, go_on = self.faulty("load", "wait")
+        process = spark_jobs.start_job(PROGRAMS, installation.root, SCENARIO, native=native)
+        self.wait_for(go_on.with_suffix(".waiting"), process)
+        self.interrupt(process)
+        self.assertTrue(installation.results() == before)
+
+
 class OneAtATimeTest(JobTest):
     """A scenario is worked on by one run or job at a time."""
 
@@ -214,11 +256,6 @@ class OneAtATimeTest(JobTest):
         self.assertIn(self.RUNNING, run.output)
         self.assertEqual(job.status, 0, job.messages)
         self.assert_as_tool(installation, job.output)
-
-    def wait_for(self, path, process):
-        while not path.exists():
-            self.assertIsNone(process.poll(), "the job has ended")
-            time.sleep(0.05)
 
     def test_job_is_refused_while_a_run_works(self):
         installation = self.installation()
