@@ -96,13 +96,17 @@ def make_job(native, places, version, plan):
 def find_native(native, places):
     """Where the program is on this machine: where the user says, shipped with the job, beside the application,
     or on the path."""
-    if native:
-        return native if os.access(native, os.X_OK) else None
-    for place in places:
-        path = os.path.join(place, NATIVE)
+    for path in [native] if native else [os.path.join(place, NATIVE) for place in places]:
         if os.access(path, os.X_OK) and os.path.isfile(path):
             return path
-    return shutil.which(NATIVE)
+    return None if native else shutil.which(NATIVE)
+
+
+def native_missing(native):
+    """The failure of a machine on which the program has not been found."""
+    if native:
+        return Failure("%s is not there, or is no program" % native)
+    return Failure("%s is not there: install it, or ship it with --files" % NATIVE)
 
 
 def shipped_files():
@@ -143,7 +147,7 @@ def native_of_worker(job):
     """The program on this worker, which has to be the driver's."""
     native = find_native(job.native, [shipped_files()] + job.places)
     if not native:
-        raise Failure("%s is not there: install it, or ship it with --files" % (job.native or NATIVE))
+        raise native_missing(job.native)
     version = version_of(native)
     if version != job.version:
         raise Failure('%s is "%s", on the driver it is "%s"' % (native, version, job.version))
@@ -281,6 +285,8 @@ def run_stage(job, name, arguments, frames=None):
 
 def error_line(fault):
     """What went wrong, in one line, out of what Spark says of it."""
+    if isinstance(fault, OSError) and not isinstance(fault, ConnectionError):  # of this machine; a connection is Spark's
+        return "%s: %s" % (fault.filename, fault.strerror) if fault.filename else fault.strerror or str(fault)
     text = str(fault)
     found = ERROR_LINE.search(text)
     if found:
@@ -288,7 +294,7 @@ def error_line(fault):
     trace = re.compile(r"\s*(at |File |\.\.\. \d+ more)|\s*$")
     lines = [line.strip() for line in text.split("Driver stacktrace")[0].splitlines() if not trace.match(line)]
     line = lines[-1] if lines else type(fault).__name__
-    return "Spark: " + re.sub("^Caused by: ", "", line)[-MOST_ERROR_TEXT:]
+    return "Spark: " + re.sub("^(Caused by|): ", "", line)[-MOST_ERROR_TEXT:]
 
 
 # Tasks.
@@ -732,10 +738,9 @@ class OptionParser(argparse.ArgumentParser):
 
 
 def at_least_one(text):
-    number = int(text)
-    if number < 1:
-        raise ValueError
-    return number
+    if not re.fullmatch("0*[1-9][0-9]*", text):
+        raise argparse.ArgumentTypeError("'%s' is no number from 1" % text)
+    return int(text)
 
 
 def read_options(arguments):
@@ -784,21 +789,54 @@ def make_plan(native, options, plan):
     run_here([*command, "--pieces", str(min(FINE_PIECES, size // LOG_PIECE_SIZE + 1))])
 
 
+PATIENCE_WITH_JAVA = 10  # seconds, for what takes it less than one
+
 # Spark does little but copy here, in code that is the C library's: compiling their own thoroughly takes longer than it saves.
 SHORT_LIVED = "-XX:TieredStopAtLevel=1 -XX:+UseParallelGC"
+
+
+INTERRUPTS = (signal.SIGINT, signal.SIGTERM)  # of the terminal, and of whatever else starts jobs
+
+
+def take_interrupts():
+    """Each of them ends the job as Ctrl-C does."""
+    for number in INTERRUPTS:
+        signal.signal(number, signal.default_int_handler)
 
 
 @contextlib.contextmanager
 def interrupt_put_off():
     """An interrupt within takes effect at the end."""
     interrupts = []
-    before = signal.signal(signal.SIGINT, lambda *interrupt: interrupts.append(interrupt))
+    before = {number: signal.signal(number, lambda *interrupt: interrupts.append(interrupt)) for number in INTERRUPTS}
     try:
         yield
     finally:
-        signal.signal(signal.SIGINT, before)
+        for number, handler in before.items():
+            signal.signal(number, handler)
     if interrupts:
         raise KeyboardInterrupt
+
+
+def start_java(conf):
+    from pyspark import SparkContext
+    from pyspark.errors import PySparkRuntimeError
+
+    try:
+        with interrupt_put_off():  # in between, pyspark would leave its Java behind
+            SparkContext._ensure_initialized(conf=conf)
+    except PySparkRuntimeError:
+        raise Failure("Spark does not start: the lines above, of spark-submit or Java, say why") from None
+
+
+def end_java():
+    """Waits for the Java that pyspark may have started, as it takes its files away when it ends."""
+    pyspark = sys.modules.get("pyspark")
+    process = getattr(pyspark.SparkContext._gateway, "proc", None) if pyspark else None
+    if process:
+        process.stdin.close()  # which ends it
+        with contextlib.suppress(subprocess.TimeoutExpired, KeyboardInterrupt):
+            process.wait(PATIENCE_WITH_JAVA)
 
 
 def start_spark(options):
@@ -822,15 +860,11 @@ def start_spark(options):
         ("spark.shuffle.spill.compress", "false"),
     ):
         conf.setIfMissing(name, value)
-    with interrupt_put_off():  # in between, pyspark would leave its Java behind
-        SparkContext._ensure_initialized(conf=conf)
+    start_java(conf)
     # One frame at a time: batches would be made of so many small frames that as many large ones are too much.
     context = SparkContext(conf=conf, batchSize=1)
-    if context._jsc.sc().isStopped():  # by itself, which is how it gives up
-        raise Failure("Spark has ended: no master answers at %s, or it refuses the job" % conf.get("spark.master"))
     context.setLogLevel(conf.get("spark.log.level"))
-    # pyspark's own handler asks Java something, which it cannot while a question is under way.
-    signal.signal(signal.SIGINT, signal.default_int_handler)
+    take_interrupts()  # pyspark's own handler asks Java something, which it cannot while a question is under way
     return context
 
 
@@ -857,16 +891,29 @@ def run_on_cluster(options, native, plan_path, merge, progress):
         with progress.stage("merge"):
             cluster.hand_over(tables, merge)
             return merge.finish()
+    except Exception as fault:
+        raise what_ended(context, fault) from None
     finally:
-        context.stop()
+        with contextlib.suppress(Exception):  # its Java may have been ended, too
+            context.stop()
+
+
+def what_ended(context, fault):
+    """The fault that has ended the job. Where Spark gives up it ends by itself, at a time of its own, and whatever is
+    asked of it then fails for that."""
+    is_known = isinstance(fault, Failure) or ERROR_LINE.search(str(fault))
+    if is_known or not context._jsc.sc().isStopped():
+        return fault
+    return Failure("Spark has ended: no master answers at %s, or it has given the job up" % context.master)
 
 
 def run(options):
     progress = Progress()
     native = find_native(options.native, folders_shipped_from() + own_folders())
     if not native:
-        raise Failure("%s is not there: install it, or name it with --native" % (options.native or NATIVE))
-    with tempfile.TemporaryDirectory(prefix="zvr_al_spark_") as scratch:
+        raise native_missing(options.native)
+    folder = os.environ.get("TMPDIR") or None  # itself: merge, which would miss it only at the end, takes no other
+    with tempfile.TemporaryDirectory(prefix="zvr_al_spark_", dir=folder) as scratch:
         plan = os.path.join(scratch, "plan.json")
         with progress.stage("plan"):
             make_plan(native, options, plan)
@@ -880,6 +927,7 @@ def run(options):
 def main():
     options = read_options(sys.argv[1:])
     logging.disable(logging.ERROR)  # traces of the way to Java, for what ends in one line here
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     try:
         summary = run(options)
     except Failure as failure:
@@ -890,8 +938,11 @@ def main():
         line = error_line(fault)
     else:
         sys.stdout.buffer.write(summary)
+        sys.stdout.flush()
+        end_java()
         return 0
     print("zvr_al_spark: %s" % line, file=sys.stderr)
+    end_java()
     return FAILURE_STATUS
 
 

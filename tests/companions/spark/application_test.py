@@ -9,6 +9,7 @@ import signal
 import socket
 import struct
 import sys
+import types
 import unittest
 from pathlib import Path
 
@@ -123,6 +124,28 @@ class ErrorLineTest(unittest.TestCase):
         self.assertEqual(application.error_line(RuntimeError()), "Spark: RuntimeError")
         text = "An error occurred\n: Job aborted\n\tat a.b\nCaused by: java.io.IOException: full\n\tat c.d\n\t... 30 more\n"
         self.assertEqual(application.error_line(RuntimeError(text)), "Spark: java.io.IOException: full")
+
+        text = "An error occurred\n: org.apache.spark.SparkException: no URL\n\tat a.b\n"
+        self.assertEqual(application.error_line(RuntimeError(text)), "Spark: org.apache.spark.SparkException: no URL")
+
+    def test_only_faults_of_spark_name_it(self):
+        with self.assertRaises(OSError) as missing:
+            open("/nowhere/file")
+        self.assertEqual(application.error_line(missing.exception), "/nowhere/file: No such file or directory")
+        self.assertEqual(application.error_line(ConnectionRefusedError(111, "refused")), "Spark: [Errno 111] refused")
+
+    def test_spark_that_gives_up(self):
+        """Only what fails for that is told so."""
+        known = application.Failure("a log is missing"), RuntimeError("zvr_al_spark<host: a log>zvr_al_spark")
+        other = RuntimeError("SparkContext has been shutdown")
+        for is_stopped in (True, False):
+            spark = types.SimpleNamespace(isStopped=lambda stopped=is_stopped: stopped)
+            context = types.SimpleNamespace(
+                master="spark://head:7077", _jsc=types.SimpleNamespace(sc=lambda spark=spark: spark))
+            for fault in known:
+                self.assertIs(application.what_ended(context, fault), fault)
+            line = str(application.what_ended(context, other))
+            self.assertEqual("Spark has ended: no master answers at spark://head:7077" in line, is_stopped)
 
     def test_host_is_named_once(self):
         host = socket.gethostname()
