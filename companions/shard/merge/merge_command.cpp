@@ -10,8 +10,10 @@
 #include "tools/results/hosts_list.h"
 #include "tools/results/url_list.h"
 
+#include <csignal>
 #include <fmt/core.h>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -20,12 +22,32 @@ void tell_ready() {
     fmt::print(stderr, "ready\n");
 }
 
+// While this lives, no interrupt ends the process: one that a terminal sends to the whole job ends
+// the input of this command, too, and then it fails and takes its copies of the inputs away.
+class IgnoredInterrupts {
+  public:
+    IgnoredInterrupts()
+        : interrupt_(std::signal(SIGINT, SIG_IGN)), termination_(std::signal(SIGTERM, SIG_IGN)) {}
+    ~IgnoredInterrupts() {
+        std::signal(SIGINT, interrupt_);
+        std::signal(SIGTERM, termination_);
+    }
+    IgnoredInterrupts(const IgnoredInterrupts&) = delete;
+    IgnoredInterrupts& operator=(const IgnoredInterrupts&) = delete;
+
+  private:
+    void (*interrupt_)(int);
+    void (*termination_)(int);
+};
+
 void make_results(const StageOptions& options) {
+    std::optional<IgnoredInterrupts> until_all_has_come(std::in_place);
     const Plan plan = read_plan(options.plan_path);
     ScenarioAtWork work(plan);
     tell_ready();
     FrameReader frames = standard_input(options, plan);
     const TableSpool tables = read_job(frames, plan);
+    until_all_has_come.reset();
     open_akaau_trace(work.config_dir()); // takes that of an earlier run away
     QueryList query_list(work.config_dir());
     merge_tables(tables, query_list);

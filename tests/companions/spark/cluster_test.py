@@ -208,18 +208,29 @@ class InterruptedTest(JobTest):
 
     def interrupt(self, process):
         os.killpg(process.pid, signal.SIGINT)  # as a terminal does
+        self.assert_interrupted(process)
+
+    def assert_interrupted(self, process):
         job = spark_jobs.Ended(process)  # which waits for all that have its standard error
         self.assert_fails(job, "interrupted")
-        self.wait_for_the_end_of_all(process.pid)
+        self.wait_until_nothing_is_left_of(process)
 
-    def wait_for_the_end_of_all(self, group):
-        """What ends has closed its standard error a moment before it is gone."""
-        end = time.monotonic() + 10
+    def wait_until_nothing_is_left_of(self, process):
+        """What has ended is there until init has noticed."""
         with contextlib.suppress(ProcessLookupError):
-            while time.monotonic() < end:
-                os.killpg(group, 0)
+            for _ in range(100):
+                os.killpg(process.pid, 0)
                 time.sleep(0.05)
-            self.fail("processes of the job are left")
+            self.fail("a process is left")
+
+    def backups(self, process):
+        """The folders into which this job has copied the inputs. Their names end with the process."""
+        return [folder for folder in Path("/tmp").glob("zvr_al_gen_url_list.backup.*")
+                if self.session(int(folder.suffix[1:])) == process.pid]
+
+    def session(self, pid):
+        with contextlib.suppress(ProcessLookupError):
+            return os.getsid(pid)
 
     def test_while_java_starts(self):
         installation = self.installation()
@@ -229,14 +240,29 @@ class InterruptedTest(JobTest):
             time.sleep(delay)
             self.interrupt(process)
 
-    def test_while_a_stage_works(self):
+    def try_while_a_stage_works(self, interrupt):
         installation = self.installation()
         before, _ = self.tool_results(installation)
         native, go_on = self.faulty("load", "wait")
         process = spark_jobs.start_job(PROGRAMS, installation.root, SCENARIO, native=native)
         self.wait_for(go_on.with_suffix(".waiting"), process)
-        self.interrupt(process)
+        backups = self.backups(process)
+        self.assertEqual(len(backups), 1)
+        interrupt(process)
         self.assertTrue(installation.results() == before)
+        self.assertFalse(backups[0].exists())
+
+    def test_while_a_stage_works(self):
+        self.try_while_a_stage_works(self.interrupt)
+
+    def test_ended_while_a_stage_works(self):
+        """As by kill, which knows the job alone."""
+
+        def end(process):
+            process.terminate()
+            self.assert_interrupted(process)
+
+        self.try_while_a_stage_works(end)
 
 
 class OneAtATimeTest(JobTest):
