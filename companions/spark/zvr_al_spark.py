@@ -907,6 +907,12 @@ def what_ended(context, fault):
     return Failure("Spark has ended: no master answers at %s, or it has given the job up" % context.master)
 
 
+def counts_of_logs(plan):
+    """Logs that are loaded, and instances. These are what the tool takes as -t to give the same."""
+    instances = [log["instance"] for log in plan.get("logs", []) if not log["is_body_file"]]
+    return len(instances), len(set(instances))
+
+
 def run(options):
     progress = Progress()
     native = find_native(options.native, folders_shipped_from() + own_folders())
@@ -915,8 +921,9 @@ def run(options):
     folder = os.environ.get("TMPDIR") or None  # itself: merge, which would miss it only at the end, takes no other
     with tempfile.TemporaryDirectory(prefix="zvr_al_spark_", dir=folder) as scratch:
         plan = os.path.join(scratch, "plan.json")
-        with progress.stage("plan"):
+        with progress.stage("plan") as told:
             make_plan(native, options, plan)
+            told.append("%d logs in %d instances" % counts_of_logs(json.loads(Path(plan).read_bytes())))
             merge = Merge(native, plan)
         try:
             return run_on_cluster(options, native, plan, merge, progress)
