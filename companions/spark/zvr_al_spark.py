@@ -260,6 +260,10 @@ ERROR_MARK = "zvr_al_spark<"
 ERROR_LINE = re.compile(re.escape(ERROR_MARK) + "(.*?)>zvr_al_spark", re.DOTALL)
 
 
+# How Spark names the worker of a task that has failed.
+LOST_TASK = re.compile(r"Lost task \S+ in stage \S+ \(TID \d+\) \((\S+) executor ")
+
+
 def with_host(line):
     host = socket.gethostname() + ": "
     program = NATIVE + ": "
@@ -294,7 +298,9 @@ def error_line(fault):
     trace = re.compile(r"\s*(at |File |\.\.\. \d+ more)|\s*$")
     lines = [line.strip() for line in text.split("Driver stacktrace")[0].splitlines() if not trace.match(line)]
     line = lines[-1] if lines else type(fault).__name__
-    return "Spark: " + re.sub("^(Caused by|): ", "", line)[-MOST_ERROR_TEXT:]
+    line = re.sub("^(Caused by|): ", "", line)[-MOST_ERROR_TEXT:]
+    lost = LOST_TASK.search(text)
+    return "Spark: " + ("%s: " % lost[1] if lost and lost[1] not in line else "") + line
 
 
 # Tasks.

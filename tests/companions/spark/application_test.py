@@ -128,6 +128,14 @@ class ErrorLineTest(unittest.TestCase):
         text = "An error occurred\n: org.apache.spark.SparkException: no URL\n\tat a.b\n"
         self.assertEqual(application.error_line(RuntimeError(text)), "Spark: org.apache.spark.SparkException: no URL")
 
+    def test_worker_of_a_task_that_spark_has_lost(self):
+        lost = "Job aborted: Lost task 3.3 in stage 7.0 (TID 52) (10.0.0.7 executor 0): java.io.IOException: full"
+        self.assertEqual(application.error_line(RuntimeError(lost)), "Spark: " + lost)
+        text = lost + "\n\tat a.b\nDriver stacktrace:\n\tat c.d\nCaused by: x"
+        self.assertEqual(application.error_line(RuntimeError(text)), "Spark: " + lost)
+        text = lost + "\n\tat a.b\nCaused by: java.io.IOException: full\n\tat c.d\n"
+        self.assertEqual(application.error_line(RuntimeError(text)), "Spark: 10.0.0.7: java.io.IOException: full")
+
     def test_only_faults_of_spark_name_it(self):
         with self.assertRaises(OSError) as missing:
             open("/nowhere/file")
