@@ -4,6 +4,7 @@
 #include "companions/doctor/patterns_command.h"
 #include "companions/doctor/rejected/rejected_command.h"
 
+// NOLINTNEXTLINE(bugprone-exception-escape): without memory for its options a program cannot go on
 int main(int argc, char* argv[]) {
     occupy_standard_streams();
     int exit_status = 0;

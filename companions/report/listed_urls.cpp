@@ -19,7 +19,7 @@ UrlKind kind_of(const UrlInfo& entry) {
     constexpr UrlKind kinds[] = {UrlKind::main, UrlKind::main_without_transaction,
                                  UrlKind::inline_object};
     const bool is_decided = deciding_pattern(entry) != nullptr;
-    return is_decided ? kinds[static_cast<size_t>(entry.request_type)] : UrlKind::main;
+    return is_decided ? kinds[static_cast<unsigned char>(entry.request_type)] : UrlKind::main;
 }
 
 std::string_view query_of(const RequestTable& table, uint32_t row, size_t counted_size) {

@@ -6,6 +6,7 @@
 
 #include <csignal>
 
+// NOLINTNEXTLINE(bugprone-exception-escape): without memory for its options a program cannot go on
 int main(int argc, char* argv[]) {
     occupy_standard_streams();
     std::signal(SIGXFSZ, SIG_IGN); // a file that gets too large is a failed write

@@ -7,8 +7,7 @@
 #include "companions/shard/settle/settle_command.h"
 #include "tools/driver/process_signals.h"
 
-#include <csignal>
-
+// NOLINTNEXTLINE(bugprone-exception-escape): without memory for its options a program cannot go on
 int main(int argc, char* argv[]) {
     occupy_standard_streams();
     take_over_signals();

@@ -15,6 +15,7 @@ struct FileIdentity {
     dev_t device = 0;
     ino_t inode = 0;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): no pointer is compared
     auto operator<=>(const FileIdentity&) const = default;
 };
 

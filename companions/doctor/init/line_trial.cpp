@@ -47,6 +47,7 @@ std::vector<std::string> split_into_fields(const std::string& line) {
     LineText fields[max_al_fields];
     const int count = get_al_fields(marked.text(), marked.marks(), fields, max_al_fields);
     std::vector<std::string> texts;
+    texts.reserve(max_al_fields);
     for (int i = 0; i < count; ++i) {
         texts.emplace_back(fields[i].text, fields[i].size);
     }

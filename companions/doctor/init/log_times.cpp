@@ -61,6 +61,7 @@ bool is_zone(std::string_view text) {
 std::map<int, std::vector<size_t>> instances_of(const std::vector<LogSample>& samples) {
     std::map<std::string_view, size_t> places;
     std::vector<std::string> paths;
+    paths.reserve(samples.size());
     for (const LogSample& sample : samples) {
         paths.push_back(sample.path);
     }
@@ -84,6 +85,7 @@ std::map<int, std::vector<size_t>> instances_of(const std::vector<LogSample>& sa
 std::vector<LogTimes> times_of(const LogLayout& layout, const std::vector<LogSample>& samples) {
     LineTrial trial(layout);
     std::vector<LogTimes> times;
+    times.reserve(samples.size());
     for (const LogSample& sample : samples) {
         times.push_back(times_of_log(trial, layout, sample));
     }

@@ -15,6 +15,7 @@ struct RequestPlace {
     uint32_t log_piece;
     uint32_t row;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): no pointer is compared
     auto operator<=>(const RequestPlace&) const = default;
 };
 

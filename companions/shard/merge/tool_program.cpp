@@ -19,7 +19,7 @@ bool is_program(const fs::path& path) {
 
 fs::path find_tool() {
     std::error_code error;
-    const fs::path beside = fs::read_symlink("/proc/self/exe", error).replace_filename(tool);
+    fs::path beside = fs::read_symlink("/proc/self/exe", error).replace_filename(tool);
     if (!error && is_program(beside)) {
         return beside;
     }

@@ -50,7 +50,7 @@ uint64_t hash_log_samples(int descriptor, uint64_t size, const char* path) {
 }
 
 uint64_t hash_zone_rules() {
-    constexpr time_t day = 24 * 60 * 60;
+    constexpr time_t day = time_t{24} * 60 * 60;
     constexpr time_t last_day = 24'837; // of 2037
     std::vector<long> offsets;
     tzset();

@@ -38,6 +38,7 @@ std::vector<LogPiece> cut_planned_logs(const std::vector<PlannedLog>& logs) {
         return {};
     }
     std::vector<LogExtent> extents;
+    extents.reserve(logs.size());
     for (const PlannedLog& log : logs) {
         extents.push_back({.identity = identity_of(log.path),
                            .is_regular = true,
