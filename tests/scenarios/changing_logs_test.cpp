@@ -31,6 +31,18 @@ class ChangingLogs : public testing::Test {
         return rows;
     }
 
+    // Starts a run that waits, its logs measured, until the progress is read no more.
+    pid_t start_until_measured(HeldStream& progress) {
+        installation_.prepare_process([&] { progress.replace(STDERR_FILENO); });
+        const pid_t run = installation_.start({"-s", "web", "-t", "1", "-c"});
+        std::string lines;
+        while (lines.find("Start Counting") == std::string::npos) {
+            lines = progress.take();
+        }
+        wait_until_idle(run);
+        return run;
+    }
+
     TestInstallation installation_;
     const fs::path log_ = installation_.path(log_name);
 };
@@ -139,18 +151,28 @@ TEST_F(ChangingLogs, OneThatIsLeasedIsRefusedSoon) {
     EXPECT_EQ(installation_.run().status, 0);
 }
 
+// With a number of lines a pipe could have stood there, which would be waited for.
+TEST_F(ChangingLogs, OneThatIsLeasedAfterItWasMissingIsRefusedSoon) {
+    installation_.name_logs({log_name}, "1");
+    HeldStream progress;
+    const pid_t run = start_until_measured(progress);
+    installation_.write(log_name, combined_line());
+    std::signal(SIGIO, SIG_IGN);
+    const int log = open(log_.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(fcntl(log, F_SETLEASE, F_WRLCK), 0);
+    const time_t start = std::time(nullptr);
+    progress.stop_reading();
+    expect_failure(installation_.finish(run), "Unable to open url file logs/access_0");
+    EXPECT_LT(std::time(nullptr) - start, 10);
+    close(log);
+}
+
 // Its size was that of another file, and with it where reading ends.
 TEST_F(ChangingLogs, OneThatIsExchangedAfterItWasMeasuredIsRefused) {
     installation_.write_logs({combined_line()});
     installation_.write("other", combined_line() + combined_line());
     HeldStream progress;
-    installation_.prepare_process([&] { progress.replace(STDERR_FILENO); });
-    const pid_t run = installation_.start({"-s", "web", "-t", "1", "-c"});
-    std::string lines;
-    while (lines.find("Start Counting") == std::string::npos) {
-        lines = progress.take();
-    }
-    wait_until_idle(run);
+    const pid_t run = start_until_measured(progress);
     fs::rename(installation_.path("other"), log_);
     progress.stop_reading();
     expect_failure(installation_.finish(run),

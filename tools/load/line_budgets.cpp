@@ -66,9 +66,9 @@ LogExtent measure(const InputFileInfo& file) {
     const bool is_there = stat(file.input_file, &status) == 0;
     note_read_log(file.input_file, is_there ? state_text(status) : "missing");
     const bool is_regular = is_there && S_ISREG(status.st_mode);
+    const bool may_be_stream = is_there && !is_regular && file.num_req != 0;
     const uint64_t size = is_regular ? static_cast<uint64_t>(status.st_size) : 0;
-    return {identity_of(status), is_regular || file.num_req == 0, size,
-            size != 0 ? size : INT64_MAX};
+    return {identity_of(status), !may_be_stream, size, size != 0 ? size : INT64_MAX};
 }
 
 } // namespace
