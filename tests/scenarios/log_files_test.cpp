@@ -1,11 +1,15 @@
+#include "base/file_descriptor.h"
 #include "tests/support/held_stream.h"
+#include "tests/support/temporary_directory.h"
 #include "tests/support/test_installation.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -158,6 +162,43 @@ TEST_F(LogFiles, EndWhereTheyEndedWhenMeasuredHoweverManyLinesAreWanted) {
         << combined_line() << combined_line();
     errors.stop_reading();
     EXPECT_EQ(installation_.finish(run).output, summary_line({.total = 1, .url_patterns = 1}));
+}
+
+// One line is all that is wanted of each; a file system in memory holds the greatest sizes, too.
+TEST_F(LogFiles, GiveTheLinesThatAreWantedWhateverTheirSize) {
+    if (!fs::is_directory("/dev/shm")) {
+        GTEST_SKIP() << "there is no file system in memory";
+    }
+    const TemporaryDirectory in_memory("/dev/shm");
+    constexpr off_t greatest = std::numeric_limits<off_t>::max();
+    Lines paths;
+    for (const off_t size : {greatest, greatest - 1, off_t{1} << 62, off_t{1} << 40}) {
+        paths.push_back(in_memory.write(std::to_string(size), combined_line()));
+        ASSERT_EQ(truncate(paths.back().c_str(), size), 0);
+    }
+    installation_.name_logs(paths, "1");
+    EXPECT_EQ(installation_.run().output, summary_line({.total = 4, .url_patterns = 1}));
+}
+
+// A run that leads a session, as cron starts it, would take an open terminal for its own.
+TEST_F(LogFiles, ATerminalDoesNotInterruptTheRun) {
+    const FileDescriptor terminal(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+    ASSERT_EQ(grantpt(terminal.get()), 0);
+    ASSERT_EQ(unlockpt(terminal.get()), 0);
+    fs::create_directories(installation_.path("logs"));
+    fs::create_symlink(ptsname(terminal.get()), installation_.path("logs/terminal"));
+    installation_.name_logs({"logs/terminal"}, "2");
+    HeldStream errors;
+    installation_.prepare_process([&] {
+        setsid();
+        errors.replace(STDERR_FILENO);
+    });
+    const pid_t run = installation_.start({"-s", "web", "-c"});
+    EXPECT_NE(errors.take(6).find("start processing file"), std::string::npos);
+    errors.stop_reading();
+    const std::string text = "\x03" + combined_line() + combined_line();
+    EXPECT_EQ(write(terminal.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    EXPECT_EQ(installation_.finish(run).output, summary_line({.total = 2, .url_patterns = 1}));
 }
 
 TEST_F(LogFiles, TakeTheMemoryOfTheirRequestsWhateverTheirSize) {

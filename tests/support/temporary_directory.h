@@ -10,8 +10,9 @@
 
 class TemporaryDirectory {
   public:
-    TemporaryDirectory() {
-        std::string name = std::filesystem::temp_directory_path() / "zvr_test.XXXXXX";
+    explicit TemporaryDirectory(
+        const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+        std::string name = parent / "zvr_test.XXXXXX";
         root_ = mkdtemp(name.data());
     }
     ~TemporaryDirectory() {

@@ -68,7 +68,7 @@ LogExtent measure(const InputFileInfo& file) {
     const bool is_regular = is_there && S_ISREG(status.st_mode);
     const bool may_be_stream = is_there && !is_regular && file.num_req != 0;
     const uint64_t size = is_regular ? static_cast<uint64_t>(status.st_size) : 0;
-    return {identity_of(status), !may_be_stream, size, size != 0 ? size : INT64_MAX};
+    return {identity_of(status), !may_be_stream, size, size != 0 ? size : unshown_size};
 }
 
 } // namespace

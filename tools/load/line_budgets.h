@@ -10,7 +10,7 @@ struct LogExtent {
     FileIdentity identity; // of what was measured
     bool is_regular;
     uint64_t size; // bytes now; 0 for a file that is not regular or not there
-    uint64_t end;  // nothing from here on is read: the size, but INT64_MAX where it is 0
+    uint64_t end;  // nothing from here on is read: the size, but unshown_size where it is 0
 };
 
 // Whether what becomes of each line is told, in the debug log or to an observer. Logs are then read

@@ -35,9 +35,15 @@ void require_unchanged(const LogPiece& piece, const std::deque<SessionEvent>& fi
     }
 }
 
+// A terminal that somebody puts in the place of a log must not become that of this process: who
+// holds its other end could interrupt the run.
+FileDescriptor open_stream(const char* name) {
+    return FileDescriptor(open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY));
+}
+
 // Whether the log showed no size when it was measured.
 bool had_no_size(const LogPiece& piece) {
-    return piece.range.file_size == INT64_MAX;
+    return piece.range.file_size == unshown_size;
 }
 
 FileRange range_to_read(const LogPiece& piece, const FileDescriptor& file) {
@@ -60,8 +66,7 @@ void note_unshown(const LogPiece& piece, const FileDescriptor& file, const Reque
 
 FileDescriptor open_log(const LogPiece& piece) {
     const char* const name = seq_file_path[piece.file].input_file;
-    FileDescriptor file = piece.is_stream ? FileDescriptor(open(name, O_RDONLY | O_CLOEXEC))
-                                          : open_regular_file(name);
+    FileDescriptor file = piece.is_stream ? open_stream(name) : open_regular_file(name);
     if (!file.is_open()) {
         fail("Unable to open url file %s", name);
     }
@@ -86,6 +91,9 @@ void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescrip
                           .takes_tally = line_tally != nullptr,
                           .begin = piece.range.begin};
     load_url_info(parsing, lines, part, batch, after_line);
+    if (batch.rows.empty()) {
+        batch.rows = {}; // a log that lost what it was measured by may have very many such pieces
+    }
     if (piece.is_stream) {
         return;
     }

@@ -27,6 +27,10 @@ FileIdentity identity_of(const struct stat& status);
 // when it is read: some of that has no end.
 constexpr uint64_t most_unshown = uint64_t{64} << 20;
 
+// Size of a log that showed none when it was measured, in what a log is cut by (FileRange). No file
+// can have it.
+constexpr uint64_t unshown_size = UINT64_MAX;
+
 // Offset at which an open log ends that was of this size when it was measured, whatever it has
 // gained since: who writes to it could keep a run going. One that showed no size ends at
 // most_unshown when it shows none now, else at 0, for it was empty then.
