@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "base/file_descriptor.h"
 #include "base/regular_file.h"
+#include "companions/common/log_file.h"
 #include "companions/doctor/content_form.h"
 #include "tools/config/log_files.h"
 #include "tools/config/replay_settings.h"
@@ -14,7 +15,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <fmt/core.h>
 #include <map>
 #include <sys/stat.h>
@@ -106,7 +106,7 @@ class LogFiles {
     }
 
     void look_into(const NamedLog& log, off_t size) {
-        const FileDescriptor file(open(log.path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+        const FileDescriptor file = open_log_at_once(log.path);
         if (!file.is_open()) {
             add(log, Severity::error, "log-unreadable", error_text(errno) + ": a run fails.",
                 "Give the user who runs the right to read it.");

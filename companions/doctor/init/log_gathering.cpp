@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/file_descriptor.h"
+#include "companions/common/log_file.h"
 #include "companions/common/progress_bar.h"
 #include "companions/doctor/init/log_kind.h"
 #include "companions/doctor/init/log_paths.h"
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <filesystem>
 #include <set>
 #include <system_error>
@@ -58,7 +58,7 @@ bool Gatherer::is_unpacked(const std::string& path) const {
 }
 
 void Gatherer::sort_out(const std::string& path) {
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const FileDescriptor file = open_log_at_once(path);
     if (!file.is_open()) {
         leave_out("unreadable-log", Severity::warning, path,
                   "It cannot be read and is left out: " + std::generic_category().message(errno),

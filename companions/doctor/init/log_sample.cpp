@@ -3,11 +3,11 @@
 #include "base/failure.h"
 #include "base/file_descriptor.h"
 #include "base/line_reader.h"
+#include "companions/common/log_file.h"
 #include "companions/doctor/init/w3c_fields.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
 #include <system_error>
@@ -62,7 +62,7 @@ bool ends_with_line_feed(const FileDescriptor& file, uint64_t size) {
 } // namespace
 
 LogSample read_log_sample(const std::string& path, size_t max_lines) {
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const FileDescriptor file = open_log_at_once(path);
     if (!file.is_open()) {
         fail("Cannot read log '%s': %s", path.c_str(),
              std::generic_category().message(errno).c_str());

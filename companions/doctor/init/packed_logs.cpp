@@ -1,6 +1,7 @@
 #include "companions/doctor/init/packed_logs.h"
 
 #include "base/failure.h"
+#include "companions/common/log_file.h"
 #include "companions/common/progress_bar.h"
 #include "companions/doctor/init/copied_log.h"
 #include "companions/doctor/init/log_kind.h"
@@ -10,7 +11,6 @@
 #include "tools/config/log_files.h"
 
 #include <cerrno>
-#include <fcntl.h>
 #include <filesystem>
 #include <fmt/core.h>
 #include <map>
@@ -35,7 +35,7 @@ std::string_view folder_in_archive(std::string_view path) {
 }
 
 FileDescriptor open_log(const std::string& path) {
-    FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    FileDescriptor file = open_log_at_once(path);
     if (!file.is_open()) {
         fail("Cannot read log '%s': %s", path.c_str(),
              std::generic_category().message(errno).c_str());

@@ -2,13 +2,13 @@
 
 #include "base/failure.h"
 #include "base/file_descriptor.h"
+#include "companions/common/log_file.h"
 #include "companions/common/progress_bar.h"
 #include "companions/doctor/init/line_trial.h"
 #include "companions/doctor/init/log_format.h"
 #include "companions/doctor/init/w3c_fields.h"
 
 #include <algorithm>
-#include <fcntl.h>
 #include <fmt/core.h>
 #include <map>
 #include <string>
@@ -49,7 +49,7 @@ W3cFields read_all_fields(const std::vector<LogSample>& samples) {
     std::string names;
     W3cFields fields;
     for (const LogSample& sample : samples) {
-        const FileDescriptor file(open(sample.path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+        const FileDescriptor file = open_log_at_once(sample.path);
         if (!file.is_open()) {
             fail("Cannot read log '%s'", sample.path.c_str());
         }

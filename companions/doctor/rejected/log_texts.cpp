@@ -1,10 +1,10 @@
 #include "companions/doctor/rejected/log_texts.h"
 
+#include "companions/common/log_file.h"
 #include "tools/config/log_files.h"
 #include "tools/parse/log_loader.h"
 
 #include <algorithm>
-#include <fcntl.h>
 
 namespace {
 
@@ -13,9 +13,7 @@ constexpr size_t usual_read = 4096; // bytes; as far as the next rejected line, 
 } // namespace
 
 FileDescriptor open_log_again(const LogPiece& piece) {
-    const char* const name = seq_file_path[piece.file].input_file;
-    const int waits_for_no_pipe = O_NONBLOCK; // that may have taken the log's place
-    return FileDescriptor(open(name, O_RDONLY | O_CLOEXEC | waits_for_no_pipe));
+    return open_log_at_once(seq_file_path[piece.file].input_file);
 }
 
 LogTexts::LogTexts(const LogPiece& piece, size_t size)
