@@ -92,7 +92,9 @@ void load_piece(ParsingThread& parsing, const LogPiece& piece, const FileDescrip
                           .begin = piece.range.begin};
     load_url_info(parsing, lines, part, batch, after_line);
     if (batch.rows.empty()) {
-        batch.rows = {}; // a log that lost what it was measured by may have very many such pieces
+        // A log that lost what it was measured by may have very many such pieces, and an empty list
+        // in braces would leave the room reserved.
+        batch.rows = RequestRows();
     }
     if (piece.is_stream) {
         return;
