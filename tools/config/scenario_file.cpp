@@ -2,6 +2,7 @@
 
 #include "base/allocation.h"
 #include "base/failure.h"
+#include "base/input_file.h"
 #include "base/line_observer.h"
 #include "base/local_time.h"
 #include "base/logs.h"
@@ -176,7 +177,7 @@ void apply_line(LinePlace place, LineText line) {
 } // namespace
 
 void read_scenario_file(const std::string& scenario_file) {
-    TextFile file(scenario_file, scenario_line_size);
+    TextFile file(open_input_file(scenario_file.c_str()), scenario_file, scenario_line_size);
     LinePlace place = {scenario_file.c_str(), 0};
     if (!file.is_open()) {
         observe_line(place, ObservedKind::file_not_opened, "");

@@ -1,6 +1,7 @@
 #include "tools/config/settings_file.h"
 
 #include "base/failure.h"
+#include "base/input_file.h"
 #include "base/logs.h"
 #include "base/text_file.h"
 #include "base/tokenizers.h"
@@ -206,7 +207,7 @@ void apply_setting_line(LinePlace place, LineText line) {
 }
 
 void read_replay_prof_setting(const char* replay_setting_file) {
-    TextFile file(replay_setting_file, settings_line_size);
+    TextFile file(open_input_file(replay_setting_file), replay_setting_file, settings_line_size);
     LinePlace place = {replay_setting_file, 0};
     if (!file.is_open()) {
         observe_line(place, ObservedKind::file_not_opened, "");

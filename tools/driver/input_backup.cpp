@@ -1,6 +1,7 @@
 #include "tools/driver/input_backup.h"
 
 #include "base/failure.h"
+#include "base/input_file.h"
 #include "base/left_results.h"
 #include "base/logs.h"
 #include "base/new_file.h"
@@ -134,7 +135,7 @@ void InputBackup::copy_files(std::initializer_list<std::string> files) const {
     refuse_long_path(command);
     bool succeeded = true;
     for (const std::string& file : files) {
-        const FileDescriptor source(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+        const FileDescriptor source = open_input_file(file.c_str());
         const std::string name = fs::path(file).filename();
         succeeded = copy_into_directory(source, directory_.get(), name.c_str()) && succeeded;
     }

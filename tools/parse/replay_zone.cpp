@@ -2,13 +2,13 @@
 
 #include "base/file_descriptor.h"
 #include "base/file_exists.h"
+#include "base/input_file.h"
 #include "base/line_observer.h"
 #include "base/line_reader.h"
 #include "base/logs.h"
 #include "tools/parse/zone_text.h"
 
 #include <cstdio>
-#include <fcntl.h>
 #include <string_view>
 #include <strings.h>
 
@@ -25,7 +25,7 @@ int64_t get_timezone_from_default_setting(const std::string& work_dir) {
         std::fprintf(stderr, "%s file not found, setting local timeoffset\n", path.c_str());
         return -1;
     }
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor file = open_input_file(path.c_str());
     if (!file.is_open()) {
         DEBUG_LOG(3, fname, "Failed to open replay_setting.default, setting local timeoffset");
         std::fprintf(stderr, "Failed to open %s file, setting local timeoffset\n", path.c_str());

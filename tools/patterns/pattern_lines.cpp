@@ -1,6 +1,7 @@
 #include "tools/patterns/pattern_lines.h"
 
 #include "base/allocation.h"
+#include "base/input_file.h"
 #include "base/text_file.h"
 #include "base/tokenizers.h"
 #include "tools/config/value_remarks.h"
@@ -45,7 +46,7 @@ bool equal_ignoring_case(const char* a, const char* b) {
 }
 
 bool read_pattern_lines(const char* path, void (*add_line)(const LinePlace& place, LineText line)) {
-    TextFile file(path, pattern_line_size);
+    TextFile file(open_input_file(path), path, pattern_line_size);
     LinePlace place = {path, 0};
     if (!file.is_open()) {
         observe_line(place, ObservedKind::file_not_opened, "");
