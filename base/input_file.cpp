@@ -1,14 +1,26 @@
 #include "base/input_file.h"
 
+#include "base/file_state.h"
 #include "base/regular_file.h"
 
 #include <fcntl.h>
+#include <map>
+#include <string>
 #include <sys/stat.h>
 #include <utility>
 
 namespace {
 
 constexpr const char* null_device = "/dev/null";
+
+// The state in which each path was found first. The main thread alone reads inputs.
+std::map<std::string, std::string> first_states;
+bool have_changed = false;
+
+void note_state(const char* path, const FileDescriptor& file) {
+    const std::string state = file_state(file.get()).value_or("unknown");
+    have_changed |= first_states.try_emplace(path, state).first->second != state;
+}
 
 bool is_null_device(const char* path) {
     struct stat status;
@@ -23,5 +35,11 @@ FileDescriptor open_input_file(const char* path) {
     if (is_null_device(path)) {
         return FileDescriptor(open(null_device, O_RDONLY | O_CLOEXEC));
     }
-    return open_regular_file(path);
+    FileDescriptor file = open_regular_file(path);
+    note_state(path, file);
+    return file;
+}
+
+bool inputs_held_still() {
+    return !have_changed;
 }

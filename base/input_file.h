@@ -8,3 +8,8 @@
 // device, which stands for an empty file: a pipe would keep the run waiting for its writer, and
 // some devices have no end.
 FileDescriptor open_input_file(const char* path);
+
+// Whether each regular file that was opened so by this process was in one state every time. A file
+// may be exchanged between its reading and its copying, as when a link on the way to it is made to
+// lead elsewhere; then the copy does not tell what was read.
+bool inputs_held_still();

@@ -92,6 +92,10 @@ std::string log_line(const std::string& path, const std::string& state) {
     return "log " + path + " " + state + "\n";
 }
 
+std::string zone_line(int64_t zone) {
+    return "replay zone " + std::to_string(zone) + "\n";
+}
+
 std::string result_line(const std::string& name, const std::string& state) {
     return name + " " + state + "\n";
 }

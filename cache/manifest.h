@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -23,6 +24,10 @@ constexpr const char* manifest_name = "cache_manifest.txt";
 // The line for a log in this state (see state_text), by its absolute path, among what decides
 // loading.
 std::string log_line(const std::string& path, const std::string& state);
+
+// The line for the zone of the replay, as get_timezone_from_default_setting gives it, among what
+// decides loading.
+std::string zone_line(int64_t zone);
 
 // The line for a result in this state.
 std::string result_line(const std::string& name, const std::string& state);

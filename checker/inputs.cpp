@@ -122,8 +122,7 @@ class Collector {
     }
 
     void collect_time_zones() {
-        add_loading(joined("replay zone",
-                           std::to_string(get_timezone_from_default_setting(place_.work_dir))));
+        inputs_.manifest.loading += zone_line(get_timezone_from_default_setting(place_.work_dir));
         const std::string* zone = run_.variable("TZ");
         add_loading(zone == nullptr ? "no TZ" : joined("TZ", *zone));
         const fs::path file = zone_file(zone);

@@ -208,6 +208,45 @@ TEST_F(Checker, ALogThatIsExchangedDuringARunAndPutBackIsReadAgain) {
     EXPECT_EQ(answer(), 0);
 }
 
+// The same for a file of the installation, before the checker looks or after it.
+TEST_F(Checker, AnInputThatIsExchangedDuringARunAndPutBackIsReadAgain) {
+    const std::string checker = std::string(ZVR_CHECKER_PATH) + " \"$@\"";
+    const std::string scenario = project_directory + "/scenarios/web.conf";
+    const std::string text = installation_.read(scenario);
+    std::string other = text; // names the first log twice
+    other.replace(other.find("access_1"), 8, "access_0");
+    const struct {
+        std::string file;
+        std::string right;
+        std::string wrong;
+        bool starts_right;
+    } rows[] = {
+        {"sys/replay_settings.default", "GMT_OFFSET +0000\n", "GMT_OFFSET -0900\n", false},
+        {scenario, text, other, true},
+    };
+    for (const auto& [file, right, wrong, starts_right] : rows) {
+        remove(cache);
+        const std::string path = installation_.path(file);
+        const auto link_to = [&](const std::string& target) {
+            remove(file);
+            fs::create_symlink(target, path);
+        };
+        installation_.write(file + ".right", right);
+        installation_.write(file + ".wrong", wrong);
+        link_to(path + (starts_right ? ".right" : ".wrong"));
+        const std::string flip = "/bin/ln -sfn " + path;
+        installation_.write_checker_script(
+            starts_right ? checker + "; code=$?; " + flip + ".wrong " + path + "; exit $code\n"
+                         : flip + ".right " + path + "; exec " + checker + "\n");
+        EXPECT_EQ(answer(), 1) << file;
+        link_to(path + ".right");
+        installation_.write_checker_script("exec " + checker + "\n");
+        EXPECT_EQ(answer(), 1) << file;
+        EXPECT_EQ(last_run_.counter("Total"), 3) << file;
+        EXPECT_EQ(answer(), 0) << file;
+    }
+}
+
 // Whoever may make names in the directory of the results can let them look exchanged while they are
 // read.
 TEST_F(Checker, ANameMadeWhileTheListIsReadRefusesNoRun) {

@@ -10,6 +10,7 @@
 #include "cache/manifest.h"
 #include "tools/driver/paths.h"
 #include "tools/load/read_logs.h"
+#include "tools/parse/replay_zone.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -101,6 +102,12 @@ bool has_logs_as_read(const Manifest& manifest) {
     });
 }
 
+// The same for what it has read of the installation. What decides classification is as in the
+// copies.
+bool has_inputs_as_read(const Manifest& manifest) {
+    return inputs_held_still() && has_line(manifest.loading, zone_line(default_timezone));
+}
+
 // Whoever tidies up may take a directory for a left one, and remove it, as long as it is not
 // locked; then another one is made.
 FileDescriptor make_locked_directory(const std::string& path) {
@@ -161,7 +168,7 @@ bool InputBackup::copy_inputs_to(const OwnDirectory& cache) const {
 // There may be no manifest, as with another checker.
 bool InputBackup::seal_manifest_in(const OwnDirectory& cache) const {
     std::optional<Manifest> manifest = read_manifest(directory_.get());
-    if (!manifest || !has_logs_as_read(*manifest)) {
+    if (!manifest || !has_inputs_as_read(*manifest) || !has_logs_as_read(*manifest)) {
         return true;
     }
     for (const auto& [name, state] : left_results()) {

@@ -15,7 +15,8 @@
 #include <sys/stat.h>
 
 void set_replay_timezone() {
-    replay_timezone = get_timezone_from_default_setting(g_wdir);
+    default_timezone = get_timezone_from_default_setting(g_wdir);
+    replay_timezone = default_timezone;
     if (replay_timezone == -1) {
         tzset();
         replay_timezone = timezone;

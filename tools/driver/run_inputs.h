@@ -3,7 +3,8 @@
 // What a run reads before its logs, in the order of the run: the zone of the replay period, the
 // replay profile, the field layout and the scenario.
 
-// Sets replay_timezone to the zone that the installation names, else to the process's local one.
+// Sets replay_timezone to the zone that the installation names, else to the process's local one;
+// and default_timezone.
 void set_replay_timezone();
 
 // Reads the settings and both pattern files of the replay profile; either pattern file may be

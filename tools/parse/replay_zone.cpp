@@ -13,6 +13,7 @@
 #include <strings.h>
 
 int64_t replay_timezone = -1;
+int64_t default_timezone = -1;
 
 int64_t get_timezone_from_default_setting(const std::string& work_dir) {
     constexpr const char* fname = "get_timezone_from_default_setting";
