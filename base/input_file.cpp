@@ -17,8 +17,7 @@ constexpr const char* null_device = "/dev/null";
 std::map<std::string, std::string> first_states;
 bool have_changed = false;
 
-void note_state(const char* path, const FileDescriptor& file) {
-    const std::string state = file_state(file.get()).value_or("unknown");
+void note_state(const char* path, const std::string& state) {
     have_changed |= first_states.try_emplace(path, state).first->second != state;
 }
 
@@ -33,10 +32,11 @@ bool is_null_device(const char* path) {
 
 FileDescriptor open_input_file(const char* path) {
     if (is_null_device(path)) {
+        note_state(path, null_device);
         return FileDescriptor(open(null_device, O_RDONLY | O_CLOEXEC));
     }
     FileDescriptor file = open_regular_file(path);
-    note_state(path, file);
+    note_state(path, file_state(file.get()).value_or("not open"));
     return file;
 }
 

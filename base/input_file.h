@@ -9,7 +9,7 @@
 // some devices have no end.
 FileDescriptor open_input_file(const char* path);
 
-// Whether each regular file that was opened so by this process was in one state every time. A file
-// may be exchanged between its reading and its copying, as when a link on the way to it is made to
-// lead elsewhere; then the copy does not tell what was read.
+// Whether each path that this process opened so was in one state every time, or could not be opened
+// any time. A file may be exchanged between its reading and its copying, as when a link on the way
+// to it is made to lead elsewhere; then the copy does not tell what was read.
 bool inputs_held_still();

@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/file_exists.h"
+#include "base/input_file.h"
 #include "base/logs.h"
 #include "cache/input_copies.h"
 #include "tools/config/replay_profile.h"
@@ -25,6 +26,7 @@ void set_replay_timezone() {
 
 void load_pattern_file(const char* file_name, void (*load)(const char*)) {
     const std::string path = replay_profile_file_path(file_name);
+    open_input_file(path.c_str()); // which remembers also one that is missing or empty
     struct stat status;
     if (stat(path.c_str(), &status) != 0) {
         DEBUG_LOG(1, "main", "'%s' file not found in replay profile '%s'", file_name,
